@@ -1,0 +1,49 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace pxscheduler {
+
+// Composes one message at a time and hands it to the configured SMTP server. Settings stay until
+// they are set again; a send leaves everything in place.
+class MailComponent {
+ public:
+  static constexpr std::int32_t kAuthenticateNone = 0;
+  static constexpr std::int32_t kAuthenticateLogin = 1;
+  static constexpr std::int32_t kAuthenticationOption = 256;  // goes with kAuthenticateLogin
+  static constexpr std::int32_t kBodyAndAlternative = 6;      // option of LoadBodyFromFile
+  static constexpr std::int32_t kAllRecipients = 1;           // argument of ResetRecipients
+  static constexpr std::int32_t kRecipientTo = 1;             // kind of a recipient
+
+  virtual ~MailComponent() = default;
+
+  virtual void SetServerHost(const std::wstring& host) = 0;
+  virtual void SetServerPort(std::int32_t port) = 0;
+  virtual void SetSenderAddress(const std::wstring& address) = 0;
+  virtual void SetAuthenticationMode(std::int32_t mode) = 0;
+  virtual void SetAuthenticationOption(std::int32_t option) = 0;
+  virtual void SetUserName(const std::wstring& user_name) = 0;
+  virtual void SetPassword(const std::wstring& password) = 0;
+
+  // Makes the file's content the body text and a second rendering of it the alternative body text
+  // (plain text for an HTML document, the same text otherwise). Returns 0, or a non-zero status for
+  // a file that cannot be read, with both texts left as they were.
+  virtual std::int32_t LoadBodyFromFile(const std::wstring& path, std::int32_t option) = 0;
+  virtual const std::wstring& BodyText() const = 0;
+  virtual const std::wstring& AlternativeBodyText() const = 0;
+  virtual void SetBodyText(std::wstring text) = 0;
+  virtual void SetAlternativeBodyText(std::wstring text) = 0;
+  // 1: the body is an HTML document and goes out beside its alternative. 0, the default: the body
+  // goes out alone as plain text.
+  virtual void SetHtml(std::int32_t flag) = 0;
+
+  virtual void SetSubject(std::wstring subject) = 0;
+  virtual void ResetRecipients(std::int32_t which) = 0;
+  virtual void AddRecipient(const std::wstring& display_name, const std::wstring& address,
+                            std::int32_t kind) = 0;
+  // 0 when the server took the message, else a code that SmtpErrorText knows. Never raises.
+  virtual std::int32_t Send() = 0;
+};
+
+}  // namespace pxscheduler

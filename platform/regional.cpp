@@ -1,0 +1,29 @@
+#include "platform/regional.h"
+
+namespace pxscheduler {
+
+std::wstring GeneralDate(const Regional& regional, const DateTime& value) {
+  std::wstring text = regional.ShortDate(value.date);
+  if (value.time_of_day != std::chrono::seconds{0}) {
+    text += L' ';
+    text += regional.LongTime(value.time_of_day);
+  }
+  return text;
+}
+
+std::wstring FormatShortDate(const Regional& regional, const std::wstring& text) {
+  if (text.empty()) return text;
+  const std::optional<DateTime> value = regional.ReadDate(text);
+  return value ? regional.ShortDate(value->date) : text;
+}
+
+std::wstring FormatMonthDay(const Regional& regional, const std::wstring& text) {
+  if (text.empty()) return text;
+  const std::optional<DateTime> value = regional.ReadDate(text);
+  if (!value) return text;
+  const std::chrono::year_month_day date{value->date};
+  return regional.MonthName(static_cast<unsigned>(date.month())) + L' ' +
+         std::to_wstring(static_cast<unsigned>(date.day()));
+}
+
+}  // namespace pxscheduler

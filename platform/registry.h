@@ -1,0 +1,23 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace pxscheduler {
+
+enum class RegistryRoot { kLocalMachine, kCurrentUser };
+
+// The machine's settings, read and never written.
+class Registry {
+ public:
+  virtual ~Registry() = default;
+
+  // The text stored at root\key\name, expandable strings as stored; a number (dword, qword) in
+  // decimal. Nothing where the key or the value does not exist or holds anything else. Keys and
+  // names compare without case; "" names the key's default value.
+  virtual std::optional<std::wstring> Value(RegistryRoot root, std::wstring_view key,
+                                            std::wstring_view name) const = 0;
+};
+
+}  // namespace pxscheduler

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/civil_time.h"
+
+namespace pxscheduler {
+
+// The clock's reading: the local date and time, and how far it is ahead of UTC.
+struct Moment {
+  DateTime local;
+  std::chrono::minutes utc_offset{0};
+};
+
+// A text file open for appending.
+class AppendFile {
+ public:
+  virtual ~AppendFile() = default;
+
+  // Writes the text after the last byte of the file, in the ANSI code page, in one write that
+  // reaches the operating system before the call returns. Raises DiskFull, PermissionDenied or
+  // FileAccessError.
+  virtual void Append(std::wstring_view text) = 0;
+};
+
+// The process and the machine around it. Paths are separated by "\".
+class System {
+ public:
+  virtual ~System() = default;
+
+  virtual Moment Now() const = 0;
+  // "" for a variable that is not defined.
+  virtual std::wstring EnvironmentVariable(const std::wstring& name) const = 0;
+  // What follows the name of the executable, exactly as the platform passes it.
+  virtual std::wstring CommandLine() const = 0;
+  // The folder that holds the executable, without a trailing "\" except at a root.
+  virtual std::wstring ProgramFolder() const = 0;
+  // Ends in "\".
+  virtual std::wstring TemporaryFolder() const = 0;
+  // As reported to an old program. Nothing when the system does not answer.
+  virtual std::optional<int> OsMajorVersion() const = 0;
+
+  // Shows the text with an OK button and waits until it is dismissed.
+  virtual void ShowMessageBox(const std::wstring& caption, const std::wstring& text) = 0;
+  // One line for whoever started the run by hand; it never fails.
+  virtual void Warn(const std::wstring& line) = 0;
+
+  // The name of the first file or folder that fits the path, "" where there is none. May raise a
+  // RuntimeError where the path cannot be examined.
+  virtual std::wstring FirstEntry(const std::wstring& path) const = 0;
+  // Raises PathNotFound, PermissionDenied or FileAccessError (also where the path exists).
+  virtual void MakeFolder(const std::wstring& path) = 0;
+  // Created when missing. Raises PathNotFound, PermissionDenied or FileAccessError.
+  virtual std::unique_ptr<AppendFile> OpenForAppend(const std::wstring& path) = 0;
+  // The bytes of a file. Raises FileNotFound, PathNotFound, PermissionDenied or FileAccessError.
+  virtual std::string ReadFile(const std::wstring& path) const = 0;
+  // Makes these bytes the whole content of the file in one step: a reader sees the old content or
+  // the new. Raises PathNotFound, PermissionDenied, DiskFull or FileAccessError.
+  virtual void ReplaceFile(const std::wstring& path, std::string_view bytes) = 0;
+};
+
+}  // namespace pxscheduler
