@@ -14,7 +14,7 @@ constexpr sys_days kLastDate = std::chrono::year{9999} / 12 / 31;
 
 }  // namespace
 
-sys_days AddMonths(sys_days date, std::int32_t months) {
+sys_days AddMonths(sys_days date, std::int64_t months) {
   const std::chrono::year_month_day from{date};
   const std::int64_t month_index = std::int64_t{static_cast<int>(from.year())} * 12 +
                                    (static_cast<unsigned>(from.month()) - 1) + months;

@@ -17,7 +17,7 @@ struct DateTime {
 // The same day of the month `months` months later (earlier when negative), or the last day of that
 // month where it is shorter: 31 January 2026 and 1 give 28 February 2026.
 // Raises InvalidProcedureCall (5) outside the years 100 to 9999, which is what dates can hold.
-std::chrono::sys_days AddMonths(std::chrono::sys_days date, std::int32_t months);
+std::chrono::sys_days AddMonths(std::chrono::sys_days date, std::int64_t months);
 
 // Raises InvalidProcedureCall (5) outside the years 100 to 9999.
 std::chrono::sys_days AddDays(std::chrono::sys_days date, std::int64_t days);

@@ -1,0 +1,102 @@
+#include "app/run_driver.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "app/command_line.h"
+#include "app/run_log.h"
+#include "compose/body_template.h"
+#include "compose/merge_fields.h"
+#include "config/data_folder.h"
+#include "config/helper_library.h"
+#include "db/database.h"
+#include "db/saved_query.h"
+#include "mail/mail_settings.h"
+#include "mail/message_sending.h"
+#include "mail/smtp_errors.h"
+#include "query/date_macros.h"
+
+namespace pxscheduler {
+namespace {
+
+constexpr wchar_t kUsage[] =
+    L"Usage: PXScheduler /U[user name] /Q[saved query name] /S[subject] /F[message body file]";
+
+void LogOutcome(AppendFile& log, const SendOutcome& outcome) {
+  if (outcome.result_code == 0) {
+    WriteLogLine(log, L"Sent: " + outcome.address);
+  } else {
+    WriteLogLine(log, L"Failed: " + outcome.address);
+    WriteLogLine(log, SmtpErrorText(outcome.result_code));
+  }
+}
+
+// Sends every row of the query its message. `log` is null when the run is not logged.
+void SendMessages(const Platform& platform, const CommandLine& switches, const std::wstring& sql,
+                  Connection& connection, Recordset& result_set, AppendFile* log) {
+  const std::unique_ptr<MailComponent> mail = platform.components.NewMailComponent();
+  ApplyMailSettings(platform.registry, platform.ansi, platform.passwords, connection, *mail);
+  const BodyTexts texts = PrepareMessageBody(platform.system, platform.ansi, platform.components,
+                                             *mail, switches.body_file);
+  const MessageTemplates templates{PrepareMergeTemplate(platform.ansi, switches.subject),
+                                   PrepareMergeTemplate(platform.ansi, texts.body),
+                                   PrepareMergeTemplate(platform.ansi, texts.alternative)};
+
+  result_set.Open(sql, connection, Connection::kOptionUnspecified, Connection::kOptionUnspecified,
+                  Connection::kOptionUnspecified);
+  result_set.SetSort(L"Email");
+  std::wstring last_address;
+  for (; !result_set.EndOfFile(); result_set.MoveNext()) {
+    const std::optional<SendOutcome> outcome =
+        SendRow(platform.regional, platform.ansi, result_set, templates, *mail, last_address);
+    if (outcome && log != nullptr) LogOutcome(*log, *outcome);
+  }
+  result_set.Close();
+}
+
+// Fetches the saved query, resolves its macros and sends its messages. A query that is blank sends
+// nothing.
+void RunQuery(const Platform& platform, const CommandLine& switches, AppendFile* log) {
+  const std::unique_ptr<Connection> connection = platform.components.NewConnection();
+  const std::unique_ptr<Recordset> result_set = platform.components.NewRecordset();
+  const std::wstring dsn = GetRegValue(platform.registry, platform.ansi, RegistryRoot::kCurrentUser,
+                                       kProductKey, L"DSN", L"");
+  OpenDatabase(platform.registry, platform.ansi, platform.passwords, *connection, dsn);
+  connection->SetCursorLocation(Connection::kUseClient);
+
+  const std::wstring saved_query =
+      GetSavedQuery(platform.ansi, platform.regional, *connection, *result_set, switches.query_name,
+                    switches.user_login);
+  const std::wstring sql =
+      ExpandDateMacros(platform.system, platform.regional, platform.ansi, saved_query);
+  if (!IsBlank(sql)) SendMessages(platform, switches, sql, *connection, *result_set, log);
+  connection->Close();
+}
+
+}  // namespace
+
+void Main(const Platform& platform) {
+  const std::wstring command_line = platform.system.CommandLine();
+  const std::wstring data_folder = GetDataFolder(platform.system, platform.registry, platform.ansi);
+  std::unique_ptr<AppendFile> log;
+  if (IsLoggingOn(command_line)) {
+    log = OpenRunLog(platform.system, data_folder);
+    WriteStartBlock(*log, platform.system, platform.regional);
+  }
+
+  const CommandLine switches = ParseCommandLine(platform.ansi, command_line);
+  if ((IsBlank(switches.query_name) | IsBlank(switches.body_file) | IsBlank(switches.subject)) !=
+      0) {
+    platform.system.ShowMessageBox(kApplicationTitle, kUsage);
+    if (log) WriteLogLine(*log, L"Invalid parameters: " + command_line);
+  } else {
+    if (log) WriteLogLine(*log, L"Running query: " + switches.query_name);
+    RunQuery(platform, switches, log.get());
+  }
+
+  if (log) WriteEndBlock(*log, platform.system, platform.regional);
+  CloseRunLog(log);
+}
+
+}  // namespace pxscheduler

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "platform/platform.h"
+
+namespace pxscheduler {
+
+inline constexpr wchar_t kApplicationTitle[] = L"Vantreo Scheduler";
+
+// One run of the tool, from the command line to the end block of the run log. Raises a RuntimeError
+// where the run ends without its end block.
+void Main(const Platform& platform);
+
+}  // namespace pxscheduler

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "platform/regional.h"
+#include "platform/system.h"
+
+namespace pxscheduler {
+
+// Opens PXScheduler.log in the data folder, which ends in "\", for appending. Raises the errors of
+// System::OpenForAppend.
+std::unique_ptr<AppendFile> OpenRunLog(System& system, const std::wstring& data_folder);
+
+// The text as it stands, and a line end.
+void WriteLogLine(AppendFile& log, std::wstring_view text);
+
+// The separator, the current date and time, the separator.
+void WriteStartBlock(AppendFile& log, const System& system, const Regional& regional);
+void WriteEndBlock(AppendFile& log, const System& system, const Regional& regional);
+
+void CloseRunLog(std::unique_ptr<AppendFile>& log);
+
+}  // namespace pxscheduler

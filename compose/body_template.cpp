@@ -1,0 +1,53 @@
+#include "compose/body_template.h"
+
+#include "config/helper_library.h"
+#include "platform/letter_case.h"
+
+namespace pxscheduler {
+namespace {
+
+constexpr std::int16_t kTemplateHeaderBytes = 30;  // never interpreted
+constexpr std::size_t kExtensionLength = 4;
+
+bool IsTemplate(const std::wstring& path) {
+  return path.size() >= kExtensionLength &&
+         LowerCase(std::wstring_view{path}.substr(path.size() - kExtensionLength)) == L".qzw";
+}
+
+// Converts the template and returns the path of the HTML file, one for all runs.
+std::wstring ConvertToHtml(const System& system, const CodePage& ansi, TextControl& text_control,
+                           const std::wstring& template_path) {
+  text_control.Load(template_path, kTemplateHeaderBytes, TextControl::kFormatRichText);
+  for (int index = 0; index < TextControl::kPageValues; ++index) {
+    const std::int32_t recorded = text_control.DocumentPageValue(index);
+    if (recorded > 0) text_control.SetPageSetting(index, recorded);
+  }
+  std::wstring html_path = GetWindowsTempFolder(system, ansi) + L"scheduler.htm";
+  for (int index = 0; index < TextControl::kPageValues; ++index) {
+    text_control.SetDocumentPageValue(index, text_control.PageSetting(index));
+  }
+  text_control.Save(html_path, 0, TextControl::kFormatHtml);
+  return html_path;
+}
+
+bool IsHtmlDocument(const std::wstring& text) {
+  const std::wstring upper = UpperCase(text);
+  return upper.find(L"</HTML>") != std::wstring::npos &&
+         upper.find(L"<HTML>") != std::wstring::npos;
+}
+
+}  // namespace
+
+BodyTexts PrepareMessageBody(const System& system, const CodePage& ansi, Components& components,
+                             MailComponent& mail, const std::wstring& body_file) {
+  std::wstring path = body_file;
+  if (IsTemplate(path)) {
+    path = ConvertToHtml(system, ansi, *components.NewTextControl(), path);
+  }
+  mail.LoadBodyFromFile(path, MailComponent::kBodyAndAlternative);
+  BodyTexts texts{mail.BodyText(), mail.AlternativeBodyText()};
+  if (IsHtmlDocument(texts.body)) mail.SetHtml(1);
+  return texts;
+}
+
+}  // namespace pxscheduler

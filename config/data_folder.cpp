@@ -1,0 +1,76 @@
+#include "config/data_folder.h"
+
+#include "config/helper_library.h"
+#include "platform/runtime_error.h"
+
+namespace pxscheduler {
+namespace {
+
+constexpr wchar_t kShellFoldersKey[] =
+    L"Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\User Shell Folders";
+constexpr int kPersonalFolderMajorVersion = 6;
+
+// "%NAME%" gives way to the variable's value, from the first "%" again after each one; a variable
+// whose value holds its own reference never ends this.
+std::wstring ExpandEnvironmentReferences(const System& system, const CodePage& ansi,
+                                         std::wstring text) {
+  for (;;) {
+    const std::size_t opening = text.find(L'%');
+    if (opening == std::wstring::npos) return text;
+    const std::size_t closing = text.find(L'%', opening + 1);
+    if (closing == std::wstring::npos) return text;
+    const std::wstring name = text.substr(opening + 1, closing - opening - 1);
+    text = Stuff(ansi, text, L"%" + name + L"%", system.EnvironmentVariable(name));
+  }
+}
+
+}  // namespace
+
+std::wstring GetDataFolder(System& system, const Registry& registry, const CodePage& ansi) {
+  std::wstring folder =
+      GetRegValue(registry, ansi, RegistryRoot::kLocalMachine, kProductKey, L"DataFolder", L"");
+  if (!folder.empty()) {
+    folder = Stuff(ansi, folder, L"[PROGRAM PATH]", system.ProgramFolder());
+    // "[DATABASE]" stands for the name of the open database, and none is open this early: the
+    // setting ends the run whether or not it holds the placeholder.
+    throw ObjectRequired();
+  }
+
+  folder =
+      GetRegValue(registry, ansi, RegistryRoot::kCurrentUser, kShellFoldersKey, L"Personal", L"");
+  if (~IsBlank(folder) != 0) {
+    folder = ExpandEnvironmentReferences(system, ansi, folder);
+    const std::wstring title = GetRegValue(registry, ansi, RegistryRoot::kLocalMachine, kProductKey,
+                                           L"AppTitle", L"Orbalis CS");
+    folder += L"\\" + Parse(ansi, title, L"#");
+  }
+
+  const bool keeps_personal_folder = system.OsMajorVersion() == kPersonalFolderMajorVersion;
+  const bool has_data_entry = !system.FirstEntry(L"Data").empty();
+  if ((has_data_entry && !keeps_personal_folder) || folder.empty()) folder = L"Data";
+
+  if (folder.back() != L'\\') folder += L'\\';
+  CreateFolder(system, folder);
+  return folder;
+}
+
+void CreateFolder(System& system, const std::wstring& path) {
+  const std::size_t separator = path.rfind(L'\\');
+  if (separator != std::wstring::npos) CreateFolder(system, path.substr(0, separator));
+  if (path.empty() || path.back() == L'\\') return;
+
+  bool exists = false;
+  try {
+    exists = !system.FirstEntry(path).empty();
+  } catch (const RuntimeError&) {
+    // What cannot be examined may still be created.
+  }
+  if (exists) return;
+  try {
+    system.MakeFolder(path);
+  } catch (const RuntimeError&) {
+    // Opening the log shows whether the folder is there.
+  }
+}
+
+}  // namespace pxscheduler

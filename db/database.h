@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+
+#include "platform/code_page.h"
+#include "platform/connection.h"
+#include "platform/passwords.h"
+#include "platform/registry.h"
+
+namespace pxscheduler {
+
+// Opens the connection to the server and database of a data source registered for ODBC, first with
+// the installation's password, then once with the fallback. A connection that cannot be opened is
+// left closed without a word. Raises what the server answers to the lock time-out.
+void OpenDatabase(const Registry& registry, const CodePage& ansi, const Passwords& passwords,
+                  Connection& connection, const std::wstring& dsn);
+
+// Whether the connection opened; why it did not is dropped.
+bool OpenConnection(Connection& connection, const std::wstring& data_source,
+                    const std::wstring& initial_catalog, const std::wstring& user_id,
+                    const std::wstring& password, const std::wstring& provider);
+
+}  // namespace pxscheduler

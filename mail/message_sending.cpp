@@ -1,0 +1,43 @@
+#include "mail/message_sending.h"
+
+#include <limits>
+
+#include "platform/letter_case.h"
+#include "platform/runtime_error.h"
+#include "platform/value.h"
+
+namespace pxscheduler {
+namespace {
+
+std::int16_t NarrowResultCode(std::int32_t code) {
+  using Limits = std::numeric_limits<std::int16_t>;
+  if (code < Limits::min() || code > Limits::max()) throw Overflow();
+  return static_cast<std::int16_t>(code);
+}
+
+}  // namespace
+
+std::optional<SendOutcome> SendRow(const Regional& regional, const CodePage& ansi,
+                                   const Recordset& result_set, const MessageTemplates& templates,
+                                   MailComponent& mail, std::wstring& last_address) {
+  std::wstring address = TextOf(regional, result_set.Fields(L"Email"));
+  const bool is_marked = IsTrue(result_set.Fields(L"SendEmail"));
+  std::wstring lower_address = LowerCase(address);
+  if (!is_marked || address.find(L'@') == std::wstring::npos || lower_address == last_address) {
+    return std::nullopt;
+  }
+  last_address = std::move(lower_address);
+
+  const MergeValues values = ReadMergeValues(regional, result_set, address);
+  const MergeValues merged_values = InCodePage(ansi, values);
+  mail.SetSubject(Merge(templates.subject, merged_values));
+  mail.SetBodyText(Merge(templates.body, merged_values));
+  mail.SetAlternativeBodyText(Merge(templates.alternative_body, merged_values));
+
+  mail.ResetRecipients(MailComponent::kAllRecipients);
+  mail.AddRecipient(FullNameOf(values), address, MailComponent::kRecipientTo);
+  const std::int16_t code = NarrowResultCode(mail.Send());
+  return SendOutcome{std::move(address), code};
+}
+
+}  // namespace pxscheduler

@@ -1,0 +1,25 @@
+#include "platform/text.h"
+
+namespace pxscheduler {
+
+std::wstring_view TrimBlanks(std::wstring_view text) {
+  const std::size_t first = text.find_first_not_of(L' ');
+  if (first == std::wstring_view::npos) return {};
+  return text.substr(first, text.find_last_not_of(L' ') - first + 1);
+}
+
+std::wstring ReplaceAll(std::wstring_view text, std::wstring_view find,
+                        std::wstring_view replacement) {
+  std::wstring result;
+  std::size_t copied = 0;
+  if (!find.empty()) {
+    for (std::size_t at = text.find(find); at != std::wstring_view::npos;
+         at = text.find(find, copied)) {
+      result.append(text, copied, at - copied).append(replacement);
+      copied = at + find.size();
+    }
+  }
+  return result.append(text, copied);
+}
+
+}  // namespace pxscheduler

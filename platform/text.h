@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace pxscheduler {
+
+// The text without its leading and trailing blanks (U+0020 alone). A view into `text`.
+std::wstring_view TrimBlanks(std::wstring_view text);
+
+// The text with every occurrence of `find` replaced, left to right, without looking at what was
+// just inserted. Unchanged when `find` does not occur or is empty.
+std::wstring ReplaceAll(std::wstring_view text, std::wstring_view find,
+                        std::wstring_view replacement);
+
+}  // namespace pxscheduler
