@@ -18,7 +18,7 @@ sys_days AddMonths(sys_days date, std::int64_t months) {
   const std::chrono::year_month_day from{date};
   const std::int64_t month_index = std::int64_t{static_cast<int>(from.year())} * 12 +
                                    (static_cast<unsigned>(from.month()) - 1) + months;
-  if (month_index < 100 * 12 || month_index >= 10000 * 12) throw InvalidProcedureCall();
+  if (month_index / 12 < 100 || month_index / 12 >= 10000) throw InvalidProcedureCall();
   const std::chrono::year_month month{
       std::chrono::year{static_cast<int>(month_index / 12)},
       std::chrono::month{static_cast<unsigned>(month_index % 12 + 1)}};
