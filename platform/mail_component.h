@@ -25,6 +25,14 @@ class MailComponent {
   virtual void SetAuthenticationOption(std::int32_t option) = 0;
   virtual void SetUserName(const std::wstring& user_name) = 0;
   virtual void SetPassword(const std::wstring& password) = 0;
+  // How TLS is used, compared without case. "" (the default): whenever the server offers it, with
+  // the certificate checked where a password will be sent; "required": nothing is sent in the clear
+  // and the certificate is always checked; "unverified": as "", but no certificate is checked;
+  // "none": never. Any other text counts as "required", so that a slip of the pen exposes nothing.
+  virtual void SetSecurity(const std::wstring& security) = 0;
+  // A mailto: or https: address that goes into each message for the recipient's mail program to
+  // unsubscribe with. "" (the default), or anything else, leaves it out.
+  virtual void SetUnsubscribe(const std::wstring& address) = 0;
 
   // Makes the file's content the body text and a second rendering of it the alternative body text
   // (plain text for an HTML document, the same text otherwise). Returns 0, or a non-zero status for
