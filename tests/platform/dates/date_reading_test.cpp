@@ -1,0 +1,233 @@
+#include <gtest/gtest.h>
+
+#include "tests/support/fake_platform.h"
+
+namespace pxscheduler {
+namespace {
+
+using namespace std::chrono_literals;
+using std::chrono::sys_days;
+
+struct Reading {
+  const wchar_t* text;
+  sys_days date;
+  std::chrono::seconds time = 0s;
+};
+
+template <std::size_t Count>
+void ExpectReadings(const Regional& regional, const Reading (&cases)[Count]) {
+  for (const Reading& c : cases) {
+    const std::optional<DateTime> read = regional.ReadDate(c.text);
+    ASSERT_TRUE(read) << c.text;
+    const std::chrono::year_month_day day{read->date};
+    EXPECT_EQ(*read, (DateTime{c.date, c.time}))
+        << c.text << " gave " << static_cast<int>(day.year()) << '-'
+        << static_cast<unsigned>(day.month()) << '-' << static_cast<unsigned>(day.day()) << ' '
+        << read->time_of_day.count();
+  }
+}
+
+PictureRegional SwedishRegional() {
+  RegionalSettings settings = EnglishSettings();
+  settings.short_date = L"yyyy-MM-dd";
+  settings.long_time = L"HH:mm:ss";
+  return PictureRegional(settings);
+}
+
+TEST(DateReading, UnitedStates) {
+  const Reading cases[] = {
+      {L"11/16/2026", 2026y / 11 / 16},
+      {L"5/6/2026", 2026y / 5 / 6},
+      {L"16/11/2026", 2026y / 11 / 16},
+      {L"2026-11-16", 2026y / 11 / 16},
+      {L"2026-3-1", 2026y / 3 / 1},
+      {L"2026/16/11", 2026y / 11 / 16},
+      {L"11-16-26", 2026y / 11 / 16},
+      {L"11.16.2026", 2026y / 11 / 16},
+      {L"11, 16, 2026", 2026y / 11 / 16},
+      {L" 11 16 2026 ", 2026y / 11 / 16},
+      {L"11 / 16 / 2026", 2026y / 11 / 16},
+      {L"2/29/2024", 2024y / 2 / 29},
+      {L"1/1/29", 2029y / 1 / 1},
+      {L"1/1/30", 1930y / 1 / 1},
+      {L"30/2/26", 1930y / 2 / 26},
+      {L"1/1/100", 100y / 1 / 1},
+      {L"12/31/9999", 9999y / 12 / 31},
+      {L"11/17", 2026y / 11 / 17},
+      {L"17/11", 2026y / 11 / 17},
+      {L"11/2027", 2027y / 11 / 1},
+      {L"2027/11", 2027y / 11 / 1},
+      {L"11/45", 1945y / 11 / 1},
+      {L"2/29", 2029y / 2 / 1},
+      {L"November 16, 2026", 2026y / 11 / 16},
+      {L"16 NOV 2026", 2026y / 11 / 16},
+      {L"16-Nov-26", 2026y / 11 / 16},
+      {L"2026 Nov 16", 2026y / 11 / 16},
+      {L"16Nov2026", 2026y / 11 / 16},
+      {L"Nov 17", 2026y / 11 / 17},
+      {L"17 Nov", 2026y / 11 / 17},
+      {L"Nov 2027", 2027y / 11 / 1},
+      {L"November 45", 1945y / 11 / 1},
+      {L"Monday, November 16, 2026", 2026y / 11 / 16},
+      {L"Fri 11/16/2026", 2026y / 11 / 16},
+  };
+  ExpectReadings(EnglishRegional(), cases);
+}
+
+TEST(DateReading, TimesOfDay) {
+  const sys_days day = 2026y / 11 / 16;
+  const sys_days no_day = 1899y / 12 / 30;
+  const Reading cases[] = {
+      {L"11/16/2026 3:07:41 PM", day, 15h + 7min + 41s},
+      {L"11/16/2026 3:30PM", day, 15h + 30min},
+      {L"11/16/2026 3 pm", day, 15h},
+      {L"3:30 p, 11/16/2026", day, 15h + 30min},
+      {L"11/16/2026 12:00A", day, 0s},
+      {L"2026-11-16 12:00P", day, 12h},
+      {L"11/16/2026 15:07", day, 15h + 7min},
+      {L"11/16/2026 15:07 PM", day, 15h + 7min},
+      {L"11/16/2026 PM 3:07", day, 15h + 7min},
+      {L"11/16/2026\u00A03:07\u202FPM", day, 15h + 7min},
+      {L"2026-11-16T15:07:41", day, 15h + 7min + 41s},
+      {L"2026-11-16 15:07:41.9999999", day, 15h + 7min + 41s},
+      {L"Nov 16 2026  3:07PM", day, 15h + 7min},
+      {L"16:05", no_day, 16h + 5min},
+      {L"4 PM", no_day, 16h},
+      {L"23:59:59", no_day, 24h - 1s},
+  };
+  ExpectReadings(EnglishRegional(), cases);
+}
+
+TEST(DateReading, UnitedKingdomAndGermany) {
+  const Reading numeric[] = {
+      {L"5/6/2026", 2026y / 6 / 5},
+      {L"16.11.2026", 2026y / 11 / 16},
+      {L"11/16/2026", 2026y / 11 / 16},
+      {L"2026-05-06", 2026y / 5 / 6},
+      {L"5.6.", 2026y / 6 / 5},
+      {L"05-06-26", 2026y / 6 / 5},
+      {L"31.1.99", 1999y / 1 / 31},
+      {L"99/1/31", 1999y / 1 / 31},
+      {L"16.11.2026 15:07", 2026y / 11 / 16, 15h + 7min},
+  };
+  ExpectReadings(BritishRegional(), numeric);
+  ExpectReadings(GermanRegional(), numeric);
+  const Reading german[] = {
+      {L"16. November 2026", 2026y / 11 / 16},
+      {L"5. M\u00C4RZ", 2026y / 3 / 5},
+      {L"1. Sept. 2026", 2026y / 9 / 1},
+      {L"1 sept 2026", 2026y / 9 / 1},
+      {L"Mo., 16. Nov. 2026", 2026y / 11 / 16},
+      {L"Montag, 16.11.2026 15:07:41", 2026y / 11 / 16, 15h + 7min + 41s},
+  };
+  ExpectReadings(GermanRegional(), german);
+}
+
+TEST(DateReading, YearFirst) {
+  const Reading cases[] = {
+      {L"2026-11-16", 2026y / 11 / 16}, {L"26-11-16", 2026y / 11 / 16},
+      {L"5/6/2026", 2026y / 5 / 6},     {L"16/11/2026", 2026y / 11 / 16},
+      {L"26 Nov 16", 2026y / 11 / 16},  {L"16 Nov 2026", 2026y / 11 / 16},
+      {L"11-17", 2026y / 11 / 17},
+  };
+  ExpectReadings(SwedishRegional(), cases);
+}
+
+TEST(DateReading, RefusesWhatIsNoDate) {
+  const PictureRegional regional = EnglishRegional();
+  for (const wchar_t* text : {L"",
+                              L" ",
+                              L"abc",
+                              L"16",
+                              L"45000",
+                              L"Nov",
+                              L"Monday",
+                              L"Monday 3 PM",
+                              L"PM",
+                              L"13/13/2026",
+                              L"2/30/2026",
+                              L"0/0/0",
+                              L"11/16/",
+                              L"/11/16",
+                              L"11//16/2026",
+                              L"11/16/2026/5",
+                              L"11/16/99999",
+                              L"11/16/0026",
+                              L"0001-01-01",
+                              L"-11/16/2026",
+                              L"24:00",
+                              L"12:60",
+                              L"13:00 AM",
+                              L"3:",
+                              L"3:07:",
+                              L"3:07 4:08",
+                              L"3:07 AM PM",
+                              L"16 Nov Dec 2026",
+                              L"16 Nov 11 2026",
+                              L"Novem 16 2026",
+                              L"2026-11-16T",
+                              L"2026-11-16T15:07:41Z",
+                              L"11/16/2026 x",
+                              L"11/16/2026\n",
+                              L"1.5e3"}) {
+    EXPECT_FALSE(regional.ReadDate(text)) << text;
+  }
+  EXPECT_FALSE(regional.ReadDate(std::wstring(L"11/16/2026\0", 11)));
+  EXPECT_FALSE(regional.ReadDate(std::wstring(1'000'000, L'1')));
+  EXPECT_FALSE(regional.ReadDate(std::wstring(1'000'000, L'.')));
+}
+
+TEST(DateReading, TellsAMonthFromAWeekdayOfTheSameSpelling) {
+  RegionalSettings settings = EnglishSettings();
+  settings.short_date = L"dd/MM/yyyy";
+  settings.names = [] {
+    CalendarNames names;
+    names.short_months[2] = L"mar";
+    names.short_months[10] = L"nov";
+    names.short_weekdays[2] = L"mar";
+    return names;
+  };
+  const Reading cases[] = {
+      {L"17 mar 2026", 2026y / 3 / 17},
+      {L"mar 17 mar 2026", 2026y / 3 / 17},
+      {L"mar, 17 nov 2026", 2026y / 11 / 17},
+      {L"mar 17/11/2026", 2026y / 11 / 17},
+  };
+  ExpectReadings(PictureRegional(settings), cases);
+}
+
+// Whatever a locale writes it reads again.
+TEST(DateReading, ReadsItsOwnGeneralForm) {
+  const struct {
+    const wchar_t* short_date;
+    const wchar_t* long_time;
+    const wchar_t* morning;
+    const wchar_t* afternoon;
+  } cases[] = {
+      {L"M/d/yyyy", L"h:mm:ss tt", L"AM", L"PM"},
+      {L"dd-MM-yy", L"HH.mm.ss", L"", L""},
+      {L"d.M.yyyy", L"H.mm.ss", L"ap.", L"ip."},
+      {L"yyyy. MM. dd.", L"H:mm:ss", L"de.", L"du."},
+      {L"d.M.yyyy '\u0433.'", L"HH:mm:ss '\u0447.'", L"", L""},
+      {L"yyyy'\u5E74'M'\u6708'd'\u65E5'", L"tt h:mm:ss", L"\u4E0A\u5348", L"\u4E0B\u5348"},
+      {L"dd/MM/yyyy", L"h:mm:ss tt", L"a. m.", L"p. m."},
+      {L"dddd, d MMMM yyyy", L"HH:mm:ss", L"", L""},
+      {L"dd-MMM-yyyy", L"h:mm:ss t", L"AM", L"PM"},
+  };
+  for (const auto& c : cases) {
+    RegionalSettings settings = EnglishSettings();
+    settings.short_date = c.short_date;
+    settings.long_time = c.long_time;
+    settings.morning = c.morning;
+    settings.afternoon = c.afternoon;
+    const PictureRegional regional(settings);
+    for (const DateTime value : {DateTime{2026y / 3 / 5, 15h + 7min + 41s},
+                                 DateTime{1999y / 12 / 31, 7min}, DateTime{2000y / 2 / 29}}) {
+      const std::wstring text = GeneralDate(regional, value);
+      EXPECT_EQ(regional.ReadDate(text), value) << text;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace pxscheduler
