@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "platform/civil_time.h"
+
+namespace pxscheduler {
+
+// Keys that stand in the order of their values when compared byte by byte (as unsigned bytes, a key
+// before every longer one that begins with it): Null, then numbers by number, whatever their type,
+// then dates, then text in lower case by code point. Each function appends one key to `out`.
+void AppendNullKey(std::string& out);
+// The number as std::to_chars writes it: a sign, digits, a point and an exponent, or "inf".
+void AppendNumberKey(std::string_view number, std::string& out);
+void AppendDateKey(const DateTime& value, std::string& out);
+void AppendTextKey(std::string_view utf8, std::string& out);
+
+}  // namespace pxscheduler
