@@ -38,6 +38,8 @@ void ApplyMailSettings(const Registry& registry, const CodePage& ansi, const Pas
   } else {
     mail.SetAuthenticationMode(MailComponent::kAuthenticateNone);
   }
+  mail.SetSecurity(setting(L"EmailSecurity"));
+  mail.SetUnsubscribe(setting(L"EmailUnsubscribe"));
 }
 
 }  // namespace pxscheduler

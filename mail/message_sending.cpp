@@ -17,7 +17,7 @@ std::int16_t NarrowResultCode(std::int32_t code) {
 
 }  // namespace
 
-std::optional<SendOutcome> SendRow(const Regional& regional, const CodePage& ansi,
+std::optional<RowOutcome> SendRow(const Regional& regional, const CodePage& ansi,
                                    const Recordset& result_set, const MessageTemplates& templates,
                                    MailComponent& mail, std::wstring& last_address) {
   std::wstring address = TextOf(regional, result_set.Fields(L"Email"));
@@ -37,7 +37,7 @@ std::optional<SendOutcome> SendRow(const Regional& regional, const CodePage& ans
   mail.ResetRecipients(MailComponent::kAllRecipients);
   mail.AddRecipient(FullNameOf(values), address, MailComponent::kRecipientTo);
   const std::int16_t code = NarrowResultCode(mail.Send());
-  return SendOutcome{std::move(address), code};
+  return RowOutcome{std::move(address), code};
 }
 
 }  // namespace pxscheduler

@@ -12,7 +12,7 @@
 
 namespace pxscheduler {
 
-struct SendOutcome {
+struct RowOutcome {
   std::wstring address;  // as read from the row
   std::int16_t result_code;
 };
@@ -21,7 +21,7 @@ struct SendOutcome {
 // address without "@", or the same address without regard to case as `last_address`, which becomes
 // the lower-cased address of every row that is sent. Raises ItemNotFound (3265) for a missing
 // column and Overflow (6) for a result code beyond 16 bits.
-std::optional<SendOutcome> SendRow(const Regional& regional, const CodePage& ansi,
+std::optional<RowOutcome> SendRow(const Regional& regional, const CodePage& ansi,
                                    const Recordset& result_set, const MessageTemplates& templates,
                                    MailComponent& mail, std::wstring& last_address);
 
