@@ -23,7 +23,7 @@ namespace {
 constexpr wchar_t kUsage[] =
     L"Usage: PXScheduler /U[user name] /Q[saved query name] /S[subject] /F[message body file]";
 
-void LogOutcome(AppendFile& log, const SendOutcome& outcome) {
+void LogOutcome(AppendFile& log, const RowOutcome& outcome) {
   if (outcome.result_code == 0) {
     WriteLogLine(log, L"Sent: " + outcome.address);
   } else {
@@ -48,7 +48,7 @@ void SendMessages(const Platform& platform, const CommandLine& switches, const s
   result_set.SetSort(L"Email");
   std::wstring last_address;
   for (; !result_set.EndOfFile(); result_set.MoveNext()) {
-    const std::optional<SendOutcome> outcome =
+    const std::optional<RowOutcome> outcome =
         SendRow(platform.regional, platform.ansi, result_set, templates, *mail, last_address);
     if (outcome && log != nullptr) LogOutcome(*log, *outcome);
   }

@@ -18,8 +18,8 @@ std::int16_t NarrowResultCode(std::int32_t code) {
 }  // namespace
 
 std::optional<RowOutcome> SendRow(const Regional& regional, const CodePage& ansi,
-                                   const Recordset& result_set, const MessageTemplates& templates,
-                                   MailComponent& mail, std::wstring& last_address) {
+                                  const Recordset& result_set, const MessageTemplates& templates,
+                                  MailComponent& mail, std::wstring& last_address) {
   std::wstring address = TextOf(regional, result_set.Fields(L"Email"));
   const bool is_marked = IsTrue(result_set.Fields(L"SendEmail"));
   std::wstring lower_address = LowerCase(address);

@@ -22,7 +22,7 @@ struct RowOutcome {
 // the lower-cased address of every row that is sent. Raises ItemNotFound (3265) for a missing
 // column and Overflow (6) for a result code beyond 16 bits.
 std::optional<RowOutcome> SendRow(const Regional& regional, const CodePage& ansi,
-                                   const Recordset& result_set, const MessageTemplates& templates,
-                                   MailComponent& mail, std::wstring& last_address);
+                                  const Recordset& result_set, const MessageTemplates& templates,
+                                  MailComponent& mail, std::wstring& last_address);
 
 }  // namespace pxscheduler
