@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+
+#include "platform/odbc/connection_text.h"
+
+namespace pxscheduler {
+
+struct Driver {
+  std::wstring name;  // the path of a library, or the name of an installed driver
+  Dialect dialect = Dialect::kFreeTds;
+
+  friend bool operator==(const Driver&, const Driver&) = default;
+};
+
+// The driver that `wanted` names (the path of a library where it holds a "/", else the name of an
+// installed driver), or FreeTDS where its packages put it when `wanted` is empty. Raises a provider
+// failure (-2147467259) that says what to install or to correct where there is no such library.
+Driver FindDriver(const std::wstring& wanted);
+
+}  // namespace pxscheduler

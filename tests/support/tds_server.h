@@ -1,0 +1,40 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace pxscheduler {
+
+// tds_server.py on a free port of this machine, for as long as the object lives.
+class TdsServer {
+ public:
+  struct Options {
+    std::string answers = "[]";          // the JSON text of scripted answers
+    std::vector<std::string> arguments;  // further ones of the script
+  };
+
+  TdsServer() : TdsServer(Options{}) {}
+  explicit TdsServer(const Options& options);
+  ~TdsServer();
+  TdsServer(const TdsServer&) = delete;
+  TdsServer& operator=(const TdsServer&) = delete;
+
+  std::uint16_t Port() const { return port_; }
+  // The server as a data source names it.
+  std::wstring DataSource() const { return L"127.0.0.1," + std::to_wstring(port_); }
+  // The lines of its log so far: logins and statements as they were received.
+  std::vector<std::string> Log() const;
+  // Those of one kind, "login" or "statement", without that first field.
+  std::vector<std::string> Log(const std::string& kind) const;
+
+ private:
+  std::filesystem::path folder_;
+  pid_t process_ = -1;
+  std::uint16_t port_ = 0;
+};
+
+}  // namespace pxscheduler
