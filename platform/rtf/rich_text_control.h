@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <variant>
+
+#include "platform/code_page.h"
+#include "platform/rtf/document.h"
+#include "platform/system.h"
+#include "platform/text_control.h"
+
+namespace pxscheduler {
+
+// A text control that needs no rich-text component: it loads a document that begins with "{\rtf" as
+// RTF, one that begins with "<" as HTML and one without control characters as text in the ANSI code
+// page, whatever format is asked for, and saves HTML alone. Its own page is A4 with margins of an
+// inch.
+class RichTextControl : public TextControl {
+ public:
+  // Both must outlive the control.
+  RichTextControl(System& system, const CodePages& code_pages);
+
+  void Load(const std::wstring& path, std::int16_t offset, std::int16_t format) override;
+  // Raises InvalidProcedureCall (5) for a format other than kFormatHtml or an offset other than 0.
+  void Save(const std::wstring& path, std::int16_t offset, std::int16_t format) override;
+
+  // An index outside 0 to 5 raises InvalidProcedureCall (5).
+  std::int32_t DocumentPageValue(int index) const override;
+  void SetDocumentPageValue(int index, std::int32_t value) override;
+  std::int32_t PageSetting(int index) const override;
+  void SetPageSetting(int index, std::int32_t value) override;
+
+ private:
+  struct HtmlFile {
+    std::string bytes;  // as in the file
+  };
+
+  System& system_;
+  const CodePages& code_pages_;
+  std::variant<std::wstring, Document, HtmlFile> document_;
+  PageLayout document_page_;
+  PageLayout page_settings_;
+};
+
+}  // namespace pxscheduler

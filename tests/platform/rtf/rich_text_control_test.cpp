@@ -1,0 +1,82 @@
+#include "platform/rtf/rich_text_control.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "tests/support/fake_platform.h"
+
+namespace pxscheduler {
+namespace {
+
+const std::string kHeader(30, 'h');
+
+class RichTextControlTest : public testing::Test {
+ protected:
+  // Loads a file of these bytes and saves it with the control's own page.
+  std::string Converted(const std::string& bytes) {
+    system_.files[L"letter.qzw"] = bytes;
+    control_.Load(L"letter.qzw", 30, TextControl::kFormatRichText);
+    for (int i = 0; i < TextControl::kPageValues; ++i)
+      control_.SetDocumentPageValue(i, control_.PageSetting(i));
+    control_.Save(L"out.htm", 0, TextControl::kFormatHtml);
+    return system_.files[L"out.htm"];
+  }
+
+  FakeSystem system_;
+  FakeCodePages code_pages_;
+  RichTextControl control_{system_, code_pages_};
+};
+
+TEST_F(RichTextControlTest, TellsTheFormFromTheFirstBytes) {
+  EXPECT_NE(Converted(kHeader + "{\\rtf1 {\\b x}y}").find("<b>x</b>y"), std::string::npos);
+  EXPECT_NE(
+      Converted(kHeader + "plain <\xE9>\r\nline two")
+          .find(
+              "plain &lt;\u00E9&gt;</p>\n<p style=\"margin:0;white-space:pre-wrap\">line two</p>"),
+      std::string::npos);
+  const std::string page = "<style>@page{size:595.3pt 841.9pt;margin:72pt}</style>";
+  EXPECT_EQ(Converted(kHeader + "\r\n<HTML><HEAD></HEAD>\xE9</HTML>"),
+            "\r\n<HTML><HEAD>" + page + "\n</HEAD>\xE9</HTML>");
+  const std::string own = "<html><head><style>@page{margin:0}</style></head></html>";
+  EXPECT_EQ(Converted(kHeader + own), own);
+  EXPECT_EQ(Converted(kHeader + "<p>part</p>"),
+            "<html><head>" + page + "</head><body>\n<p>part</p>\n</body></html>\n");
+  EXPECT_TRUE(Converted(kHeader).ends_with("</body></html>\n"));
+}
+
+TEST_F(RichTextControlTest, RefusesWhatIsNoDocument) {
+  for (const std::string& bytes : {std::string(29, 'h'), kHeader + "\x01binary"}) {
+    system_.files[L"letter.qzw"] = bytes;
+    try {
+      control_.Load(L"letter.qzw", 30, TextControl::kFormatRichText);
+      ADD_FAILURE() << bytes;
+    } catch (const RuntimeError& error) {
+      EXPECT_EQ(error.number, 321);
+      EXPECT_NE(error.description.find(L"letter.qzw"), std::wstring::npos);
+    }
+  }
+  EXPECT_THROW(control_.Load(L"missing.qzw", 30, TextControl::kFormatRichText), RuntimeError);
+}
+
+TEST_F(RichTextControlTest, KnowsThePageOfTheDocument) {
+  const auto values = [&](const std::string& rtf) {
+    Converted(kHeader + rtf);
+    control_.Load(L"letter.qzw", 30, TextControl::kFormatRichText);
+    std::vector<std::int32_t> all(TextControl::kPageValues);
+    for (int i = 0; i < TextControl::kPageValues; ++i)
+      all[std::size_t(i)] = control_.DocumentPageValue(i);
+    return all;
+  };
+  using Values = std::vector<std::int32_t>;
+  EXPECT_EQ(values("{\\rtf1 x}"), (Values{0, 0, 0, 0, 0, 0}));
+  EXPECT_EQ(values("{\\rtf1\\paperw12240\\paperh15840\\margl1\\margr2\\margt3\\margb4 x}"),
+            (Values{12240, 15840, 1, 3, 2, 4}));
+  EXPECT_EQ(values("{\\rtf1\\paperw11906\\paperh16838\\landscape x}"),
+            (Values{16838, 11906, 0, 0, 0, 0}));
+  EXPECT_EQ(values("{\\rtf1\\paperw16838\\paperh11906\\landscape x}"),
+            (Values{16838, 11906, 0, 0, 0, 0}));
+}
+
+}  // namespace
+}  // namespace pxscheduler

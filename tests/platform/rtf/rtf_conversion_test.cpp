@@ -1,0 +1,243 @@
+// From RTF to HTML: small documents written for the case.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "platform/html/html_writer.h"
+#include "platform/html/plain_text.h"
+#include "platform/rtf/rtf_reader.h"
+#include "tests/support/fake_platform.h"
+
+namespace pxscheduler {
+namespace {
+
+constexpr PageLayout kPage = {11906, 16838, 1440, 1440, 1440, 1440};
+
+std::string Html(const std::string& rtf) { return WriteHtml(ReadRtf(rtf, FakeCodePages()), kPage); }
+
+// What stands in the body, without line ends.
+std::string Body(const std::string& content) {
+  const std::string html = Html(
+      "{\\rtf1\\ansi\\deff0{\\fonttbl{\\f0\\fswiss Arial;}{\\f1\\froman Times New Roman;}"
+      "{\\f2\\fcharset2 Symbol;}}{\\colortbl;\\red255\\green0\\blue0;\\red0\\green0\\blue255;}" +
+      content + "}");
+  const std::size_t start = html.find(">\n", html.find("<body")) + 2;
+  std::string body = html.substr(start, html.rfind("</body>") - start);
+  std::erase(body, '\n');
+  return body;
+}
+
+std::string Plain(const std::string& content) {
+  return ToUtf8(PlainTextOfHtml(FromUtf8(Body(content))));
+}
+
+struct Case {
+  std::string rtf;
+  std::string html;
+};
+
+template <std::size_t kCount>
+void Expect(const Case (&cases)[kCount]) {
+  for (const Case& each : cases) EXPECT_EQ(Body(each.rtf), each.html) << each.rtf;
+}
+
+TEST(RtfConversion, WritesTheFileAround) {
+  const std::string html = Html("{\\rtf1 x}");
+  EXPECT_TRUE(html.starts_with("<!DOCTYPE html>\n<html>"));
+  EXPECT_TRUE(html.ends_with("</html>\n"));
+  EXPECT_NE(html.find("charset=utf-8"), std::string::npos);
+  EXPECT_NE(html.find("@page{size:595.3pt 841.9pt;margin:72pt}"), std::string::npos);
+  EXPECT_NE(html.find("width:595.3pt;max-width:100%;padding:72pt"), std::string::npos);
+}
+
+TEST(RtfConversion, Characters) {
+  Expect({
+      {R"(a\'e9\emdash\ldblquote x\rdblquote\~y\_z)",
+       "<p style=\"margin:0\">a\u00E9\u2014\u201Cx\u201D&nbsp;y\u2011z</p>"},
+      {R"(\\ \{ \} < & >)", R"(<p style="margin:0">\ { } &lt; &amp; &gt;</p>)"},
+      {R"(\uc1\u8364?5 \u8364\'805 {\uc2\u8364ab5}\uc0\u8364 5)",
+       "<p style=\"margin:0\">\u20AC5 \u20AC5 \u20AC5\u20AC5</p>"},
+      {R"(\u-10180?\u-8318? \u-8318?)", "<p style=\"margin:0\">\U0001F382 \uFFFD</p>"},
+      {"\\u8226\\par next", "<p style=\"margin:0\">\u2022</p><p style=\"margin:0\">next</p>"},
+      {R"(\f2 \'b7\'61)", "<p style=\"margin:0\">\u2022\u03B1</p>"},
+      {"a  b\\line  c", "<p style=\"margin:0\">a &nbsp;b<br>&nbsp;c</p>"},
+      {R"({\v hidden}{\*\unknown {gone}}{\known kept}{\header h}{\info{\title t}})",
+       "<p style=\"margin:0\">kept</p>"},
+      {"x\\tab y", "<p style=\"margin:0\">x" +
+                       std::string("&nbsp;&nbsp;&nbsp;&nbsp;&nbsp;&nbsp;"
+                                   "&nbsp;&nbsp;&nbsp;&nbsp;") +
+                       "y</p>"},
+  });
+}
+
+TEST(RtfConversion, CharacterFormats) {
+  Expect({
+      {R"(plain text {\b bold}{\i slanted}{\ul under}{\strike gone})",
+       "<p style=\"margin:0\">plain text <b>bold</b><i>slanted</i><u>under</u><s>gone</s></p>"},
+      {R"(much plain text {\cf1\highlight2 red}{\f1\fs40 big})",
+       "<p style=\"margin:0\">much plain text <span "
+       "style=\"color:#ff0000;background-color:#0000ff\">"
+       "red</span><span style=\"font-family:'Times New "
+       "Roman',serif;font-size:20pt\">big</span></p>"},
+      {R"(CO{\sub 2} m{\super 2} {\scaps s}{\caps c})",
+       "<p style=\"margin:0\">CO<sub>2</sub> m<sup>2</sup> <span "
+       "style=\"font-variant:small-caps\">s"
+       "</span><span style=\"text-transform:uppercase\">c</span></p>"},
+      {R"(all of it \b\b0\b bold)", "<p style=\"margin:0\">all of it <b>bold</b></p>"},
+      {R"(\b one {\lang1033 run} of \b1{\*\x}bold)",
+       "<p style=\"margin:0;font-weight:bold\">one run of bold</p>"},
+  });
+}
+
+TEST(RtfConversion, ParagraphFormats) {
+  Expect({
+      {R"(\qc\sb120\sa240\li720\fi-360\ri100 x\par\pard y)",
+       "<p style=\"margin:6pt 5pt 12pt 36pt;text-indent:-18pt;text-align:center\">x</p>"
+       "<p style=\"margin:0\">y</p>"},
+      {R"(\sl360\slmult1 x\par\pard\sl-240 y)",
+       "<p style=\"margin:0;line-height:150%\">x</p>"
+       "<p style=\"margin:0;line-height:12pt;mso-line-height-rule:exactly\">y</p>"},
+      {R"(\box\brdrs\brdrw20\brsp40\cbpat1 a\par b\par\pard c)",
+       "<div style=\"border:1pt solid #000000;padding:2pt;background-color:#ff0000\">"
+       "<p style=\"margin:0\">a</p><p style=\"margin:0\">b</p></div><p style=\"margin:0\">c</p>"},
+      {R"(a\par\par b\page c)",
+       "<p style=\"margin:0\">a</p><p style=\"margin:0\">&nbsp;</p><p style=\"margin:0\">b</p>"
+       "<p style=\"margin:0;page-break-before:always\">c</p>"},
+      {R"({\stylesheet{\s3 heading 2;}}\s3 Title\par\pard\plain text and more)",
+       "<h2 style=\"margin:0;font-size:12pt;font-weight:normal\">Title</h2>"
+       "<p style=\"margin:0\">text and more</p>"},
+  });
+}
+
+TEST(RtfConversion, KeepsTokensWhole) {
+  Expect({
+      {"Dear {\\b [Fir}{\\i st Na}me], hello to you",
+       "<p style=\"margin:0\">Dear <b>[First Name]</b>, hello to you</p>"},
+      {R"([First\~Name] [La\-st Name] [\u70?irst Name])",
+       "<p style=\"margin:0\">[First Name] [Last Name] [First Name]</p>"},
+      {R"(see [{\b 1}{\i -}2] or [{\b not\line one}])",
+       "<p style=\"margin:0\">see [<b>1</b><i>-</i>2] or [<b>not<br>one</b>]</p>"},
+      {"{\\field{\\*\\fldinst HYPERLINK \"https://a.example/?n=%5BFirst%20Name%5D&x=%5B1\"}"
+       "{\\fldrslt go}}",
+       "<p style=\"margin:0\"><a href=\"https://a.example/?n=[First Name]&amp;x=%5B1\" "
+       "style=\"color:#000000;text-decoration:none\">go</a></p>"},
+  });
+}
+
+TEST(RtfConversion, FieldsNotesAndBookmarks) {
+  Expect({
+      {"{\\field{\\*\\fldinst{HYPERLINK \\\\l \"top\"}}{\\fldrslt{\\ul\\cf2 up}}} "
+       "{\\*\\bkmkstart top}{\\*\\bkmkend top}{\\*\\bkmkstart other}here it is",
+       "<p style=\"margin:0\"><a href=\"#top\" style=\"color:#0000ff;text-decoration:underline\">up"
+       "</a> <a name=\"top\"></a>here it is</p>"},
+      {R"(on {\field{\*\fldinst DATE}{\fldrslt 12 May}})", "<p style=\"margin:0\">on 12 May</p>"},
+      {R"(text{\super\chftn{\footnote\pard\plain{\super\chftn} the note}} goes on\par end)",
+       "<p style=\"margin:0\">text<sup>1</sup> goes on</p><p style=\"margin:0\">end</p>"
+       "<hr size=\"1\" width=\"33%\" align=\"left\"><p style=\"margin:0\"><sup>1</sup> the "
+       "note</p>"},
+      {"before {\\shp{\\*\\shpinst{\\sp{\\sn a}{\\sv 1}}{\\shptxt in a box\\par}}{\\shprslt "
+       "x}}after",
+       R"(<p style="margin:0">in a box</p><p style="margin:0">before after</p>)"},
+  });
+}
+
+TEST(RtfConversion, Lists) {
+  const std::string tables =
+      "{\\*\\listtable{\\list{\\listlevel\\levelnfc23{\\leveltext\\'01\\u8226 ?;}{\\levelnumbers;}}"
+      "{\\listlevel\\levelnfc4\\levelstartat3{\\leveltext\\'02\\'01.;}}\\listid7}}"
+      "{\\*\\listoverridetable{\\listoverride\\listid7\\ls1}}";
+  Expect({
+      {tables + "\\ls1\\ilvl0\\li720\\fi-360{\\listtext\\bullet\\tab}one\\par"
+                "\\ilvl1\\li1440{\\listtext c.\\tab}deep\\par"
+                "\\ilvl0\\li720 two\\par\\pard\\plain after",
+       "<ul style=\"margin:0;padding:0 0 0 36pt;list-style-type:disc\"><li style=\"margin:0\">one"
+       "<ol type=\"a\" start=\"3\" style=\"margin:0;padding:0 0 0 36pt\"><li "
+       "style=\"margin:0\">deep"
+       "</li></ol></li><li style=\"margin:0\">two</li></ul><p style=\"margin:0\">after</p>"},
+      {"\\li360\\fi-360{\\pntext 1.\\tab}{\\*\\pn\\pnlvlbody\\pndec{\\pntxta .}}a\\par"
+       "{\\pntext 2.\\tab}b\\par\\pard c",
+       "<ol style=\"margin:0;padding:0 0 0 18pt\"><li style=\"margin:0\">a</li>"
+       "<li style=\"margin:0\">b</li></ol><p style=\"margin:0\">c</p>"},
+      // A marker that HTML's lists cannot make stays text.
+      {R"({\*\pn\pnlvlbody\pndec{\pntxta )}}{\pntext 1) }a)", "<p style=\"margin:0\">1) a</p>"},
+  });
+  EXPECT_EQ(Plain(tables + "\\ls1 one\\par\\ilvl1 x\\par y\\par\\ilvl0 two\\par"),
+            "* one\n  c. x\n  d. y\n* two\n");
+}
+
+TEST(RtfConversion, Tables) {
+  const std::string cell = "<td style=\"width:72pt\">";
+  const std::string table =
+      "<table cellspacing=\"0\" cellpadding=\"0\" border=\"0\" style=\"border-collapse:collapse;"
+      "width:";
+  const std::string font = ";font-family:Arial,sans-serif;font-size:12pt\">";
+  const std::string row = "<tr valign=\"top\">";
+  const auto p = [](const std::string& text) { return "<p style=\"margin:0\">" + text + "</p>"; };
+  Expect({
+      {R"(\trowd\trgaph0\cellx1440\cellx2880\intbl a\cell b\cell\row\pard after)",
+       table + "144pt" + font + row + cell + p("a") + "</td>" + cell + p("b") +
+           "</td></tr></table>" + p("after")},
+      // Merged across, then down; an end of a cell that is missing.
+      {"\\trowd\\trgaph0\\clmgf\\cellx1440\\clmrg\\cellx2880\\intbl wide\\cell\\cell\\row"
+       "\\trowd\\trgaph0\\clvmgf\\cellx1440\\cellx2880\\intbl high\\cell b\\cell\\row"
+       "\\trowd\\trgaph0\\clvmrg\\cellx1440\\cellx2880\\intbl\\cell c\\row",
+       table + "144pt" + font + row + R"(<td colspan="2" style="width:144pt">)" + p("wide") +
+           p("&nbsp;") + "</td></tr>" + row + R"(<td rowspan="2" style="width:72pt">)" + p("high") +
+           "</td>" + cell + p("b") + "</td></tr>" + row + cell + p("c") + "</td></tr></table>"},
+      // Edges that only some rows have.
+      {"\\trowd\\trgaph0\\cellx2880\\intbl a\\cell\\row"
+       "\\trowd\\trgaph0\\cellx1440\\cellx2885\\intbl b\\cell c\\cell\\row",
+       table + "144pt" + font + row + R"(<td colspan="2" style="width:144pt">)" + p("a") +
+           "</td></tr>" + row + cell + p("b") + "</td><td style=\"width:72.25pt\">" + p("c") +
+           "</td></tr></table>"},
+      {"\\trowd\\trgaph0\\cellx2880\\intbl out\\par\\itap2 in\\nestcell{\\*\\nesttableprops\\trowd"
+       "\\trgaph0\\cellx1440\\nestrow}\\itap1 more\\cell\\row",
+       table + "144pt" + font + row + "<td style=\"width:144pt\">" + p("out") + table + "72pt" +
+           font + row + cell + p("in") + "</td></tr></table>" + p("more") + "</td></tr></table>"},
+  });
+}
+
+TEST(RtfConversion, Pictures) {
+  const std::string png = "89504e470d0a1a0a00";
+  Expect({
+      {"{\\pict\\pngblip\\picw10\\pich10\\picwgoal1500\\pichgoal750\\picscalex50\\picscaley50\n" +
+           png + R"({\*\picprop{\sp{\sn wzDescription}{\sv Our "logo"}}}})",
+       "<p style=\"margin:0\"><img src=\"data:image/png;base64,iVBORw0KGgoA\" width=\"50\" "
+       "height=\"25\" alt=\"Our &quot;logo&quot;\" border=\"0\"></p>"},
+      {std::string("{\\*\\shppict{\\pict\\jpegblip\\bin4 \xFF\xD8\xFF}}}{\\nonshppict{\\pict") +
+           "\\wmetafile8 00}}z",
+       "<p style=\"margin:0\"><img src=\"data:image/jpeg;base64,/9j/fQ==\" alt=\"\" "
+       "border=\"0\">z</p>"},
+      {"{\\pict\\wmetafile8 0102}only a metafile", "<p style=\"margin:0\">only a metafile</p>"},
+  });
+}
+
+TEST(RtfConversion, ReadsOnWhateverIsWrong) {
+  const Case cases[] = {
+      {"a}}} b", "a\n"},  // the document ends with its first group
+      {"a{\\b b", "ab\n"},
+      {"a\\bin999999999 b", "a\n"},
+      {"a\\", "a}\n"},
+      {"a\\'", "a\n"},
+      {R"(\cell a\row\nestrow\cell\row b)", "a\n\nb\n"},
+      {R"(\ls99\s99\f99\cf99\fs-5\li99999999999\u99999999999 ?a)", "a\n"},
+      {R"({\pict\pngblip zz}{\field{\fldrslt a}}{\fldinst x}{\footnote)", "a\n"},
+  };
+  for (const Case& each : cases) EXPECT_EQ(Plain(each.rtf), each.html) << each.rtf;
+  std::string deep = "a";
+  for (int i = 0; i < 100'000; ++i) deep += "{\\b{\\i x";
+  EXPECT_NE(Plain(deep).find("xxx"), std::string::npos);
+}
+
+TEST(RtfConversion, ReadsEveryBeginning) {
+  const std::string whole =
+      "{\\rtf1{\\fonttbl{\\f0 A;}}{\\colortbl;\\red1;}\\trowd\\cellx9{\\b "
+      "a\\'e9\\u8364?}\\cell\\row"
+      "{\\field{\\*\\fldinst HYPERLINK \"x\"}{\\fldrslt y}}{\\pict\\pngblip 8950\\bin3 abc}"
+      "{\\footnote n}{\\*\\listtable{\\list{\\listlevel{\\leveltext\\'01.;}}\\listid1}}}";
+  for (std::size_t length = 0; length < whole.size(); ++length)
+    EXPECT_TRUE(Html(whole.substr(0, length)).ends_with("</html>\n"));
+}
+
+}  // namespace
+}  // namespace pxscheduler
