@@ -1,0 +1,59 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace pxscheduler {
+
+// A date and time as SQL Server's datetime holds it, in no particular time zone.
+using SqlMoment = std::chrono::sys_time<std::chrono::milliseconds>;
+
+enum class DatePart {
+  kYear,
+  kQuarter,
+  kMonth,
+  kDayOfYear,
+  kDay,
+  kWeek,
+  kWeekday,
+  kHour,
+  kMinute,
+  kSecond,
+  kMillisecond
+};
+
+// The part that a name or an abbreviation of it stands for ("yy", "yyyy", "year"), without case.
+std::optional<DatePart> DatePartNamed(std::string_view name);
+
+// How many boundaries of the part lie between the two, negative when `to` comes first: the years
+// from 31 December to 1 January are 1. Weeks begin on Sunday.
+std::int64_t DateDifference(DatePart part, SqlMoment from, SqlMoment to);
+
+// Later by `count` parts, earlier when negative; a month without the day gives its last day.
+// Nothing outside the years 1 to 9999.
+std::optional<SqlMoment> DateAdd(DatePart part, std::int64_t count, SqlMoment moment);
+
+// The part's number: months, quarters and days from 1, the week of 1 January is 1, Sunday is 1.
+std::int64_t DatePartOf(DatePart part, SqlMoment moment);
+
+// In which order the numbers of a date with separators stand, unless the first has four digits.
+enum class DateFieldOrder { kMonthDayYear, kDayMonthYear };
+
+// Reads "2026-11-16", "20261116", "11/16/2026" (also with "-" or "."), each with a time "15:07",
+// "15:07:41.250" or "3:07 PM" or none; a two-digit year is in 1950 to 2049. Nothing for other
+// texts.
+std::optional<SqlMoment> ReadSqlDate(std::string_view text,
+                                     DateFieldOrder order = DateFieldOrder::kMonthDayYear);
+
+// "2026-11-16 15:07:41", with ".250" where there are milliseconds.
+std::string WriteSqlMoment(SqlMoment moment);
+std::string WriteSqlDay(SqlMoment moment);  // "2026-11-16"
+
+// The form of a style number of CONVERT (0, 1 to 8, 10 to 12, 20, 21, 25, 100 to 112, 114, 120, 121
+// and 126). Nothing for other numbers.
+std::optional<std::string> WriteSqlDateInStyle(SqlMoment moment, std::int64_t style);
+
+}  // namespace pxscheduler
