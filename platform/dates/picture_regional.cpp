@@ -46,8 +46,8 @@ const DateWords& PictureRegional::Words() const {
 }
 
 std::wstring PictureRegional::ShortDate(std::chrono::sys_days date) const {
-  static const CalendarNames kNoNames;
-  return WriteDate(short_date_, date, short_date_needs_names_ ? Names() : kNoNames);
+  static const CalendarNames no_names;
+  return WriteDate(short_date_, date, short_date_needs_names_ ? Names() : no_names);
 }
 
 std::wstring PictureRegional::LongTime(std::chrono::seconds time_of_day) const {

@@ -141,7 +141,7 @@ void FakeSystem::ReplaceFile(const std::wstring& path, std::string_view bytes) {
 std::string Latin1CodePage::ToBytes(std::wstring_view text) const {
   std::string bytes;
   for (const wchar_t c : text) {
-    const auto code = static_cast<std::uint32_t>(c);
+    const auto code = static_cast<char32_t>(c);
     bytes += code < 0x100 ? static_cast<char>(code) : '?';
   }
   return bytes;

@@ -1,0 +1,175 @@
+#include "platform/linux/linux_system.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <cstddef>
+#include <cstdlib>
+#include <ctime>
+#include <utility>
+
+#include "platform/linux/files.h"
+#include "platform/linux/native_text.h"
+#include "platform/runtime_error.h"
+
+namespace pxscheduler {
+namespace {
+
+constexpr mode_t kFolderMode = 0750;
+constexpr mode_t kFileMode = 0640;
+
+class LinuxAppendFile : public AppendFile {
+ public:
+  LinuxAppendFile(FileDescriptor file, std::string path, const CodePage& ansi)
+      : file_(std::move(file)), path_(std::move(path)), ansi_(ansi) {}
+
+  void Append(std::wstring_view text) override {
+    if (!WriteAll(file_.Get(), ansi_.ToBytes(text))) throw ErrorOf(errno, path_);
+  }
+
+ private:
+  FileDescriptor file_;
+  std::string path_;
+  const CodePage& ansi_;
+};
+
+// Text on a terminal must not command it.
+std::string ForTerminal(std::wstring_view text) {
+  std::wstring shown(text);
+  for (wchar_t& c : shown) {
+    const bool control = (c < 0x20 && c != L'\n' && c != L'\t') || (c >= 0x7F && c < 0xA0);
+    if (control) c = L'?';
+  }
+  return ToNative(shown);
+}
+
+void ShowOnStandardError(std::wstring_view text) {
+  // Nobody is left to be told where this fails.
+  static_cast<void>(WriteAll(STDERR_FILENO, ForTerminal(text)));
+}
+
+void WaitForEnter() {
+  char character = 0;
+  while (true) {
+    const ssize_t count = ::read(STDIN_FILENO, &character, 1);
+    if (count < 0 && errno == EINTR) continue;
+    if (count <= 0 || character == '\n') return;
+  }
+}
+
+std::string CheckedPath(const std::wstring& path) {
+  std::string native = ToNativePath(path);
+  // C functions would end the path there and use another file.
+  if (native.find('\0') != std::string::npos) throw FileAccessError(path);
+  return native;
+}
+
+}  // namespace
+
+std::string NativeEnvironmentVariable(const std::string& name) {
+  if (name.empty() || name.find('\0') != std::string::npos) return "";
+  const char* value = std::getenv(name.c_str());  // NOLINT(concurrency-mt-unsafe): one thread
+  return value == nullptr ? "" : value;
+}
+
+LinuxSystem::LinuxSystem(std::vector<std::string> arguments, std::function<const CodePage&()> ansi)
+    : arguments_(std::move(arguments)), ansi_(std::move(ansi)) {}
+
+Moment LinuxSystem::Now() const {
+  const std::time_t now = std::time(nullptr);
+  std::tm local{};
+  ::localtime_r(&now, &local);
+  const std::chrono::sys_seconds shown{std::chrono::seconds{now + local.tm_gmtoff}};
+  const auto day = std::chrono::floor<std::chrono::days>(shown);
+  return {{day, shown - day},
+          std::chrono::duration_cast<std::chrono::minutes>(std::chrono::seconds{local.tm_gmtoff})};
+}
+
+std::wstring LinuxSystem::EnvironmentVariable(const std::wstring& name) const {
+  const std::string value = NativeEnvironmentVariable(ToNative(name));
+  if (value.empty() && name == L"USERPROFILE") {
+    return FromNativePath(NativeEnvironmentVariable("HOME"));
+  }
+  return FromNative(value);
+}
+
+std::wstring LinuxSystem::CommandLine() const {
+  std::wstring line;
+  for (std::size_t i = 1; i < arguments_.size(); ++i) {
+    if (i > 1) line += L' ';
+    line += FromNative(arguments_[i]);
+  }
+  return line;
+}
+
+std::wstring LinuxSystem::ProgramFolder() const {
+  std::array<char, PATH_MAX> buffer;
+  const ssize_t length = ::readlink("/proc/self/exe", buffer.data(), buffer.size());
+  std::string path;
+  if (length > 0) {
+    path.assign(buffer.data(), static_cast<std::size_t>(length));
+  } else if (!arguments_.empty()) {
+    path = arguments_[0];
+  }
+  const std::size_t end = path.find_last_of('/');
+  if (end == std::string::npos) return L".";
+  return FromNativePath(end == 0 ? "/" : path.substr(0, end));
+}
+
+std::wstring LinuxSystem::TemporaryFolder() const {
+  std::string folder = NativeEnvironmentVariable("TMPDIR");
+  if (folder.empty()) folder = "/tmp";
+  if (folder.back() != '/') folder += '/';
+  return FromNativePath(folder);
+}
+
+std::optional<int> LinuxSystem::OsMajorVersion() const { return 6; }
+
+void LinuxSystem::ShowMessageBox(const std::wstring& caption, const std::wstring& text) {
+  ShowOnStandardError(caption + L"\n" + text + L"\n");
+  if (::isatty(STDIN_FILENO) == 0) return;
+  ShowOnStandardError(L"Press Enter to go on.\n");
+  WaitForEnter();
+}
+
+void LinuxSystem::Warn(const std::wstring& line) { ShowOnStandardError(line + L"\n"); }
+
+std::wstring LinuxSystem::FirstEntry(const std::wstring& path) const {
+  if (path.empty()) return L"";
+  const std::string native = CheckedPath(path);
+  struct stat status {};
+  if (::lstat(native.c_str(), &status) != 0) {
+    if (errno == ENOENT || errno == ENOTDIR) return L"";
+    throw ErrorOf(errno, native);
+  }
+  const std::size_t separator = native.find_last_of('/');
+  const std::string name = separator == std::string::npos ? native : native.substr(separator + 1);
+  return name.empty() ? L"." : FromNative(name);
+}
+
+void LinuxSystem::MakeFolder(const std::wstring& path) {
+  const std::string native = CheckedPath(path);
+  if (::mkdir(native.c_str(), kFolderMode) != 0) throw ErrorOf(errno, native);
+}
+
+std::unique_ptr<AppendFile> LinuxSystem::OpenForAppend(const std::wstring& path) {
+  const std::string native = CheckedPath(path);
+  FileDescriptor file(
+      ::open(native.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY, kFileMode));
+  if (!file.IsOpen()) throw ErrorOf(errno, native);
+  return std::make_unique<LinuxAppendFile>(std::move(file), native, ansi_());
+}
+
+std::string LinuxSystem::ReadFile(const std::wstring& path) const {
+  return ReadNativeFile(CheckedPath(path));
+}
+
+void LinuxSystem::ReplaceFile(const std::wstring& path, std::string_view bytes) {
+  ReplaceNativeFile(CheckedPath(path), bytes);
+}
+
+}  // namespace pxscheduler

@@ -1,0 +1,210 @@
+#include "platform/linux/linux_system.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <ctime>
+#include <filesystem>
+
+#include "platform/linux/files.h"
+#include "platform/linux/native_text.h"
+#include "platform/runtime_error.h"
+#include "tests/support/fake_platform.h"
+#include "tests/support/scoped_environment.h"
+#include "tests/support/scratch_folder.h"
+
+namespace pxscheduler {
+namespace {
+
+using namespace std::chrono_literals;
+
+class LinuxSystemTest : public testing::Test {
+ protected:
+  std::wstring Path(const std::string& name) const { return FromNativePath(folder_.Path(name)); }
+
+  ScratchFolder folder_;
+  Latin1CodePage latin1_;
+  LinuxSystem system_{{"program"}, [this]() -> const CodePage& { return latin1_; }};
+};
+
+// The number of the error that the action raises, 0 for none.
+template <typename Action>
+int ErrorNumber(const Action& action) {
+  try {
+    action();
+    return 0;
+  } catch (const RuntimeError& error) {
+    return error.number;
+  }
+}
+
+unsigned ModeOf(const std::string& path) {
+  struct stat status {};
+  return ::stat(path.c_str(), &status) == 0 ? status.st_mode & 0777U : 0;
+}
+
+TEST_F(LinuxSystemTest, JoinsTheArguments) {
+  const auto line = [this](std::vector<std::string> arguments) {
+    return LinuxSystem(std::move(arguments), [this]() -> const CodePage& { return latin1_; })
+        .CommandLine();
+  };
+  EXPECT_EQ(line({}), L"");
+  EXPECT_EQ(line({"program"}), L"");
+  EXPECT_EQ(line({"program", "/QMy Query", "", "/F\"x\"", "/S\xC3\xA9"}),
+            L"/QMy Query  /F\"x\" /S\u00E9");
+}
+
+TEST_F(LinuxSystemTest, ReadsTheEnvironment) {
+  const ScopedEnvironment home("HOME", "/home/jane");
+  const ScopedEnvironment other("SCHEDULER_TEST", "a/\xC3\xA9");
+  EXPECT_EQ(system_.EnvironmentVariable(L"SCHEDULER_TEST"), L"a/\u00E9");
+  EXPECT_EQ(system_.EnvironmentVariable(L"SCHEDULER_NO_TEST"), L"");
+  EXPECT_EQ(system_.EnvironmentVariable(L""), L"");
+  {
+    const ScopedEnvironment none("USERPROFILE", std::nullopt);
+    EXPECT_EQ(system_.EnvironmentVariable(L"USERPROFILE"), L"\\home\\jane");
+  }
+  const ScopedEnvironment profile("USERPROFILE", "C:\\Users\\Jane");
+  EXPECT_EQ(system_.EnvironmentVariable(L"USERPROFILE"), L"C:\\Users\\Jane");
+}
+
+TEST_F(LinuxSystemTest, KnowsItsFolders) {
+  EXPECT_EQ(ToNativePath(system_.ProgramFolder()),
+            std::filesystem::read_symlink("/proc/self/exe").parent_path().string());
+  const struct {
+    std::optional<std::string> variable;
+    const wchar_t* folder;
+  } cases[] = {
+      {std::nullopt, L"\\tmp\\"}, {"", L"\\tmp\\"}, {"/a/b", L"\\a\\b\\"}, {"/a/", L"\\a\\"}};
+  for (const auto& c : cases) {
+    const ScopedEnvironment folder("TMPDIR", c.variable);
+    EXPECT_EQ(system_.TemporaryFolder(), c.folder);
+  }
+}
+
+TEST_F(LinuxSystemTest, TellsTheLocalTime) {
+  const ScopedEnvironment zone("TZ", "XXX+3:30");
+  ::tzset();
+  const auto before = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
+  const Moment now = system_.Now();
+  EXPECT_EQ(now.utc_offset, -210min);
+  const std::chrono::sys_seconds utc = now.local.date + now.local.time_of_day - now.utc_offset;
+  EXPECT_GE(utc, before - 1s);
+  EXPECT_LE(utc, before + 10s);
+  EXPECT_GE(now.local.time_of_day, 0s);
+  EXPECT_LT(now.local.time_of_day, 24h);
+}
+
+TEST_F(LinuxSystemTest, FindsEntriesAndMakesFolders) {
+  folder_.Write("file", "");
+  EXPECT_EQ(system_.FirstEntry(Path("file")), L"file");
+  EXPECT_EQ(system_.FirstEntry(Path("missing")), L"");
+  EXPECT_EQ(system_.FirstEntry(Path("file\\below")), L"");
+  EXPECT_EQ(system_.FirstEntry(L""), L"");
+  EXPECT_NE(system_.FirstEntry(L"\\"), L"");
+
+  system_.MakeFolder(Path("made"));
+  EXPECT_EQ(system_.FirstEntry(Path("made")), L"made");
+  EXPECT_EQ(ModeOf(folder_.Path("made")) & 07U, 0U);
+  EXPECT_EQ(ErrorNumber([&] { system_.MakeFolder(Path("made")); }), 75);
+  EXPECT_EQ(ErrorNumber([&] { system_.MakeFolder(Path("missing\\made")); }), 76);
+  EXPECT_EQ(ErrorNumber([&] { system_.MakeFolder(Path("file\\made")); }), 76);
+  EXPECT_EQ(ErrorNumber([&] { system_.MakeFolder(L""); }), 76);
+  EXPECT_EQ(ErrorNumber([&] { system_.MakeFolder(Path(std::string("a\0b", 3))); }), 75);
+}
+
+TEST_F(LinuxSystemTest, AppendsToFiles) {
+  folder_.Write("old.log", "old\r\n");
+  const auto first = system_.OpenForAppend(Path("old.log"));
+  const auto second = system_.OpenForAppend(Path("old.log"));
+  first->Append(L"\u00E9 \u20AC\r\n");
+  second->Append(L"second\r\n");
+  first->Append(L"third\r\n");
+  EXPECT_EQ(folder_.Read("old.log"), "old\r\n\xE9 ?\r\nsecond\r\nthird\r\n");
+
+  system_.OpenForAppend(Path("new.log"));
+  EXPECT_EQ(ModeOf(folder_.Path("new.log")) & 07U, 0U);
+  EXPECT_EQ(ErrorNumber([&] { system_.OpenForAppend(Path("missing\\new.log")); }), 76);
+  EXPECT_EQ(ErrorNumber([&] { system_.OpenForAppend(Path("")); }), 75);
+  const auto full = system_.OpenForAppend(L"\\dev\\full");
+  EXPECT_EQ(ErrorNumber([&] { full->Append(L"x"); }), 61);
+}
+
+TEST_F(LinuxSystemTest, ReadsFiles) {
+  const std::string bytes = std::string(200'000, 'x') + '\0' + "\xFF";
+  folder_.Write("file", bytes);
+  EXPECT_EQ(system_.ReadFile(Path("file")), bytes);
+  EXPECT_NE(system_.ReadFile(L"\\proc\\self\\status"), "");  // its size is told as 0
+  EXPECT_EQ(ErrorNumber([&] { system_.ReadFile(Path("missing")); }), 53);
+  EXPECT_EQ(ErrorNumber([&] { system_.ReadFile(Path("missing\\file")); }), 76);
+  EXPECT_EQ(ErrorNumber([&] { system_.ReadFile(Path("file\\file")); }), 76);
+  EXPECT_EQ(ErrorNumber([&] { system_.ReadFile(Path("")); }), 75);
+}
+
+TEST_F(LinuxSystemTest, ReplacesFiles) {
+  folder_.Write("file", "old");
+  std::filesystem::create_hard_link(folder_.Path("file"), folder_.Path("reader"));
+  system_.ReplaceFile(Path("file"), "new");
+  EXPECT_EQ(folder_.Read("file"), "new");
+  EXPECT_EQ(folder_.Read("reader"), "old");  // whoever had opened it reads on in the old one
+  EXPECT_EQ(ModeOf(folder_.Path("file")), 0600U);
+
+  std::filesystem::create_directory(folder_.Path("taken"));
+  EXPECT_EQ(ErrorNumber([&] { system_.ReplaceFile(Path("taken"), "x"); }), 75);
+  EXPECT_EQ(ErrorNumber([&] { system_.ReplaceFile(Path("missing\\file"), "x"); }), 76);
+  std::vector<std::string> left;
+  for (const auto& entry : std::filesystem::directory_iterator(folder_.Path())) {
+    left.push_back(entry.path().filename());
+  }
+  EXPECT_THAT(left, testing::UnorderedElementsAre("file", "reader", "taken"));
+}
+
+TEST(ErrorOf, KnowsWhatTheSystemMeans) {
+  const struct {
+    int error_number;
+    int expected;
+  } cases[] = {{ENOENT, 76}, {ENOTDIR, 76}, {EACCES, 70}, {EPERM, 70}, {EROFS, 70},
+               {ENOSPC, 61}, {EDQUOT, 61},  {EFBIG, 61},  {EIO, 75},   {ENAMETOOLONG, 75}};
+  for (const auto& c : cases) {
+    EXPECT_EQ(ErrorOf(c.error_number, "/a/b").number, c.expected) << c.error_number;
+  }
+  EXPECT_EQ(ErrorOf(EACCES, "/a/b").description, L"Permission denied: \\a\\b");
+}
+
+TEST_F(LinuxSystemTest, ShowsAMessageWithoutWaitingWhereNobodySits) {
+  testing::internal::CaptureStderr();
+  system_.ShowMessageBox(L"Caption", L"text \x1B[2J \u00E9");
+  system_.Warn(L"a warning");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "Caption\ntext ?[2J \xC3\xA9\na warning\n");
+}
+
+// At a terminal, the process stands still until somebody presses Enter.
+TEST_F(LinuxSystemTest, WaitsForEnterAtATerminal) {
+  const FileDescriptor terminal(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC));
+  ASSERT_TRUE(terminal.IsOpen());
+  ASSERT_EQ(::grantpt(terminal.Get()), 0);
+  ASSERT_EQ(::unlockpt(terminal.Get()), 0);
+  const FileDescriptor side(::open(::ptsname(terminal.Get()), O_RDWR | O_NOCTTY | O_CLOEXEC));
+  ASSERT_TRUE(side.IsOpen());
+  const pid_t child = ::fork();
+  if (child == 0) {
+    ::dup2(side.Get(), STDIN_FILENO);
+    ::dup2(side.Get(), STDERR_FILENO);
+    system_.ShowMessageBox(L"Caption", L"text");
+    ::_exit(0);
+  }
+  ASSERT_GT(child, 0);
+  ::usleep(100'000);
+  int status = 0;
+  EXPECT_EQ(::waitpid(child, &status, WNOHANG), 0) << "it did not wait";
+  ASSERT_EQ(::write(terminal.Get(), "\n", 1), 1);
+  EXPECT_EQ(::waitpid(child, &status, 0), child);
+  EXPECT_TRUE(WIFEXITED(status));
+}
+
+}  // namespace
+}  // namespace pxscheduler

@@ -1,0 +1,148 @@
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "platform/linux/linux_passwords.h"
+#include "platform/linux/secret_box.h"
+#include "tests/support/scratch_folder.h"
+
+namespace pxscheduler {
+namespace {
+
+TEST(SecretBox, DeciphersWhatItEnciphered) {
+  const SecretKey key = *SecretKey::Random();
+  for (const std::string password : {"", "hunter2", "gr\xC3\xBC\xC3\x9F \"quoted\" \\"}) {
+    const std::string value = *Encipher(key, password);
+    EXPECT_THAT(value, testing::StartsWith("v1:"));
+    EXPECT_NE(value, *Encipher(key, password)) << "the nonce is used twice";
+    EXPECT_EQ(Decipher(key, value), password);
+    EXPECT_EQ(Decipher(*SecretKey::Random(), value), std::nullopt);
+  }
+}
+
+// A value made by another implementation of the same cipher.
+TEST(SecretBox, KnowsTheFormat) {
+  const auto key = SecretKey::FromText("AAECAwQFBgcICQoLDA0ODxAREhMUFRYXGBkaGxwdHh8=");
+  ASSERT_TRUE(key);
+  EXPECT_EQ(Decipher(*key, "v1:AAECAwQFBgcICQoLL3e4b6CX8NkNHQ/Bscr2Jq9vK5EOgZk="), "hunter2");
+}
+
+TEST(SecretBox, RefusesEveryChange) {
+  const SecretKey key = *SecretKey::Random();
+  const std::string value = *Encipher(key, "a password of some length");
+  for (std::size_t i = 0; i < value.size(); ++i) {
+    std::string changed = value;
+    changed[i] = changed[i] == 'A' ? 'B' : 'A';
+    EXPECT_EQ(Decipher(key, changed), std::nullopt) << i;
+    EXPECT_EQ(Decipher(key, value.substr(0, i)), std::nullopt) << i;
+  }
+  for (const std::string& changed : {value + "=", value + "AAAA", value + "\n", " " + value,
+                                     "v1:" + value, std::string("v1:"), std::string("v1:====")}) {
+    EXPECT_EQ(Decipher(key, changed), std::nullopt) << changed;
+  }
+}
+
+TEST(SecretKey, ReadsOnlyKeys) {
+  const std::string text = SecretKey::Random()->Text();
+  EXPECT_EQ(SecretKey::FromText(text)->Text(), text);
+  for (const std::string& other : {std::string(), text.substr(4), text + "AAAA",
+                                   text.substr(0, 43) + "\n", "!" + text.substr(1)}) {
+    EXPECT_FALSE(SecretKey::FromText(other)) << other;
+  }
+}
+
+class CredentialsTest : public testing::Test {
+ protected:
+  LinuxPasswords Passwords() {
+    return {{"", first_.Path(), second_.Path()},
+            [this](const std::wstring& line) { warnings_.push_back(line); }};
+  }
+
+  ScratchFolder first_;
+  ScratchFolder second_;
+  std::vector<std::wstring> warnings_;
+};
+
+TEST_F(CredentialsTest, ComeFromTheFirstFolderThatHoldsThem) {
+  EXPECT_EQ(Passwords().DatabasePassword(), L"");
+  second_.Write("appuser", "second\n\n");
+  EXPECT_EQ(Passwords().DatabasePassword(), L"second\n");
+  first_.Write("appuser", "f\xC3\xBCrst\r\n");
+  EXPECT_EQ(Passwords().DatabasePassword(), L"f\u00FCrst");
+  EXPECT_THAT(warnings_, testing::IsEmpty());
+}
+
+TEST_F(CredentialsTest, DecipherTheMailPassword) {
+  const SecretKey key = *SecretKey::Random();
+  const std::string value = *Encipher(key, "hunter2");
+  const std::wstring stored(value.begin(), value.end());
+  EXPECT_EQ(Passwords().Decipher(L"in the clear"), L"in the clear");
+  EXPECT_EQ(Passwords().Decipher(L"V1:AAAA"), L"V1:AAAA");
+  EXPECT_THAT(warnings_, testing::IsEmpty());
+
+  EXPECT_EQ(Passwords().Decipher(stored), L"");
+  first_.Write("mailkey", "no key\n");
+  EXPECT_EQ(Passwords().Decipher(stored), L"");
+  first_.Write("mailkey", SecretKey::Random()->Text());
+  EXPECT_EQ(Passwords().Decipher(stored), L"");
+  EXPECT_EQ(warnings_.size(), 3U);
+  for (const std::wstring& warning : warnings_) {
+    EXPECT_THAT(warning, testing::Not(testing::HasSubstr(stored)));
+  }
+
+  first_.Write("mailkey", key.Text() + "\n");
+  EXPECT_EQ(Passwords().Decipher(stored), L"hunter2");
+  EXPECT_EQ(Passwords().Decipher(L"v1:\u20AC"), L"");
+}
+
+struct Finished {
+  int status;
+  std::string output;
+};
+
+// Runs a shell command to its end.
+Finished RunShell(const std::string& command) {
+  Finished finished{-1, ""};
+  std::FILE* pipe = ::popen(command.c_str(), "r");
+  if (pipe == nullptr) return finished;
+  char buffer[256];
+  while (std::fgets(buffer, sizeof buffer, pipe) != nullptr) finished.output += buffer;
+  const int status = ::pclose(pipe);
+  if (WIFEXITED(status)) finished.status = WEXITSTATUS(status);
+  return finished;
+}
+
+TEST_F(CredentialsTest, AreMadeByPxsecret) {
+  const std::string program = PXSECRET;
+  const std::string key = first_.Path("mailkey");
+  EXPECT_EQ(RunShell(program + " new-key " + key).status, 0);
+  struct stat status {};
+  ASSERT_EQ(::stat(key.c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777U, 0600U);
+
+  const std::string made = first_.Read("mailkey");
+  EXPECT_EQ(RunShell(program + " new-key " + key + " 2>&1").status, 1);
+  EXPECT_EQ(first_.Read("mailkey"), made);
+
+  const Finished enciphered = RunShell("echo hunter2 | " + program + " encipher " + key);
+  EXPECT_EQ(enciphered.status, 0);
+  const std::string_view value = WithoutLineEnd(enciphered.output);
+  EXPECT_EQ(Passwords().Decipher(std::wstring(value.begin(), value.end())), L"hunter2");
+
+  for (const char* bad : {"printf ''", "printf 'two\\nlines\\n'", "printf '\\377'"}) {
+    std::string command = bad;
+    command.append(" | ").append(program).append(" encipher ").append(key).append(" 2>/dev/null");
+    const Finished refused = RunShell(command);
+    EXPECT_EQ(refused.status, 1) << bad;
+    EXPECT_EQ(refused.output, "") << bad;
+  }
+  EXPECT_EQ(RunShell(program + " encipher " + first_.Path("missing") + " </dev/null 2>&1").status,
+            1);
+  EXPECT_EQ(RunShell(program + " encipher " + key + " hunter2 2>&1").status, 2);
+  EXPECT_EQ(RunShell(program + " --help").status, 0);
+}
+
+}  // namespace
+}  // namespace pxscheduler

@@ -1,0 +1,34 @@
+#include "tests/support/scratch_folder.h"
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <random>
+
+namespace pxscheduler {
+
+ScratchFolder::ScratchFolder() {
+  std::random_device random;
+  std::filesystem::path path;
+  do {
+    path = std::filesystem::temp_directory_path() / ("scheduler-test-" + std::to_string(random()));
+  } while (!std::filesystem::create_directory(path));
+  path_ = path.string();
+}
+
+ScratchFolder::~ScratchFolder() {
+  std::error_code ignored;
+  std::filesystem::remove_all(path_, ignored);
+}
+
+std::string ScratchFolder::Write(const std::string& name, const std::string& bytes) const {
+  std::ofstream(Path(name), std::ios::binary) << bytes;
+  return Path(name);
+}
+
+std::string ScratchFolder::Read(const std::string& name) const {
+  std::ifstream file(Path(name), std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+}  // namespace pxscheduler
