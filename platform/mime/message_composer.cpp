@@ -1,0 +1,189 @@
+#include "platform/mime/message_composer.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <utility>
+
+#include "platform/mime/ascii_case.h"
+#include "platform/mime/base64.h"
+#include "platform/mime/header_text.h"
+#include "platform/mime/quoted_printable.h"
+
+namespace pxscheduler {
+
+namespace {
+
+constexpr std::size_t kBase64Line = 76;
+constexpr std::size_t kLongestUnsubscribe = 900;
+
+constexpr std::string_view kPlainPart =
+    "Content-Type: text/plain; charset=utf-8\r\n"
+    "Content-Transfer-Encoding: quoted-printable\r\n\r\n";
+constexpr std::string_view kHtmlPart =
+    "Content-Type: text/html; charset=utf-8\r\n"
+    "Content-Transfer-Encoding: quoted-printable\r\n\r\n";
+
+constexpr std::array<const char*, 7> kDayNames = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
+constexpr std::array<const char*, 12> kMonthNames = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                                                     "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+
+// RFC 5322 section 3.3: "Mon, 16 Nov 2026 15:07:41 +0100".
+void AppendDate(const Moment& moment, ByteBuffer& out) {
+  const std::chrono::year_month_day date{moment.local.date};
+  const std::chrono::weekday weekday{moment.local.date};
+  const std::chrono::hh_mm_ss time{moment.local.time_of_day};
+  const long offset = static_cast<long>(moment.utc_offset.count());
+  constexpr std::size_t kRoom = 128;
+  char* const end = out.Room(kRoom);
+  const int size = std::snprintf(
+      end, kRoom, "%s, %u %s %04d %02d:%02d:%02d %c%02ld%02ld", kDayNames[weekday.c_encoding()],
+      static_cast<unsigned>(date.day()), kMonthNames[static_cast<unsigned>(date.month()) - 1],
+      static_cast<int>(date.year()), static_cast<int>(time.hours().count()),
+      static_cast<int>(time.minutes().count()), static_cast<int>(time.seconds().count()),
+      offset < 0 ? '-' : '+', std::labs(offset) / 60, std::labs(offset) % 60);
+  out.SetEnd(end + size);
+}
+
+void AppendRecipients(const std::vector<Recipient>& recipients, ByteBuffer& out) {
+  out.Append("To: ");
+  for (const Recipient& recipient : recipients) {
+    const bool is_first = &recipient == &recipients.front();
+    out.Append(is_first ? "" : ",\r\n ");
+    AppendMailbox(recipient.display_name, recipient.address.text, is_first ? 4 : 1, out);
+  }
+  out.Append("\r\n");
+}
+
+std::string Base64Lines(std::string_view bytes) {
+  const std::string text = EncodeBase64(bytes);
+  std::string lines;
+  for (std::size_t start = 0; start < text.size(); start += kBase64Line) {
+    lines += text.substr(start, kBase64Line) + "\r\n";
+  }
+  return lines;
+}
+
+}  // namespace
+
+MessageComposer::MessageComposer(std::string boundary_token)
+    : boundary_token_(std::move(boundary_token)) {
+  PrepareFixedFields();
+  PrepareParts();
+}
+
+void MessageComposer::SetSender(const Address& sender) {
+  sender_ = sender;
+  first_fields_ = "From: " + sender.text + "\r\n";
+}
+
+void MessageComposer::SetUnsubscribe(const std::string& address) {
+  unsubscribe_ = address;
+  PrepareFixedFields();
+}
+
+void MessageComposer::SetHtml(bool is_html) {
+  is_html_ = is_html;
+  PrepareParts();
+}
+
+void MessageComposer::SetInlineParts(const std::vector<InlinePart>& parts) {
+  inline_parts_.clear();
+  for (const InlinePart& part : parts) {
+    inline_parts_ += "\r\n--=_related_" + boundary_token_ + "\r\nContent-Type: " + part.media_type +
+                     "\r\nContent-Transfer-Encoding: base64\r\nContent-ID: <" + part.content_id +
+                     ">\r\nContent-Disposition: inline\r\n\r\n" + Base64Lines(part.bytes);
+  }
+  PrepareParts();
+}
+
+void MessageComposer::PrepareFixedFields() {
+  middle_fields_ =
+      "MIME-Version: 1.0\r\n"
+      "Auto-Submitted: auto-generated\r\n"
+      "Precedence: bulk\r\n";
+  if (!unsubscribe_.empty()) {
+    middle_fields_ += "List-Unsubscribe:\r\n <" + unsubscribe_ + ">\r\n";
+    // One click is a request to a web server (RFC 8058), which a mailto: address is not.
+    if (unsubscribe_.starts_with("https:")) {
+      middle_fields_ += "List-Unsubscribe-Post: List-Unsubscribe=One-Click\r\n";
+    }
+  }
+}
+
+// No line of a part can be a boundary: encoded text never holds "=_".
+void MessageComposer::PrepareParts() {
+  if (!is_html_) {
+    plain_start_ = kPlainPart;
+    return;
+  }
+  const std::string alternative = "=_alternative_" + boundary_token_;
+  const std::string related = "=_related_" + boundary_token_;
+  plain_start_ = "Content-Type: multipart/alternative;\r\n boundary=\"" + alternative +
+                 "\"\r\n\r\n--" + alternative + "\r\n";
+  plain_start_ += kPlainPart;
+  html_start_ = "\r\n--" + alternative + "\r\n";
+  if (!inline_parts_.empty()) {
+    html_start_ += "Content-Type: multipart/related; type=\"text/html\";\r\n boundary=\"" +
+                   related + "\"\r\n\r\n--" + related + "\r\n";
+  }
+  html_start_ += kHtmlPart;
+  end_ = inline_parts_.empty() ? "" : inline_parts_ + "\r\n--" + related + "--\r\n";
+  end_ += "\r\n--" + alternative + "--\r\n";
+}
+
+void MessageComposer::Compose(const MessageContent& content, ByteBuffer& wire) const {
+  wire.Clear();
+  wire.Append(first_fields_);
+  AppendRecipients(content.recipients, wire);
+  wire.Append("Subject: ");
+  AppendUnstructured(content.subject, 9, wire);
+  wire.Append("\r\nDate: ");
+  AppendDate(content.date, wire);
+  wire.Append("\r\nMessage-ID: <");
+  wire.Append(content.message_id);
+  wire.Append("@");
+  wire.Append(sender_.domain);
+  wire.Append(">\r\n");
+  wire.Append(middle_fields_);
+  AppendBody(content, wire);
+  wire.Append(".\r\n");
+}
+
+void MessageComposer::AppendBody(const MessageContent& content, ByteBuffer& wire) const {
+  wire.Append(plain_start_);
+  if (is_html_) {
+    AppendQuotedPrintable(content.alternative, wire);
+    wire.Append(html_start_);
+    AppendQuotedPrintable(content.body, wire);
+    wire.Append(end_);
+    return;
+  }
+  AppendQuotedPrintable(content.body, wire);
+  if (!wire.View().ends_with("\r\n")) {
+    wire.Append("\r\n");
+  }
+}
+
+std::string UnsubscribeAddress(std::wstring_view address) {
+  const std::size_t first = address.find_first_not_of(L' ');
+  if (first == std::wstring_view::npos || address.size() > kLongestUnsubscribe) {
+    return {};
+  }
+  address = address.substr(first, address.find_last_not_of(L' ') - first + 1);
+  const auto belongs = [](wchar_t unit) {
+    return unit > L' ' && unit < 0x7F && unit != L'<' && unit != L'>' && unit != L'"';
+  };
+  if (!std::all_of(address.begin(), address.end(), belongs)) {
+    return {};
+  }
+  std::string text(address.begin(), address.end());
+  const std::size_t scheme_size = text.find(':') + 1;
+  text.replace(0, scheme_size, LowerAscii(text.substr(0, scheme_size)));
+  const std::string_view scheme = std::string_view(text).substr(0, scheme_size);
+  const bool is_known = scheme == "mailto:" || scheme == "https:";
+  return is_known && text.size() > scheme_size ? text : std::string();
+}
+
+}  // namespace pxscheduler

@@ -1,0 +1,68 @@
+#include "platform/smtp/digests.h"
+
+#include <openssl/evp.h>
+#include <openssl/hmac.h>
+#include <openssl/rand.h>
+
+#include <new>
+
+namespace pxscheduler {
+
+namespace {
+
+constexpr int kSha256Size = 32;
+
+unsigned char* Bytes(std::string& text) { return reinterpret_cast<unsigned char*>(text.data()); }
+
+const unsigned char* Bytes(std::string_view text) {
+  return reinterpret_cast<const unsigned char*>(text.data());
+}
+
+std::string Hmac(const EVP_MD* digest, std::string_view key, std::string_view text) {
+  std::string result(EVP_MAX_MD_SIZE, '\0');
+  unsigned int size = 0;
+  if (HMAC(digest, key.data(), static_cast<int>(key.size()), Bytes(text), text.size(),
+           Bytes(result), &size) == nullptr) {
+    throw std::bad_alloc();
+  }
+  result.resize(size);
+  return result;
+}
+
+}  // namespace
+
+std::string HmacMd5(std::string_view key, std::string_view text) {
+  return Hmac(EVP_md5(), key, text);
+}
+
+std::string HmacSha256(std::string_view key, std::string_view text) {
+  return Hmac(EVP_sha256(), key, text);
+}
+
+std::string Sha256(std::string_view text) {
+  std::string result(kSha256Size, '\0');
+  if (EVP_Digest(text.data(), text.size(), Bytes(result), nullptr, EVP_sha256(), nullptr) != 1) {
+    throw std::bad_alloc();
+  }
+  return result;
+}
+
+std::string Pbkdf2Sha256(std::string_view password, std::string_view salt, int iterations) {
+  std::string result(kSha256Size, '\0');
+  if (PKCS5_PBKDF2_HMAC(password.data(), static_cast<int>(password.size()), Bytes(salt),
+                        static_cast<int>(salt.size()), iterations, EVP_sha256(), kSha256Size,
+                        Bytes(result)) != 1) {
+    throw std::bad_alloc();
+  }
+  return result;
+}
+
+std::string RandomBytes(std::size_t size) {
+  std::string result(size, '\0');
+  if (RAND_bytes(Bytes(result), static_cast<int>(size)) != 1) {
+    throw std::bad_alloc();
+  }
+  return result;
+}
+
+}  // namespace pxscheduler

@@ -1,0 +1,39 @@
+#include "platform/smtp/message_identifiers.h"
+
+#include "platform/smtp/digests.h"
+
+namespace pxscheduler {
+
+namespace {
+
+constexpr std::size_t kIdentifierBytes = 16;
+constexpr std::size_t kIdentifiersAtOnce = 256;
+constexpr std::string_view kDigits = "0123456789abcdef";
+
+void AppendHexadecimal(std::string_view bytes, std::string& text) {
+  for (const char byte : bytes) {
+    text += kDigits[static_cast<unsigned char>(byte) >> 4];
+    text += kDigits[static_cast<unsigned char>(byte) & 0xF];
+  }
+}
+
+}  // namespace
+
+std::string RandomToken() {
+  std::string token;
+  AppendHexadecimal(RandomBytes(kIdentifierBytes), token);
+  return token;
+}
+
+std::string_view MessageIdentifiers::Next() {
+  if (used_ == random_.size()) {
+    random_ = RandomBytes(kIdentifierBytes * kIdentifiersAtOnce);
+    used_ = 0;
+  }
+  identifier_.clear();
+  AppendHexadecimal(std::string_view(random_).substr(used_, kIdentifierBytes), identifier_);
+  used_ += kIdentifierBytes;
+  return identifier_;
+}
+
+}  // namespace pxscheduler

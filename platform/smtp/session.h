@@ -1,0 +1,121 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/smtp/network.h"
+#include "platform/smtp/reply_reader.h"
+#include "platform/smtp/result_code.h"
+#include "platform/smtp/sasl.h"
+#include "platform/smtp/server_extensions.h"
+
+namespace pxscheduler {
+
+// How the connection to the server is protected.
+enum class Security {
+  kWhenOffered,  // the certificate is checked where a password will be sent
+  kRequired,     // nothing is sent in the clear, the certificate is always checked
+  kUnverified,   // as kWhenOffered, no certificate is checked
+  kNone,
+};
+
+struct ServerSettings {
+  std::string host;  // a name in its ASCII form, or a numeric address
+  std::int32_t port = 0;
+  Security security = Security::kWhenOffered;
+  std::optional<Credentials> credentials;  // nothing: no authentication
+  Timeouts timeouts;
+};
+
+struct Envelope {
+  std::string_view sender;
+  std::vector<std::string_view> recipients;
+  bool sender_is_ascii = true;
+  bool recipients_are_ascii = true;
+};
+
+struct Delivery {
+  SendOutcome outcome = SendOutcome::kDelivered;
+  // The server ended the connection before it accepted the sender: on a new connection the message
+  // may be tried again without any risk that it arrives twice.
+  bool ended_before_sender = false;
+};
+
+// One connection to an SMTP server (RFC 5321), from its greeting to its end. Its states follow one
+// another and never go back; a session that is closed stays closed.
+class Session {
+ public:
+  enum class State { kConnected, kGreeted, kIdentified, kReady, kClosed };
+
+  // Connects, greets, secures and authenticates. Sets `session` on kDelivered, which here means
+  // that messages may follow.
+  static SendOutcome Open(Network& network, const ServerSettings& settings,
+                          std::unique_ptr<Session>& session);
+
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+  // Takes leave where the connection still stands, and does not wait for an answer.
+  ~Session();
+
+  // Hands over one message. `wire` is the message with its full stops doubled and the final one.
+  // Once any of it may have left, the message must not be handed over again, whatever the outcome.
+  Delivery Deliver(const Envelope& envelope, std::string_view wire);
+
+  State CurrentState() const { return state_; }
+
+ private:
+  enum class StepKind { kReset, kSender, kRecipient, kData };
+  struct Step {
+    StepKind kind;
+    std::size_t end;  // of the command, in commands_
+  };
+  // How far one message came.
+  struct Progress {
+    std::optional<SendOutcome> failure;  // the first
+    bool sender_accepted = false;
+    std::size_t recipients_accepted = 0;
+    bool wants_data = false;
+  };
+  using Failure = std::optional<SendOutcome>;
+
+  Session(Network& network, const ServerSettings& settings, std::unique_ptr<Transport> transport);
+
+  // The steps of opening, in their order. Each ends with the reason why it failed, if it did.
+  Failure Establish();
+  Failure StartTls();
+  Failure Greet();
+  Failure Hello();
+  Failure Secure();
+  Failure Authenticate();
+  Failure Authenticate(SaslExchange& exchange, bool& is_unknown);
+
+  void WriteCommands(const Envelope& envelope, std::size_t message_size);
+  Progress SendCommands();
+  void Judge(const Step& step, Progress& progress);
+  void RecoverFrom(const Progress& progress);
+  SendOutcome SendMessage(std::string_view wire);
+
+  Failure Send(std::string_view bytes, std::chrono::milliseconds time);
+  Failure ReadReply(std::chrono::milliseconds time);
+  Failure Exchange(std::string_view command);
+  Failure Close(SendOutcome outcome);
+  std::string ClientName() const;
+
+  Network& network_;
+  const ServerSettings settings_;
+  std::unique_ptr<Transport> transport_;
+  ReplyReader reader_;
+  Reply reply_;
+  State state_ = State::kConnected;
+  bool is_secure_ = false;
+  bool needs_reset_ = false;
+  ServerExtensions extensions_;
+  std::string commands_;
+  std::vector<Step> steps_;
+};
+
+}  // namespace pxscheduler

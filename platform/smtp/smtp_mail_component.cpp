@@ -1,0 +1,240 @@
+#include "platform/smtp/smtp_mail_component.h"
+
+#include <new>
+#include <utility>
+
+#include "platform/mime/ascii_case.h"
+#include "platform/mime/ascii_domain.h"
+#include "platform/mime/body_file.h"
+#include "platform/runtime_error.h"
+#include "platform/smtp/digests.h"
+#include "platform/smtp/socket_network.h"
+#include "platform/text.h"
+
+namespace pxscheduler {
+
+namespace {
+
+constexpr std::int32_t kCannotOpenFile = 10;
+
+Security SecurityOf(std::wstring_view text) {
+  const std::string name = LowerAscii(ToUtf8(TrimBlanks(text)));
+  if (name.empty()) {
+    return Security::kWhenOffered;
+  }
+  if (name == "unverified") {
+    return Security::kUnverified;
+  }
+  return name == "none" ? Security::kNone : Security::kRequired;
+}
+
+// A host as the resolver takes it: a name in its ASCII form or a numeric address, "" for neither.
+std::string ResolvableHost(std::wstring_view host) {
+  const bool is_numeric =
+      host.find_first_not_of(L"0123456789abcdefABCDEF.:%") == std::wstring_view::npos;
+  if (is_numeric) {
+    return {host.begin(), host.end()};
+  }
+  return AsciiDomain(host).value_or("");
+}
+
+}  // namespace
+
+SmtpMailComponent::SmtpMailComponent(const System& system, const CodePages& code_pages,
+                                     HtmlRenderings renderings, std::unique_ptr<Network> network,
+                                     const Timeouts& timeouts)
+    : system_(system),
+      code_pages_(code_pages),
+      renderings_(std::move(renderings)),
+      network_(std::move(network)),
+      composer_(RandomToken()) {
+  server_.timeouts = timeouts;
+}
+
+SmtpMailComponent::~SmtpMailComponent() = default;
+
+void SmtpMailComponent::SetServerHost(const std::wstring& host) {
+  EndSession();
+  host_ = TrimBlanks(host);
+}
+
+void SmtpMailComponent::SetServerPort(std::int32_t port) {
+  EndSession();
+  server_.port = port;
+}
+
+void SmtpMailComponent::SetSenderAddress(const std::wstring& address) {
+  sender_ = ParseAddress(address);
+  if (sender_) {
+    composer_.SetSender(*sender_);
+  }
+}
+
+void SmtpMailComponent::SetAuthenticationMode(std::int32_t mode) {
+  EndSession();
+  authenticates_ = mode != kAuthenticateNone;
+}
+
+// The option adds nothing: the strongest mechanism that the server offers is taken in any case.
+void SmtpMailComponent::SetAuthenticationOption(std::int32_t /*option*/) {}
+
+void SmtpMailComponent::SetUserName(const std::wstring& user_name) {
+  EndSession();
+  user_name_ = user_name;
+}
+
+void SmtpMailComponent::SetPassword(const std::wstring& password) {
+  EndSession();
+  password_ = password;
+}
+
+void SmtpMailComponent::SetSecurity(const std::wstring& security) {
+  EndSession();
+  server_.security = SecurityOf(security);
+}
+
+void SmtpMailComponent::SetUnsubscribe(const std::wstring& address) {
+  composer_.SetUnsubscribe(UnsubscribeAddress(address));
+}
+
+std::int32_t SmtpMailComponent::LoadBodyFromFile(const std::wstring& path,
+                                                 std::int32_t /*option*/) {
+  std::string bytes;
+  try {
+    bytes = system_.ReadFile(path);
+  } catch (const RuntimeError&) {
+    return kCannotOpenFile;
+  }
+  std::wstring text = DecodeBodyFile(bytes, code_pages_);
+  std::vector<InlinePart> parts;
+  std::wstring alternative;
+  if (IsHtmlDocument(text)) {
+    if (renderings_.take_inline_parts) {
+      parts = renderings_.take_inline_parts(text, path);
+    }
+    alternative = renderings_.plain_text ? renderings_.plain_text(text) : text;
+  } else {
+    alternative = text;
+  }
+  composer_.SetInlineParts(parts);
+  body_ = std::move(text);
+  alternative_ = std::move(alternative);
+  return 0;
+}
+
+void SmtpMailComponent::SetBodyText(std::wstring text) { body_ = std::move(text); }
+
+void SmtpMailComponent::SetAlternativeBodyText(std::wstring text) {
+  alternative_ = std::move(text);
+}
+
+void SmtpMailComponent::SetHtml(std::int32_t flag) { composer_.SetHtml(flag != 0); }
+
+void SmtpMailComponent::SetSubject(std::wstring subject) { subject_ = std::move(subject); }
+
+void SmtpMailComponent::ResetRecipients(std::int32_t which) {
+  if (which == kAllRecipients) {
+    recipients_.clear();
+    has_malformed_recipient_ = false;
+  }
+}
+
+void SmtpMailComponent::AddRecipient(const std::wstring& display_name, const std::wstring& address,
+                                     std::int32_t /*kind*/) {
+  std::optional<Address> parsed = ParseAddress(address);
+  if (parsed) {
+    recipients_.push_back({display_name, *std::move(parsed)});
+  } else {
+    has_malformed_recipient_ = true;
+  }
+}
+
+std::int32_t SmtpMailComponent::Send() {
+  SendOutcome outcome = SendOutcome::kOtherError;
+  try {
+    outcome = Deliver();
+  } catch (const std::bad_alloc&) {
+    outcome = SendOutcome::kOutOfMemory;
+    session_.reset();
+  } catch (...) {
+    session_.reset();
+  }
+  return ResultCode(outcome);
+}
+
+SendOutcome SmtpMailComponent::Deliver() {
+  if (host_.empty()) {
+    return SendOutcome::kNoServer;
+  }
+  if (!sender_) {
+    return SendOutcome::kSenderRefused;
+  }
+  if (recipients_.empty() || has_malformed_recipient_) {
+    return SendOutcome::kRecipientRefused;
+  }
+  const bool is_kept = session_ != nullptr;
+  if (!is_kept) {
+    const SendOutcome opened = OpenSession();
+    if (opened != SendOutcome::kDelivered) {
+      return opened;
+    }
+  }
+  composer_.Compose({.recipients = recipients_,
+                     .subject = subject_,
+                     .date = system_.Now(),
+                     .message_id = identifiers_.Next(),
+                     .body = body_,
+                     .alternative = alternative_},
+                    wire_);
+  const Envelope envelope = MakeEnvelope();
+  Delivery delivery = session_->Deliver(envelope, wire_.View());
+  if (delivery.ended_before_sender && is_kept) {
+    const SendOutcome opened = OpenSession();
+    if (opened != SendOutcome::kDelivered) {
+      return opened;
+    }
+    delivery = session_->Deliver(envelope, wire_.View());
+  }
+  if (session_->CurrentState() == Session::State::kClosed) {
+    session_.reset();
+  }
+  return delivery.outcome;
+}
+
+SendOutcome SmtpMailComponent::OpenSession() {
+  session_.reset();
+  server_.host = ResolvableHost(host_);
+  if (server_.host.empty()) {
+    return SendOutcome::kNameUnknown;
+  }
+  server_.credentials.reset();
+  if (authenticates_) {
+    if ((user_name_ + password_).find(L'\0') != std::wstring::npos) {
+      return SendOutcome::kCredentialsRefused;  // no mechanism can carry it
+    }
+    server_.credentials = {ToUtf8(user_name_), ToUtf8(password_)};
+  }
+  return Session::Open(*network_, server_, session_);
+}
+
+Envelope SmtpMailComponent::MakeEnvelope() const {
+  Envelope envelope;
+  envelope.sender = sender_->text;
+  envelope.sender_is_ascii = sender_->is_ascii;
+  for (const Recipient& recipient : recipients_) {
+    envelope.recipients.emplace_back(recipient.address.text);
+    envelope.recipients_are_ascii = envelope.recipients_are_ascii && recipient.address.is_ascii;
+  }
+  return envelope;
+}
+
+void SmtpMailComponent::EndSession() { session_.reset(); }
+
+std::unique_ptr<MailComponent> NewSmtpMailComponent(const System& system,
+                                                    const CodePages& code_pages,
+                                                    HtmlRenderings renderings) {
+  return std::make_unique<SmtpMailComponent>(system, code_pages, std::move(renderings),
+                                             NewSocketNetwork(), TimeoutsOf(system));
+}
+
+}  // namespace pxscheduler

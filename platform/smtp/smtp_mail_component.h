@@ -1,0 +1,94 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/code_page.h"
+#include "platform/mail_component.h"
+#include "platform/mime/inline_part.h"
+#include "platform/mime/message_composer.h"
+#include "platform/smtp/message_identifiers.h"
+#include "platform/smtp/session.h"
+#include "platform/system.h"
+
+namespace pxscheduler {
+
+// What the component needs to know about HTML. Either may be empty.
+struct HtmlRenderings {
+  // The plain rendering of an HTML document.
+  std::function<std::wstring(std::wstring_view html)> plain_text;
+  // Takes the pictures out of the HTML document that was read from `path`: they become parts of
+  // every message, and the document refers to them by "cid:".
+  std::function<std::vector<InlinePart>(std::wstring& html, const std::wstring& path)>
+      take_inline_parts;
+};
+
+// The mail component over SMTP. One connection serves all the messages that are sent with the same
+// server settings; it is opened again where the server ended it between two messages.
+class SmtpMailComponent : public MailComponent {
+ public:
+  // The references must outlive the component.
+  SmtpMailComponent(const System& system, const CodePages& code_pages, HtmlRenderings renderings,
+                    std::unique_ptr<Network> network, const Timeouts& timeouts);
+  ~SmtpMailComponent() override;
+
+  void SetServerHost(const std::wstring& host) override;
+  void SetServerPort(std::int32_t port) override;
+  void SetSenderAddress(const std::wstring& address) override;
+  void SetAuthenticationMode(std::int32_t mode) override;
+  void SetAuthenticationOption(std::int32_t option) override;
+  void SetUserName(const std::wstring& user_name) override;
+  void SetPassword(const std::wstring& password) override;
+  void SetSecurity(const std::wstring& security) override;
+  void SetUnsubscribe(const std::wstring& address) override;
+
+  std::int32_t LoadBodyFromFile(const std::wstring& path, std::int32_t option) override;
+  const std::wstring& BodyText() const override { return body_; }
+  const std::wstring& AlternativeBodyText() const override { return alternative_; }
+  void SetBodyText(std::wstring text) override;
+  void SetAlternativeBodyText(std::wstring text) override;
+  void SetHtml(std::int32_t flag) override;
+
+  void SetSubject(std::wstring subject) override;
+  void ResetRecipients(std::int32_t which) override;
+  void AddRecipient(const std::wstring& display_name, const std::wstring& address,
+                    std::int32_t kind) override;
+  std::int32_t Send() override;
+
+ private:
+  SendOutcome Deliver();
+  SendOutcome OpenSession();
+  Envelope MakeEnvelope() const;
+  void EndSession();
+
+  const System& system_;
+  const CodePages& code_pages_;
+  HtmlRenderings renderings_;
+  std::unique_ptr<Network> network_;
+
+  std::wstring host_;
+  bool authenticates_ = false;
+  std::wstring user_name_;
+  std::wstring password_;
+  ServerSettings server_;
+  std::optional<Address> sender_;
+  std::vector<Recipient> recipients_;
+  bool has_malformed_recipient_ = false;
+  std::wstring subject_;
+  std::wstring body_;
+  std::wstring alternative_;
+
+  MessageComposer composer_;
+  MessageIdentifiers identifiers_;
+  ByteBuffer wire_;
+  std::unique_ptr<Session> session_;
+};
+
+// The component as a run uses it: over the machine's sockets, with the usual time-outs.
+std::unique_ptr<MailComponent> NewSmtpMailComponent(const System& system,
+                                                    const CodePages& code_pages,
+                                                    HtmlRenderings renderings);
+
+}  // namespace pxscheduler
