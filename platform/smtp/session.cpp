@@ -226,11 +226,20 @@ Delivery Session::Deliver(const Envelope& envelope, std::string_view wire) {
   if (!progress.failure) {
     return {.outcome = SendMessage(wire)};
   }
+  return Fail(progress);
+}
+
+Delivery Session::Fail(const Progress& progress) {
   RecoverFrom(progress);
-  return {.outcome = *progress.failure,
-          .ended_before_sender = state_ == State::kClosed && !progress.sender_accepted &&
-                                 *progress.failure != SendOutcome::kReplyTimedOut &&
-                                 *progress.failure != SendOutcome::kNotSmtp};
+  const SendOutcome outcome = *progress.failure;
+  if (progress.sender_accepted ||
+      (outcome != SendOutcome::kConnectionBroken && outcome != SendOutcome::kSenderRefused)) {
+    return {.outcome = outcome};
+  }
+  if (has_accepted_sender_) {
+    (void)Close(outcome);
+  }
+  return {.outcome = outcome, .may_try_again = state_ == State::kClosed};
 }
 
 void Session::WriteCommands(const Envelope& envelope, std::size_t message_size) {
@@ -303,6 +312,7 @@ void Session::Judge(const Step& step, Progress& progress) {
     case StepKind::kSender:
       refusal = SendOutcome::kSenderRefused;
       progress.sender_accepted = accepted;
+      has_accepted_sender_ = has_accepted_sender_ || accepted;
       break;
     case StepKind::kRecipient:
       refusal = SendOutcome::kRecipientRefused;

@@ -40,9 +40,10 @@ struct Envelope {
 
 struct Delivery {
   SendOutcome outcome = SendOutcome::kDelivered;
-  // The server ended the connection before it accepted the sender: on a new connection the message
-  // may be tried again without any risk that it arrives twice.
-  bool ended_before_sender = false;
+  // The connection ended before the server accepted the sender, or the server no longer accepts the
+  // sender that it did accept before (it may count the messages of a connection). The session is
+  // closed, and on a new one the message may be tried again without any risk that it arrives twice.
+  bool may_try_again = false;
 };
 
 // One connection to an SMTP server (RFC 5321), from its greeting to its end. Its states follow one
@@ -96,6 +97,7 @@ class Session {
   void WriteCommands(const Envelope& envelope, std::size_t message_size);
   Progress SendCommands();
   void Judge(const Step& step, Progress& progress);
+  Delivery Fail(const Progress& progress);
   void RecoverFrom(const Progress& progress);
   SendOutcome SendMessage(std::string_view wire);
 
@@ -113,6 +115,7 @@ class Session {
   State state_ = State::kConnected;
   bool is_secure_ = false;
   bool needs_reset_ = false;
+  bool has_accepted_sender_ = false;
   ServerExtensions extensions_;
   std::string commands_;
   std::vector<Step> steps_;

@@ -188,7 +188,7 @@ SendOutcome SmtpMailComponent::Deliver() {
                     wire_);
   const Envelope envelope = MakeEnvelope();
   Delivery delivery = session_->Deliver(envelope, wire_.View());
-  if (delivery.ended_before_sender && is_kept) {
+  if (delivery.may_try_again && is_kept) {
     const SendOutcome opened = OpenSession();
     if (opened != SendOutcome::kDelivered) {
       return opened;
