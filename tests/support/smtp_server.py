@@ -184,7 +184,10 @@ class Session:
         if action == "garbage":
             self.socket.sendall(b"\x00\xff<html>this is no mail server</html>\r\n")
         elif action == "huge":
-            self.socket.sendall(b"250 " + b"x" * 10_000_000 + b"\r\n")
+            self.socket.sendall(b"250 ")
+            for _ in range(1000):
+                self.socket.sendall(b"x" * 10_000)
+            self.socket.sendall(b"\r\n")
         elif action == "endless":
             while True:
                 self.socket.sendall(b"250-and another line\r\n" * 100)

@@ -16,7 +16,7 @@ using std::chrono::steady_clock;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
-constexpr milliseconds kTimeout{400};
+constexpr milliseconds kTimeout{900};
 // Over all the steps of three messages, with a margin for a busy machine.
 constexpr milliseconds kLongestRun{20'000};
 
