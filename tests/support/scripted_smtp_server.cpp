@@ -22,6 +22,15 @@ namespace {
 
 constexpr auto kPatience = std::chrono::seconds(10);
 
+// Returns the file's name.
+std::string WriteScript(const std::filesystem::path& folder, const std::string& script) {
+  const std::filesystem::path file = folder / "script.json";
+  const std::filesystem::path part = folder / "script.part";
+  std::ofstream(part, std::ios::binary) << script;
+  std::filesystem::rename(part, file);
+  return file;
+}
+
 std::vector<std::string> ServerArguments(const std::filesystem::path& folder,
                                          const std::string& script, const std::string& host) {
   return {"/usr/bin/python3",
@@ -104,12 +113,17 @@ std::string AwaitFile(const std::filesystem::path& path) {
 }
 
 ScriptedSmtpServer::ScriptedSmtpServer(const std::string& script, const std::string& host)
-    : process_(ServerArguments(folder_.Path(), script, host), folder_.Path() / "output") {
+    : process_(ServerArguments(folder_.Path(), WriteScript(folder_.Path(), script), host),
+               folder_.Path() / "output") {
   const std::string port = AwaitFile(folder_.Path() / "port");
   if (port.empty()) {
     throw std::runtime_error("no server: " + ReadWholeFile(folder_.Path() / "output"));
   }
   port_ = std::stoi(port);
+}
+
+void ScriptedSmtpServer::SetScript(const std::string& script) {
+  WriteScript(folder_.Path(), script);
 }
 
 std::vector<std::string> ScriptedSmtpServer::Messages() const {

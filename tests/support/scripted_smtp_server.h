@@ -47,6 +47,8 @@ class ScriptedSmtpServer {
   explicit ScriptedSmtpServer(const std::string& script, const std::string& host = "127.0.0.1");
 
   int Port() const { return port_; }
+  // Holds from the next connection on.
+  void SetScript(const std::string& script);
   // The messages that arrived whole, in the order of arrival, dot-stuffing undone.
   std::vector<std::string> Messages() const;
   // The envelope of a message, 0 for the first, as JSON.

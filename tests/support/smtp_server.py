@@ -7,11 +7,11 @@ It listens on a free port of 127.0.0.1 (`--host ::1` for IPv6), writes the port 
 accepts connections, and runs until it is terminated. Each message that arrives whole is written to
 FOLDER as 0001.eml, 0002.eml, ... in the order of arrival (dot-stuffing undone), beside 0001.json,
 its envelope: "from", "to" (a list), "mail" and "rcpt" (the commands' parameters), "connection" (1
-is the first), "tls", "user" (who authenticated, else null) and "reply" (what the client was
-answered, null for nothing). The transcript holds one line a command: the connection, a blank, the
-command.
+is the first), "tls" and "user" (who authenticated, else null). The transcript holds one line a
+command: the connection, a blank, the command.
 
-The script is JSON, inline or the name of a file that holds it; every key is optional:
+The script is JSON, inline or the name of a file that holds it; a file is read again for every
+connection, and where it has changed all counting starts afresh. Every key is optional:
 
   "extensions":    EHLO lines, by default ["PIPELINING", "8BITMIME", "SIZE 10485760", "SMTPUTF8"]
   "users":         {"name": "password"}, for AUTH (add an "AUTH ..." extension)
@@ -59,12 +59,23 @@ class Ended(Exception):
 class Server:
     def __init__(self, mailbox, script, transcript):
         self.mailbox = mailbox
-        self.script = script
+        self.script_source = script
+        self.script_text = None
         self.transcript = open(transcript, "a", buffering=1) if transcript else None
         self.lock = threading.Lock()
-        self.occurrences = {}
-        self.used = [0] * len(script.get("faults", []))
         self.messages = 0
+        self.read_script()
+
+    def read_script(self):
+        text = self.script_source
+        if not text.lstrip().startswith("{"):
+            with open(text, encoding="utf-8") as file:
+                text = file.read()
+        if text != self.script_text:
+            self.script_text = text
+            self.script = json.loads(text)
+            self.occurrences = {}
+            self.used = [0] * len(self.script.get("faults", []))
 
     def fault(self, step, connection, parameter):
         """The action for this occurrence of the step, or None."""
@@ -94,7 +105,6 @@ class Server:
             with open(name + ".part", "wb") as file:
                 file.write(content)
             os.replace(name + ".part", name + ".eml")
-        return name + ".json"
 
 
 class Session:
@@ -339,13 +349,10 @@ class Session:
         content = self.read_content()
         envelope = {"from": self.sender, "to": self.recipients, "mail": self.mail_parameters,
                     "rcpt": self.recipient_parameters, "connection": self.number,
-                    "tls": self.tls, "user": self.user, "reply": None}
-        name = self.server.keep(content, envelope)
+                    "tls": self.tls, "user": self.user}
+        self.server.keep(content, envelope)
         self.forget()
-        if self.step("message", "250 kept", content.decode("utf-8", "replace")):
-            envelope["reply"] = "250 kept"
-            with open(name, "w", encoding="utf-8") as file:
-                json.dump(envelope, file)
+        self.step("message", "250 kept", content.decode("utf-8", "replace"))
         action = self.server.fault("between", self.number, "")
         if action:
             self.misbehave(action)
@@ -383,12 +390,8 @@ def main():
     parser.add_argument("--host", default="127.0.0.1")
     options = parser.parse_args()
 
-    text = options.script
-    if not text.lstrip().startswith("{"):
-        with open(text, encoding="utf-8") as file:
-            text = file.read()
     os.makedirs(options.mailbox, exist_ok=True)
-    server = Server(options.mailbox, json.loads(text), options.transcript)
+    server = Server(options.mailbox, options.script, options.transcript)
 
     family = socket.AF_INET6 if ":" in options.host else socket.AF_INET
     listener = socket.create_server((options.host, 0), family=family, backlog=64)
@@ -399,6 +402,7 @@ def main():
     while True:
         connection, _ = listener.accept()
         number += 1
+        server.read_script()
         threading.Thread(target=serve, args=(server, number, connection), daemon=True).start()
 
 
