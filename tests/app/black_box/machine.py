@@ -1,0 +1,243 @@
+"""A made-up machine around the real executable: registry, agency database, clock and mail server.
+
+The executable is named by the environment variable PXSCHEDULER, as a command that may begin with an
+emulator; its companion by PXSECRET.
+"""
+
+import email
+import email.policy
+import json
+import os
+import shlex
+import shutil
+import sqlite3
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+from pathlib import Path
+
+SMTP_SERVER = Path(__file__).resolve().parents[2] / "support" / "smtp_server.py"
+
+PRODUCT = r"HKEY_LOCAL_MACHINE\Software\Kestrova\Orbalis"
+USER_PRODUCT = r"HKEY_CURRENT_USER\Software\Kestrova\Orbalis"
+MAIL = PRODUCT + r"\Sunset Travel"
+DATA_SOURCE = r"HKEY_LOCAL_MACHINE\Software\ODBC\ODBC.INI\agency"
+SHELL_FOLDERS = (
+    r"HKEY_CURRENT_USER\Software\Microsoft\Windows\CurrentVersion\Explorer\User Shell Folders"
+)
+INTERNATIONAL = r"HKEY_CURRENT_USER\Control Panel\International"
+CODE_PAGE = r"HKEY_LOCAL_MACHINE\System\CurrentControlSet\Control\Nls\CodePage"
+
+NOW = "2026-11-16 15:07:41"
+SEPARATOR = "=" * 32
+COLUMNS = (
+    "ProfileNumber Prefix FirstName LastName FullName Attention Phone Fax Email SendEmail "
+    "BirthDate AnniversaryDate TravelDate ReturnDate FirstDate LastDate"
+).split()
+COMMAND = '/QMailing "/SHello [First Name]" /F{body}'
+RUNNING = "Running query: Mailing"
+
+FAKETIME = next(Path("/usr/lib").glob("*/faketime/libfaketime.so.1"))
+
+
+def log_block(*lines, time="11/16/2026 3:07:41 PM"):
+    """The whole account of a run that ended as it should."""
+    return [
+        *unfinished_block(*lines, time=time),
+        SEPARATOR, "Query finished: " + time, SEPARATOR,
+    ]
+
+
+def unfinished_block(*lines, time="11/16/2026 3:07:41 PM"):
+    return [SEPARATOR, "Query started: " + time, SEPARATOR, *lines]
+
+
+class Message:
+    """One message as the mail server got it."""
+
+    def __init__(self, path):
+        self.envelope = json.loads(path.with_suffix(".json").read_text())
+        self.raw = path.read_bytes()
+        self.parsed = email.message_from_bytes(self.raw, policy=email.policy.default)
+
+    @property
+    def text(self):
+        """The plain text, alone or the first of two parts, with bare line feeds."""
+        return self.parsed.get_body(("plain",)).get_content().replace("\r\n", "\n")
+
+    @property
+    def html(self):
+        return self.parsed.get_body(("html",)).get_content()
+
+
+class MailServer:
+    """The scripted server as a process of its own; `script` is what smtp_server.py documents."""
+
+    def __init__(self, folder, script):
+        self.mailbox = folder / "mailbox"
+        port_file = folder / "port"
+        self.process = subprocess.Popen(
+            [sys.executable, SMTP_SERVER, "--port-file", port_file, "--mailbox", self.mailbox,
+             "--script", json.dumps(script)])
+        deadline = time.monotonic() + 30
+        while not port_file.exists():
+            if self.process.poll() is not None or time.monotonic() > deadline:
+                self.stop()
+                raise RuntimeError("the mail server does not start")
+            time.sleep(0.01)
+        self.port = int(port_file.read_text())
+
+    def stop(self):
+        self.process.terminate()
+        self.process.wait()
+
+    @property
+    def messages(self):
+        return [Message(path) for path in sorted(self.mailbox.glob("*.eml"))]
+
+
+class SchedulerTest(unittest.TestCase):
+    """Each test has a machine of its own, with one saved query, "Mailing", and no client yet."""
+
+    maxDiff = 3000
+
+    def setUp(self):
+        self.folder = Path(tempfile.mkdtemp(prefix="black box "))
+        self.addCleanup(shutil.rmtree, self.folder)
+        for name in ("home", "tmp", "credentials", "work"):
+            (self.folder / name).mkdir()
+        self.log_file = self.folder / "home" / "Documents" / "Orbalis CS" / "PXScheduler.log"
+        self.body_file = self.write_file("work/letter.txt", "Dear [Salutation],\r\nhello.\r\n")
+        self.registry = {
+            USER_PRODUCT: {"DSN": "agency"},
+            DATA_SOURCE: {
+                "Server": "sqlite:" + str(self.folder / "agency.db"),
+                "Database": "Sunset Travel",
+            },
+            MAIL: {"EmailServer": "127.0.0.1:9", "EmailFrom": "office@sunset.example"},
+            SHELL_FOLDERS: {"Personal": r"%USERPROFILE%\Documents"},
+        }
+        self.database = sqlite3.connect(self.folder / "agency.db")
+        self.addCleanup(self.database.close)
+        self.database.executescript(
+            f"""
+            CREATE TABLE MarketingQueries (UserID INTEGER, QueryName TEXT, QueryString TEXT);
+            CREATE TABLE Users (UserID INTEGER, Login TEXT, Permissions TEXT);
+            CREATE TABLE Clients ({", ".join(self.column_declaration(name) for name in COLUMNS)});
+            """
+        )
+        self.save_query("SELECT * FROM Clients")
+
+    @staticmethod
+    def column_declaration(name):
+        if name in ("ProfileNumber", "SendEmail"):
+            return name + " INTEGER"
+        return name + (" DATETIME" if name.endswith("Date") else " TEXT")
+
+    # What the machine holds
+
+    def write_file(self, name, content):
+        path = self.folder / name
+        path.write_bytes(content if isinstance(content, bytes) else content.encode("cp1252"))
+        return path
+
+    def save_query(self, sql, name="Mailing", user=0):
+        with self.database:
+            self.database.execute(
+                "DELETE FROM MarketingQueries WHERE QueryName=? AND UserID=?", (name, user))
+            self.database.execute(
+                "INSERT INTO MarketingQueries VALUES (?, ?, ?)", (user, name, sql))
+
+    def add_client(self, email, **values):
+        values = {
+            "Email": email, "SendEmail": 1, "FirstName": "Ann", "FullName": "Ann Lee", **values}
+        places = ", ".join("?" * len(values))
+        with self.database:
+            self.database.execute(
+                f"INSERT INTO Clients ({', '.join(values)}) VALUES ({places})",
+                tuple(values.values()))
+
+    def registry_text(self):
+        lines = ["Windows Registry Editor Version 5.00"]
+        for key, values in self.registry.items():
+            lines += ["", f"[{key}]"]
+            for name, value in values.items():
+                escaped = value.replace("\\", "\\\\").replace('"', '\\"')
+                lines.append(f'"{name}"="{escaped}"')
+        return "\r\n".join(lines) + "\r\n"
+
+    def start_mail_server(self, **script):
+        """Starts a server and makes it the agency's."""
+        server = MailServer(Path(tempfile.mkdtemp(dir=self.folder)), script)
+        self.addCleanup(server.stop)
+        self.registry[MAIL]["EmailServer"] = f"127.0.0.1:{server.port}"
+        return server
+
+    # Running
+
+    def environment(self, now):
+        return {
+            "PATH": os.environ["PATH"],
+            "TZ": "UTC",
+            "USERPROFILE": str(self.folder / "home"),
+            "TMPDIR": str(self.folder / "tmp"),
+            "PXSCHEDULER_REGISTRY": str(self.folder / "agency.reg"),
+            "PXSCHEDULER_CREDENTIALS": str(self.folder / "credentials"),
+            "LD_PRELOAD": str(FAKETIME),
+            "FAKETIME": now,
+            "FAKETIME_DONT_FAKE_MONOTONIC": "1",
+            # The sanitizer's own library is not the first where another is preloaded.
+            "ASAN_OPTIONS": "verify_asan_link_order=0",
+        }
+
+    def start(self, command_line=COMMAND, now=NOW, **options):
+        """Starts the executable. The command line is split as a shell splits it; {body} stands for
+        the body file."""
+        if self.registry is not None:
+            self.write_file("agency.reg", self.registry_text().encode())
+        arguments = shlex.split(command_line.replace("{body}", shlex.quote(str(self.body_file))))
+        return subprocess.Popen(
+            shlex.split(os.environ["PXSCHEDULER"]) + arguments,
+            stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+            cwd=self.folder / "work", env=self.environment(now), text=True, errors="replace",
+            **options)
+
+    def run_scheduler(self, command_line=COMMAND, now=NOW, **options):
+        with self.start(command_line, now, **options) as process:
+            try:
+                output, errors = process.communicate(timeout=60)
+            except subprocess.TimeoutExpired:
+                process.kill()
+                raise
+        return subprocess.CompletedProcess(process.args, process.returncode, output, errors)
+
+    def run_pxsecret(self, *arguments, input=None):
+        return subprocess.run(
+            [*shlex.split(os.environ["PXSECRET"]), *arguments], input=input, capture_output=True,
+            check=True, text=True, timeout=60).stdout
+
+    # What must hold afterwards
+
+    def assert_ended_well(self, result):
+        self.assertEqual((result.returncode, result.stdout, result.stderr), (0, "", ""))
+
+    def assert_stopped(self, result, number, *words):
+        """The runtime's error report with this number, and status 1."""
+        self.assertEqual((result.returncode, result.stdout), (1, ""), result.stderr)
+        self.assertIn("Vantreo Scheduler", result.stderr)
+        self.assertRegex(result.stderr, rf"(?<![0-9-]){number}(?![0-9])")
+        for word in words:
+            self.assertIn(word, result.stderr)
+
+    def assert_log(self, *lines, encoding="cp1252"):
+        expected = "".join(line + "\r\n" for line in lines).encode(encoding)
+        self.assertEqual(self.log_file.read_bytes(), expected)
+
+    def assert_sent(self, *lines, **options):
+        """The whole account of one run of the query with these outcomes."""
+        self.assert_log(*log_block(RUNNING, *lines), **options)
+
+    def assert_no_log(self):
+        self.assertFalse(self.log_file.exists())
