@@ -95,7 +95,7 @@ std::size_t CharacterEnd(std::string_view bytes, std::size_t start) {
 // Returns the column after the last word.
 std::size_t AppendEncodedWords(std::wstring_view text, std::size_t column, ByteBuffer& out) {
   const std::string bytes = Utf8(text);
-  const bool as_base64 = QSize(bytes) > bytes.size() * 4 / 3 + 4;
+  const bool as_base64 = QSize(bytes) > 2 * bytes.size();  // else people can still read it
   const auto encoded_size = [&](std::size_t start, std::size_t end) {
     return as_base64 ? (end - start + 2) / 3 * 4
                      : QSize(std::string_view(bytes).substr(start, end - start));

@@ -25,6 +25,7 @@ of the server, 1 is the first), "times" (how often it may happen), "connection" 
 and "match" (a text that the command's parameter must hold, or for "message" the message).
 
   STEP    greeting, EHLO, HELO, STARTTLS, AUTH, MAIL, RCPT, DATA, RSET, QUIT,
+          AUTH-PLAIN, AUTH-CRAM-MD5 and so on (before the mechanism begins; AUTH is at its end),
           content (after 354, before anything of the message is read),
           message (after the final dot), between (after the reply to the final dot)
   ACTION  "450 text" or any other text that begins with three digits: that reply
@@ -262,6 +263,10 @@ class Session:
         handler = getattr(self, "auth_" + mechanism.lower().replace("-", "_"), None)
         if handler is None:
             self.reply("504 unknown mechanism")
+            return
+        action = self.server.fault("AUTH-" + mechanism.upper(), self.number, parameter)
+        if action:
+            self.misbehave(action)
             return
         user = handler(initial)
         if user is None:

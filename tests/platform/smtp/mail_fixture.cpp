@@ -1,6 +1,7 @@
 #include "tests/platform/smtp/mail_fixture.h"
 
 #include <filesystem>
+#include <utility>
 
 #include "platform/runtime_error.h"
 #include "platform/smtp/socket_network.h"
@@ -54,9 +55,10 @@ std::unique_ptr<CodePage> FewCodePages::Find(std::string_view name) const {
   return nullptr;
 }
 
-TestMail::TestMail(int port, std::chrono::milliseconds longest)
+TestMail::TestMail(int port, std::chrono::milliseconds longest, std::unique_ptr<Network> network)
     : component_(std::make_unique<SmtpMailComponent>(
-          system_, code_pages_, HtmlRenderings(), NewSocketNetwork(), Timeouts().AtMost(longest))) {
+          system_, code_pages_, HtmlRenderings(), network ? std::move(network) : NewSocketNetwork(),
+          Timeouts().AtMost(longest))) {
   component_->SetServerHost(L"127.0.0.1");
   component_->SetServerPort(port);
   component_->SetSenderAddress(L"news@agency.example");

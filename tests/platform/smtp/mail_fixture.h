@@ -42,7 +42,8 @@ class FewCodePages : public CodePages {
 // A mail component with short time-outs, a sender, a subject and a plain body.
 class TestMail {
  public:
-  explicit TestMail(int port, std::chrono::milliseconds longest = std::chrono::milliseconds(2000));
+  explicit TestMail(int port, std::chrono::milliseconds longest = std::chrono::milliseconds(2000),
+                    std::unique_ptr<Network> network = nullptr);
 
   SmtpMailComponent& Component() { return *component_; }
   std::int32_t SendTo(const std::wstring& address);

@@ -1,0 +1,78 @@
+#include "platform/mime/body_file.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+
+namespace pxscheduler {
+namespace {
+
+// Says which encoding was asked for.
+class NamingCodePage : public CodePage {
+ public:
+  explicit NamingCodePage(std::string_view name) : name_(name.begin(), name.end()) {}
+  std::string ToBytes(std::wstring_view /*text*/) const override { return {}; }
+  std::wstring FromBytes(std::string_view bytes) const override {
+    return name_ + L":" + std::wstring(bytes.begin(), bytes.end());
+  }
+  std::wstring RoundTrip(std::wstring_view text) const override { return std::wstring(text); }
+
+ private:
+  std::wstring name_;
+};
+
+class NamingCodePages : public CodePages {
+ public:
+  const CodePage& Ansi() const override { return ansi_; }
+  std::unique_ptr<CodePage> Find(std::string_view name) const override {
+    return name == "unheard-of" ? nullptr : std::make_unique<NamingCodePage>(name);
+  }
+
+ private:
+  NamingCodePage ansi_{"ansi"};
+};
+
+TEST(BodyFileTest, Encodings) {
+  using namespace std::string_literals;
+  struct Case {
+    std::string bytes;
+    std::wstring start;  // of the text
+  };
+  const Case cases[] = {
+      {"", L"ansi:"},
+      {"plain", L"ansi:plain"},
+      {"\xEF\xBB\xBFplain", L"UTF-8:plain"},
+      {"\xFF\xFEp", L"UTF-16LE:p"},
+      {"\xFE\xFFp", L"UTF-16BE:p"},
+      {"\xFF\xFE\0\0p"s, L"UTF-32LE:p"},
+      {"\xEF\xBB\xBF<meta charset=koi8-r>", L"UTF-8:"},
+      {"<html><meta charset=\"ISO-8859-2\">", L"iso-8859-2:<html>"},
+      {"<HTML><META HTTP-EQUIV='Content-Type' CONTENT='text/html; charset=Windows-1250'>",
+       L"windows-1250:"},
+      {"<html><meta charset = utf-8 />", L"utf-8:"},
+      {"<html><meta charset=utf-16>", L"utf-8:"},
+      {"<html><meta charset=unheard-of>", L"ansi:"},
+      {"<html><meta charset", L"ansi:"},
+      {"<html><meta charset=", L"ansi:"},
+      {"<html><!-- <meta charset=koi8-r> --><meta charset=big5>", L"big5:"},
+      {"<html><!-- <meta charset=koi8-r>", L"ansi:"},
+      {"<?xml version=\"1.0\" encoding=\"utf-8\"?><html>", L"utf-8:"},
+      {std::string(5000, ' ') + "<meta charset=utf-8>", L"ansi:"},
+  };
+  for (const Case& test : cases) {
+    const std::wstring text = DecodeBodyFile(test.bytes, NamingCodePages());
+    EXPECT_TRUE(text.starts_with(test.start)) << test.bytes;
+  }
+}
+
+TEST(BodyFileTest, OnlyBothTagsTogetherMakeHtml) {
+  EXPECT_TRUE(IsHtmlDocument(L"<html>x</HTML>"));
+  EXPECT_TRUE(IsHtmlDocument(L"</html> <Html>"));
+  EXPECT_FALSE(IsHtmlDocument(L"<html>x"));
+  EXPECT_FALSE(IsHtmlDocument(L"x</html>"));
+  EXPECT_FALSE(IsHtmlDocument(L"<html lang=en>x</html>"));
+}
+
+}  // namespace
+}  // namespace pxscheduler

@@ -1,0 +1,198 @@
+#include "platform/mime/message_composer.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "platform/code_page.h"
+#include "tests/support/scripted_smtp_server.h"
+
+namespace pxscheduler {
+namespace {
+
+using namespace std::chrono_literals;
+
+struct Kind {
+  std::wstring subject;
+  std::wstring name;
+  std::wstring body;
+  std::wstring html{};  // "" for a plain message
+  std::wstring address = L"ann@example.com";
+  std::wstring unsubscribe{};
+  std::vector<InlinePart> pictures{};
+};
+
+// What a parser is to find, where that differs from what was given.
+std::wstring Blanked(std::wstring text) {
+  for (wchar_t& unit : text) {
+    unit = unit < L' ' || unit == 0x7F ? L' ' : unit;
+  }
+  const std::size_t first = text.find_first_not_of(L' ');
+  return first == std::wstring::npos ? L""
+                                     : text.substr(first, text.find_last_not_of(L' ') - first + 1);
+}
+
+std::string Json(const std::wstring& text) {
+  std::string json = "\"";
+  for (const char byte : ToUtf8(text)) {
+    if (byte == '"' || byte == '\\' || (byte >= 0 && byte < ' ')) {
+      char escaped[8];
+      std::snprintf(escaped, sizeof(escaped), "\\u%04x", byte);
+      json += escaped;
+    } else {
+      json += byte;
+    }
+  }
+  return json + '"';
+}
+
+std::string Hexadecimal(const std::string& bytes) {
+  std::string text;
+  for (const char byte : bytes) {
+    char digits[4];
+    std::snprintf(digits, sizeof(digits), "%02x", static_cast<unsigned>(byte) & 0xFFU);
+    text += digits;
+  }
+  return text;
+}
+
+std::string Unstuffed(std::string_view wire) {
+  EXPECT_TRUE(wire.ends_with("\r\n.\r\n"));
+  std::string message(wire.substr(0, wire.size() - 3));
+  EXPECT_EQ(message.find("\r\n.\r\n"), std::string::npos);
+  for (std::size_t i = 0; (i = message.find("\r\n..", i)) != std::string::npos; i += 3) {
+    message.erase(i + 2, 1);
+  }
+  return message;
+}
+
+std::string Composed(const Kind& kind) {
+  MessageComposer composer("0123456789abcdef0123456789abcdef");
+  composer.SetSender(*ParseAddress(L"news@agency.example"));
+  composer.SetUnsubscribe(UnsubscribeAddress(kind.unsubscribe));
+  composer.SetHtml(!kind.html.empty());
+  composer.SetInlineParts(kind.pictures);
+  ByteBuffer wire;
+  composer.Compose({.recipients = {{kind.name, *ParseAddress(kind.address)}},
+                    .subject = kind.subject,
+                    .date = {.local = {.date = std::chrono::sys_days(2026y / 11 / 16),
+                                       .time_of_day = 15h + 7min + 41s},
+                             .utc_offset = -210min},
+                    .message_id = "00112233445566778899aabbccddeeff",
+                    .body = kind.html.empty() ? kind.body : kind.html,
+                    .alternative = kind.body},
+                   wire);
+  return Unstuffed(wire.View());
+}
+
+std::string Expectation(const Kind& kind) {
+  std::string pictures;
+  for (const InlinePart& picture : kind.pictures) {
+    pictures += std::string(pictures.empty() ? "" : ", ") + "[\"<" + picture.content_id +
+                ">\", \"" + picture.media_type + "\", \"" + Hexadecimal(picture.bytes) + "\"]";
+  }
+  return "{\"subject\": " + Json(Blanked(kind.subject)) +
+         ", \"name\": " + Json(Blanked(kind.name)) + ", \"address\": " + Json(kind.address) +
+         ", \"plain\": " + Json(kind.body) +
+         ", \"html\": " + (kind.html.empty() ? "null" : Json(kind.html)) + ", \"pictures\": [" +
+         pictures + "]}";
+}
+
+std::vector<Kind> Kinds() {
+  const std::wstring html =
+      L"<html><body style=\"color: red\">\n.dot\n<p>Gr\u00fc\u00dfe</p></body></html>";
+  const std::vector<std::wstring> texts = {
+      L"",
+      L"News",
+      L"Smith, Ann (\"the first\") <x@y> \\",
+      L"Ren\u00e9e O'Neil",
+      L"\u0416\u0435\u043d\u044f \u65e5\u672c\u8a9e \U0001F600 and some more words for a second "
+      L"line",
+      L"one\r\nBcc: everybody@example.com\r\n\r\nbody",
+      L"=?utf-8?Q?no_encoded_word?= =?",
+      std::wstring(5000, L'n'),
+      std::wstring(1500, L'\u00fc'),
+      L"many words, " +
+          [] {
+            std::wstring words;
+            for (int i = 0; i < 300; ++i) {
+              words += L"word" + std::to_wstring(i) + L" ";
+            }
+            return words;
+          }() +
+          L"end",
+  };
+  std::vector<Kind> kinds;
+  for (const std::wstring& text : texts) {
+    kinds.push_back({.subject = text, .name = L"Ann", .body = text});
+    kinds.push_back({.subject = L"News", .name = text, .body = L"Hello", .html = html});
+  }
+  kinds.push_back({.subject = L"News",
+                   .name = L"Ann",
+                   .body = L".\n..\n--=_alternative_0123456789abcdef0123456789abcdef\nFrom x\n\n",
+                   .html = html + std::wstring(3000, L'\u20ac') + std::wstring(3000, L'x')});
+  kinds.push_back(
+      {.subject = L"News",
+       .name = L"Ann",
+       .body = L"See picture",
+       .html = html,
+       .unsubscribe = L"https://agency.example/unsubscribe?list=1",
+       .pictures = {{"a1@agency.example", "image/png", std::string("\0\r\n.\r\n\xFF", 7)},
+                    {"a2@agency.example", "image/gif", std::string(500, 'g')}}});
+  kinds.push_back({.subject = L"News",
+                   .name = std::wstring(70, L'n'),
+                   .body = L"Hello",
+                   .address = std::wstring(60, L'a') + L"@example.com",
+                   .unsubscribe = L"mailto:stop@agency.example"});
+  return kinds;
+}
+
+TEST(MessageComposerTest, StrictParsersFindWhatWasGiven) {
+  const TestFolder folder;
+  int number = 100;
+  for (const Kind& kind : Kinds()) {
+    const std::string name = folder.Path() / std::to_string(number++);
+    std::ofstream(name + ".eml", std::ios::binary) << Composed(kind);
+    std::ofstream(name + ".json", std::ios::binary) << Expectation(kind);
+  }
+  const std::string scripts =
+      std::filesystem::path(TEST_DATA_FOLDER).parent_path() / "platform/mime";
+  for (const std::string& parser :
+       {"python3 " + scripts + "/parse_strictly.py ", "perl " + scripts + "/parse_strictly.pl "}) {
+    const std::string report = folder.Path() / "report";
+    const std::string command = parser + folder.Path().string() + " > " + report + " 2>&1";
+    EXPECT_EQ(std::system(command.c_str()), 0)  // NOLINT(cert-env33-c): a test's own words
+        << ReadWholeFile(report);
+  }
+}
+
+TEST(MessageComposerTest, UnsubscribeFields) {
+  struct Case {
+    const wchar_t* address;
+    const char* fields;
+  };
+  constexpr Case kCases[] = {
+      {L" HTTPS://agency.example/x ",
+       "List-Unsubscribe:\r\n <https://agency.example/x>\r\n"
+       "List-Unsubscribe-Post: List-Unsubscribe=One-Click\r\n"},
+      {L"mailto:stop@agency.example", "List-Unsubscribe:\r\n <mailto:stop@agency.example>\r\nC"},
+      {L"", ""},
+      {L"http://agency.example", ""},
+      {L"mailto:", ""},
+      {L"https://agency.example/a b", ""},
+      {L"https://agency.example/>\r\nBcc: x@y", ""},
+  };
+  for (const Case& test : kCases) {
+    const std::string message =
+        Composed({.subject = L"News", .name = L"", .body = L"x", .unsubscribe = test.address});
+    const bool has_fields = message.find("List-") != std::string::npos;
+    EXPECT_EQ(has_fields, *test.fields != '\0') << ToUtf8(test.address);
+    EXPECT_NE(message.find(test.fields), std::string::npos) << message;
+  }
+}
+
+}  // namespace
+}  // namespace pxscheduler

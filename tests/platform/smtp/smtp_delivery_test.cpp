@@ -1,0 +1,163 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "tests/platform/smtp/mail_fixture.h"
+
+namespace pxscheduler {
+namespace {
+
+using ::testing::AllOf;
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+using ::testing::SizeIs;
+using ::testing::StartsWith;
+
+TEST(DeliveryTest, OneConnectionForTheRunWithResetAfterARefusal) {
+  const ScriptedSmtpServer server(
+      R"({"faults": [{"at": "RCPT", "match": "nobody", "do": "550 unknown"}]})");
+  {
+    TestMail mail(server.Port());
+    EXPECT_EQ(mail.SendTo(L"ann@example.com"), 0);
+    EXPECT_EQ(mail.SendTo(L"nobody@example.com"), 8);
+    EXPECT_EQ(mail.SendTo(L"bob@example.com"), 0);
+  }
+  // Nobody waits for the answer to the last command.
+  std::vector<std::string> commands = server.Commands();
+  for (int i = 0; i < 500 && commands.size() < 12; ++i) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    commands = server.Commands();
+  }
+  ASSERT_THAT(commands, SizeIs(12));
+  EXPECT_THAT(commands[0], StartsWith("1 EHLO "));
+  commands.erase(commands.begin());
+  for (std::string& command : commands) {
+    command.resize(std::min(command.find(" SIZE="), command.size()));
+  }
+  EXPECT_THAT(
+      commands,
+      ElementsAre("1 MAIL FROM:<news@agency.example>", "1 RCPT TO:<ann@example.com>", "1 DATA",
+                  "1 MAIL FROM:<news@agency.example>", "1 RCPT TO:<nobody@example.com>", "1 DATA",
+                  "1 RSET", "1 MAIL FROM:<news@agency.example>", "1 RCPT TO:<bob@example.com>",
+                  "1 DATA", "1 QUIT"));
+}
+
+// A limit of messages per connection and an idle time-out show themselves where the next message
+// begins.
+TEST(DeliveryTest, OpensAgainWhereTheServerEndedTheConnection) {
+  for (const char* const fault : {R"({"at": "between", "do": "421 idle close", "nth": 2})",
+                                  R"({"at": "between", "do": "close", "nth": 2})",
+                                  R"({"at": "MAIL", "do": "421 enough close", "nth": 3})",
+                                  R"({"at": "MAIL", "do": "451 enough", "nth": 3})",
+                                  R"({"at": "MAIL", "do": "reset", "nth": 3})"}) {
+    SCOPED_TRACE(fault);
+    const ScriptedSmtpServer server(R"({"faults": [)" + std::string(fault) + "]}");
+    TestMail mail(server.Port());
+    for (const wchar_t* address :
+         {L"a@example.com", L"b@example.com", L"c@example.com", L"d@example.com"}) {
+      EXPECT_EQ(mail.SendTo(address), 0);
+    }
+    EXPECT_THAT(server.Messages(), SizeIs(4));
+    EXPECT_THAT(server.Envelope(3), HasSubstr(R"("connection": 2)"));
+  }
+}
+
+TEST(DeliveryTest, NothingIsSentWhereSomethingIsMalformedOrMissing) {
+  const ScriptedSmtpServer server("{}");
+  TestMail mail(server.Port());
+  for (const wchar_t* address :
+       {L"", L"@", L"ann@", L"@example.com", L"ann@exa mple.com", L"ann@example.com\r\nDATA",
+        L"ann@example.com\n", L"a\tb@example.com", L"a@example.com, b@example.com",
+        L"Ann <ann@example.com>", L"ann@example.com> SIZE=1", L"ann@example..com",
+        L"ann\x85@example.com", L"ann@-example.com"}) {
+    EXPECT_EQ(mail.SendTo(address), 8) << ToUtf8(address);
+  }
+  for (const wchar_t* sender : {L"", L"agency", L"news@agency.example\r\nRCPT TO:<x@y>"}) {
+    mail.Component().SetSenderAddress(sender);
+    EXPECT_EQ(mail.SendTo(L"ann@example.com"), 7) << ToUtf8(sender);
+  }
+  mail.Component().SetServerHost(L"  ");
+  EXPECT_EQ(mail.SendTo(L"ann@example.com"), 15);
+  EXPECT_THAT(server.Commands(), IsEmpty());
+}
+
+TEST(DeliveryTest, ServersThatCannotBeReached) {
+  struct Case {
+    const wchar_t* host;
+    std::int32_t port;
+    std::int32_t code;
+  };
+  constexpr Case kCases[] = {
+      {L"127.0.0.1", 1, 9},        {L"localhost", 1, 9},  {L"127.0.0.1", 0, 9},
+      {L"127.0.0.1", 65561, 9},    {L"127.0.0.1", -1, 9}, {L"name.invalid", 25, 17},
+      {L"no host at all", 25, 17},
+  };
+  for (const Case& test : kCases) {
+    TestMail mail(test.port);
+    mail.Component().SetServerHost(test.host);
+    const std::int32_t code = mail.SendTo(L"ann@example.com");
+    // A machine without any name server may take long to say that it knows no such name.
+    EXPECT_TRUE(code == test.code || (test.code == 17 && code == 21)) << ToUtf8(test.host) << code;
+  }
+}
+
+TEST(DeliveryTest, Extensions) {
+  struct Case {
+    const char* extensions;
+    const wchar_t* address;
+    std::int32_t code;
+    const char* envelope;
+  };
+  constexpr Case kCases[] = {
+      {R"("SIZE 100")", L"ann@example.com", 4, ""},
+      {R"("SIZE 0")", L"ann@example.com", 0, R"("mail": "SIZE=)"},
+      {R"("SIZE")", L"ann@example.com", 0, R"("mail": "SIZE=)"},
+      {R"("HELP")", L"ann@b\u00fccher.example", 0, R"("to": ["ann@xn--bcher-kva.example"])"},
+      {R"("HELP")", L"\u00e4nn@example.com", 8, ""},
+      {R"("SMTPUTF8", "8BITMIME")", L"\u00e4nn@b\u00fccher.example", 0,
+       R"("to": ["\u00e4nn@xn--bcher-kva.example"], "mail": "BODY=8BITMIME SMTPUTF8")"},
+      {R"("SMTPUTF8", "8BITMIME")", L"ann@example.com", 0, R"("mail": "")"},
+      {R"("HELP")", L" ann..smith@example.com ", 0, R"("to": ["\"ann..smith\"@example.com"])"},
+  };
+  for (const Case& test : kCases) {
+    SCOPED_TRACE(std::string(test.extensions) + ToUtf8(test.address));
+    const ScriptedSmtpServer server(R"({"extensions": [)" + std::string(test.extensions) + "]}");
+    TestMail mail(server.Port());
+    EXPECT_EQ(mail.SendTo(test.address), test.code);
+    if (test.code == 0) {
+      EXPECT_THAT(server.Envelope(0), HasSubstr(test.envelope));
+    } else {
+      EXPECT_THAT(server.Messages(), IsEmpty());
+    }
+  }
+}
+
+TEST(DeliveryTest, AnOldServerAndAnAddressOfSixteenBytes) {
+  const ScriptedSmtpServer server(R"({"faults": [{"at": "EHLO", "do": "502 what"}]})", "::1");
+  TestMail mail(server.Port());
+  mail.Component().SetServerHost(L"::1");
+  EXPECT_EQ(mail.SendTo(L"ann@example.com"), 0);
+  EXPECT_THAT(server.Commands(), Contains(StartsWith("1 HELO ")));
+}
+
+TEST(DeliveryTest, BodyFile) {
+  const TestFolder folder;
+  const std::string path = folder.Path() / "body.htm";
+  std::ofstream(path) << "<html><meta charset='utf-8'><p>caf\xC3\xA9 [First Name]</p></html>";
+  TestMail mail(1);
+  SmtpMailComponent& component = mail.Component();
+  EXPECT_NE(component.LoadBodyFromFile(L"/no/such/file", MailComponent::kBodyAndAlternative), 0);
+  EXPECT_EQ(component.BodyText(), L"Hello\n.\nworld\n");
+  EXPECT_EQ(component.LoadBodyFromFile(FromUtf8(path), MailComponent::kBodyAndAlternative), 0);
+  EXPECT_THAT(ToUtf8(component.BodyText()), HasSubstr("caf\xC3\xA9 [First Name]"));
+}
+
+}  // namespace
+}  // namespace pxscheduler
