@@ -36,8 +36,8 @@ std::string AddressLiteral(const std::string& address) {
 
 }  // namespace
 
-SendOutcome Session::Open(Network& network, const ServerSettings& settings,
-                          std::unique_ptr<Session>& session) {
+SendOutcome SmtpSession::Open(Network& network, const ServerSettings& settings,
+                              std::unique_ptr<SmtpSession>& session) {
   std::unique_ptr<Transport> transport;
   switch (network.Connect(settings.host, settings.port, settings.timeouts, transport)) {
     case ConnectResult::kNameUnknown:
@@ -51,7 +51,7 @@ SendOutcome Session::Open(Network& network, const ServerSettings& settings,
     case ConnectResult::kConnected:
       break;
   }
-  std::unique_ptr<Session> opened(new Session(network, settings, std::move(transport)));
+  std::unique_ptr<SmtpSession> opened(new SmtpSession(network, settings, std::move(transport)));
   if (const Failure failure = opened->Establish()) {
     return *failure;
   }
@@ -59,17 +59,17 @@ SendOutcome Session::Open(Network& network, const ServerSettings& settings,
   return SendOutcome::kDelivered;
 }
 
-Session::Session(Network& network, const ServerSettings& settings,
-                 std::unique_ptr<Transport> transport)
+SmtpSession::SmtpSession(Network& network, const ServerSettings& settings,
+                         std::unique_ptr<Transport> transport)
     : network_(network), settings_(settings), transport_(std::move(transport)) {}
 
-Session::~Session() {
+SmtpSession::~SmtpSession() {
   if (state_ == State::kIdentified || state_ == State::kReady) {
     transport_->Send("QUIT\r\n", After(std::min(kFarewell, settings_.timeouts.reply)));
   }
 }
 
-Session::Failure Session::Establish() {
+SmtpSession::Failure SmtpSession::Establish() {
   const bool is_secure_from_start =
       settings_.port == kImplicitTlsPort && settings_.security != Security::kNone;
   Failure failure = is_secure_from_start ? StartTls() : std::nullopt;
@@ -91,7 +91,7 @@ Session::Failure Session::Establish() {
   return failure;
 }
 
-Session::Failure Session::StartTls() {
+SmtpSession::Failure SmtpSession::StartTls() {
   const bool checks = settings_.security == Security::kRequired ||
                       (settings_.security == Security::kWhenOffered && settings_.credentials);
   const IoResult result =
@@ -106,7 +106,7 @@ Session::Failure Session::StartTls() {
   return std::nullopt;
 }
 
-Session::Failure Session::Greet() {
+SmtpSession::Failure SmtpSession::Greet() {
   if (const Failure failure = ReadReply(settings_.timeouts.reply)) {
     return failure;
   }
@@ -117,7 +117,7 @@ Session::Failure Session::Greet() {
   return std::nullopt;
 }
 
-Session::Failure Session::Hello() {
+SmtpSession::Failure SmtpSession::Hello() {
   extensions_ = {};
   const std::string name = ClientName();
   if (const Failure failure = Exchange("EHLO " + name)) {
@@ -137,7 +137,7 @@ Session::Failure Session::Hello() {
   return std::nullopt;
 }
 
-Session::Failure Session::Secure() {
+SmtpSession::Failure SmtpSession::Secure() {
   if (settings_.security == Security::kNone) {
     return std::nullopt;
   }
@@ -161,7 +161,7 @@ Session::Failure Session::Secure() {
   return Hello();
 }
 
-Session::Failure Session::Authenticate() {
+SmtpSession::Failure SmtpSession::Authenticate() {
   bool is_unknown = false;
   for (const std::string_view mechanism : SaslMechanisms()) {
     if (!extensions_.Offers(mechanism)) {
@@ -177,7 +177,7 @@ Session::Failure Session::Authenticate() {
 }
 
 // RFC 4954. `is_unknown` says that the server does not know the mechanism after all.
-Session::Failure Session::Authenticate(SaslExchange& exchange, bool& is_unknown) {
+SmtpSession::Failure SmtpSession::Authenticate(SaslExchange& exchange, bool& is_unknown) {
   std::string command = "AUTH " + std::string(exchange.Mechanism());
   if (const std::optional<std::string> response = exchange.InitialResponse()) {
     command += response->empty() ? " =" : " " + EncodeBase64(*response);
@@ -209,7 +209,7 @@ Session::Failure Session::Authenticate(SaslExchange& exchange, bool& is_unknown)
   return std::nullopt;
 }
 
-Delivery Session::Deliver(const Envelope& envelope, std::string_view wire) {
+Delivery SmtpSession::Deliver(const Envelope& envelope, std::string_view wire) {
   if (!extensions_.international || !extensions_.eight_bit) {
     if (!envelope.sender_is_ascii) {
       return {.outcome = SendOutcome::kSenderRefused};
@@ -229,7 +229,7 @@ Delivery Session::Deliver(const Envelope& envelope, std::string_view wire) {
   return Fail(progress);
 }
 
-Delivery Session::Fail(const Progress& progress) {
+Delivery SmtpSession::Fail(const Progress& progress) {
   RecoverFrom(progress);
   const SendOutcome outcome = *progress.failure;
   if (progress.sender_accepted ||
@@ -242,7 +242,7 @@ Delivery Session::Fail(const Progress& progress) {
   return {.outcome = outcome, .may_try_again = state_ == State::kClosed};
 }
 
-void Session::WriteCommands(const Envelope& envelope, std::size_t message_size) {
+void SmtpSession::WriteCommands(const Envelope& envelope, std::size_t message_size) {
   commands_.clear();
   steps_.clear();
   const auto end_step = [this](StepKind kind) {
@@ -272,7 +272,7 @@ void Session::WriteCommands(const Envelope& envelope, std::size_t message_size) 
 // With PIPELINING (RFC 2920) all the commands leave in one write and every reply is read, whatever
 // it says. Without it each command waits for the reply to the one before, and the first failure is
 // the last command.
-Session::Progress Session::SendCommands() {
+SmtpSession::Progress SmtpSession::SendCommands() {
   Progress progress;
   std::size_t sent = 0;
   for (const Step& step : steps_) {
@@ -302,7 +302,7 @@ Session::Progress Session::SendCommands() {
 
 // Takes the reply to one step into account. A refused sender or recipient makes the server refuse
 // what follows, so the first failure is the one that counts.
-void Session::Judge(const Step& step, Progress& progress) {
+void SmtpSession::Judge(const Step& step, Progress& progress) {
   SendOutcome refusal = SendOutcome::kNotSmtp;
   bool accepted = reply_.IsPositive();
   switch (step.kind) {
@@ -337,7 +337,7 @@ void Session::Judge(const Step& step, Progress& progress) {
 }
 
 // Brings the dialogue back to where the next message may begin.
-void Session::RecoverFrom(const Progress& progress) {
+void SmtpSession::RecoverFrom(const Progress& progress) {
   if (state_ == State::kClosed) {
     return;
   }
@@ -352,7 +352,7 @@ void Session::RecoverFrom(const Progress& progress) {
   }
 }
 
-SendOutcome Session::SendMessage(std::string_view wire) {
+SendOutcome SmtpSession::SendMessage(std::string_view wire) {
   needs_reset_ = false;
   const IoResult sent = transport_->Send(wire, After(settings_.timeouts.data));
   if (sent != IoResult::kDone) {
@@ -381,7 +381,7 @@ SendOutcome Session::SendMessage(std::string_view wire) {
   return SendOutcome::kMessageRefused;
 }
 
-Session::Failure Session::Send(std::string_view bytes, std::chrono::milliseconds time) {
+SmtpSession::Failure SmtpSession::Send(std::string_view bytes, std::chrono::milliseconds time) {
   switch (transport_->Send(bytes, After(time))) {
     case IoResult::kDone:
       return std::nullopt;
@@ -393,7 +393,7 @@ Session::Failure Session::Send(std::string_view bytes, std::chrono::milliseconds
   return Close(SendOutcome::kConnectionBroken);
 }
 
-Session::Failure Session::ReadReply(std::chrono::milliseconds time) {
+SmtpSession::Failure SmtpSession::ReadReply(std::chrono::milliseconds time) {
   switch (reader_.Read(*transport_, After(time), reply_)) {
     case ReadResult::kReply:
       return std::nullopt;
@@ -408,18 +408,18 @@ Session::Failure Session::ReadReply(std::chrono::milliseconds time) {
 }
 
 // Sends one command and reads the reply to it.
-Session::Failure Session::Exchange(std::string_view command) {
+SmtpSession::Failure SmtpSession::Exchange(std::string_view command) {
   const Failure failure = Send(std::string(command) + "\r\n", settings_.timeouts.reply);
   return failure ? failure : ReadReply(settings_.timeouts.reply);
 }
 
 // Ends the session for the given reason, which it returns.
-Session::Failure Session::Close(SendOutcome outcome) {
+SmtpSession::Failure SmtpSession::Close(SendOutcome outcome) {
   state_ = State::kClosed;
   return outcome;
 }
 
-std::string Session::ClientName() const {
+std::string SmtpSession::ClientName() const {
   const std::string name = network_.HostName();
   return IsFullDomain(name) ? name : AddressLiteral(transport_->LocalAddress());
 }

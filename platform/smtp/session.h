@@ -48,19 +48,19 @@ struct Delivery {
 
 // One connection to an SMTP server (RFC 5321), from its greeting to its end. Its states follow one
 // another and never go back; a session that is closed stays closed.
-class Session {
+class SmtpSession {
  public:
   enum class State { kConnected, kGreeted, kIdentified, kReady, kClosed };
 
   // Connects, greets, secures and authenticates. Sets `session` on kDelivered, which here means
   // that messages may follow.
   static SendOutcome Open(Network& network, const ServerSettings& settings,
-                          std::unique_ptr<Session>& session);
+                          std::unique_ptr<SmtpSession>& session);
 
-  Session(const Session&) = delete;
-  Session& operator=(const Session&) = delete;
+  SmtpSession(const SmtpSession&) = delete;
+  SmtpSession& operator=(const SmtpSession&) = delete;
   // Takes leave where the connection still stands, and does not wait for an answer.
-  ~Session();
+  ~SmtpSession();
 
   // Hands over one message. `wire` is the message with its full stops doubled and the final one.
   // Once any of it may have left, the message must not be handed over again, whatever the outcome.
@@ -83,7 +83,8 @@ class Session {
   };
   using Failure = std::optional<SendOutcome>;
 
-  Session(Network& network, const ServerSettings& settings, std::unique_ptr<Transport> transport);
+  SmtpSession(Network& network, const ServerSettings& settings,
+              std::unique_ptr<Transport> transport);
 
   // The steps of opening, in their order. Each ends with the reason why it failed, if it did.
   Failure Establish();

@@ -195,7 +195,7 @@ SendOutcome SmtpMailComponent::Deliver() {
     }
     delivery = session_->Deliver(envelope, wire_.View());
   }
-  if (session_->CurrentState() == Session::State::kClosed) {
+  if (session_->CurrentState() == SmtpSession::State::kClosed) {
     session_.reset();
   }
   return delivery.outcome;
@@ -214,7 +214,7 @@ SendOutcome SmtpMailComponent::OpenSession() {
     }
     server_.credentials = {ToUtf8(user_name_), ToUtf8(password_)};
   }
-  return Session::Open(*network_, server_, session_);
+  return SmtpSession::Open(*network_, server_, session_);
 }
 
 Envelope SmtpMailComponent::MakeEnvelope() const {

@@ -83,7 +83,7 @@ class SmtpMailComponent : public MailComponent {
   MessageComposer composer_;
   MessageIdentifiers identifiers_;
   ByteBuffer wire_;
-  std::unique_ptr<Session> session_;
+  std::unique_ptr<SmtpSession> session_;
 };
 
 // The component as a run uses it: over the machine's sockets, with the usual time-outs.
