@@ -1,0 +1,23 @@
+#pragma once
+
+#include "platform/linux/machine.h"
+#include "platform/platform.h"
+
+namespace pxscheduler {
+
+// The components that a run on Linux uses: the embedded engine and SQL Server as data access, mail
+// over the machine's sockets, and our own text control. The machine must outlive them.
+class LinuxComponents : public Components {
+ public:
+  explicit LinuxComponents(LinuxMachine& machine) : machine_(machine) {}
+
+  std::unique_ptr<Connection> NewConnection() override;
+  std::unique_ptr<Recordset> NewRecordset() override;
+  std::unique_ptr<MailComponent> NewMailComponent() override;
+  std::unique_ptr<TextControl> NewTextControl() override;
+
+ private:
+  LinuxMachine& machine_;
+};
+
+}  // namespace pxscheduler
