@@ -1,6 +1,7 @@
 #include "platform/dates/date_words.h"
 
 #include <algorithm>
+#include <array>
 
 #include "platform/letter_case.h"
 
@@ -24,6 +25,17 @@ bool IsSeparators(std::wstring_view text) {
   return std::all_of(text.begin(), text.end(), [](wchar_t c) {
     return IsBlankCharacter(c) || IsDateSeparator(c) || c == L':';
   });
+}
+
+// The first three letters of a month's name, as people shorten it whatever the locale says ("Sep"
+// beside "Sept"). "" where another month begins with them too.
+std::wstring_view UsualBeginning(const std::array<std::wstring, 12>& months, std::size_t index) {
+  const std::wstring_view beginning = std::wstring_view(months[index]).substr(0, 3);
+  const bool letters = std::all_of(beginning.begin(), beginning.end(), ContinuesWord);
+  const auto same = std::count_if(months.begin(), months.end(), [&](const std::wstring& month) {
+    return month.starts_with(beginning);
+  });
+  return letters && same == 1 ? beginning : std::wstring_view{};
 }
 
 }  // namespace
@@ -52,6 +64,10 @@ DateWords::DateWords(const CalendarNames& names, const RegionalSettings& setting
     for (unsigned i = 0; i < months->size(); ++i) {
       add((*months)[i], [i](DateWord& word) { word.month = i + 1; });
     }
+  }
+  for (std::size_t i = 0; i < names.months.size(); ++i) {
+    const std::wstring_view beginning = UsualBeginning(names.months, i);
+    add(beginning, [i](DateWord& word) { word.month = static_cast<unsigned>(i + 1); });
   }
   for (const auto* weekdays : {&names.weekdays, &names.short_weekdays}) {
     for (const std::wstring& weekday : *weekdays) {

@@ -73,19 +73,19 @@ class Utf8CodePage : public CodePage {
   }
 };
 
+using ByteMeanings = std::array<wchar_t, 256>;
+
 class SingleByteCodePage : public CodePage {
  public:
-  explicit SingleByteCodePage(UConverter* converter) : bytes_(kBasicPlane) {
-    for (std::size_t byte = 0; byte < characters_.size(); ++byte) {
-      const char source = static_cast<char>(static_cast<unsigned char>(byte));
-      std::array<UChar, 4> target;
-      UErrorCode error = U_ZERO_ERROR;
-      const std::int32_t length = ucnv_toUChars(
-          converter, target.data(), static_cast<std::int32_t>(target.size()), &source, 1, &error);
-      const bool defined = U_SUCCESS(error) && length == 1 && target[0] != kReplacement;
-      characters_[byte] = static_cast<wchar_t>(defined ? target[0] : kReplacement);
+  // `characters` is what each byte stands for, U+FFFD where it is nothing.
+  explicit SingleByteCodePage(const ByteMeanings& characters)
+      : characters_(characters), bytes_(kBasicPlane) {
+    for (std::size_t byte = 0; byte < characters.size(); ++byte) {
+      const auto character = static_cast<char32_t>(characters[byte]);
       // The lower byte where two stand for one character.
-      if (defined && bytes_[target[0]] == 0) bytes_[target[0]] = static_cast<unsigned char>(byte);
+      if (character != kReplacement && bytes_[character] == 0) {
+        bytes_[character] = static_cast<unsigned char>(byte);
+      }
     }
     ascii_ = true;
     for (std::size_t i = 1; i < 0x80; ++i) ascii_ = ascii_ && bytes_[i] == i;
@@ -121,7 +121,7 @@ class SingleByteCodePage : public CodePage {
     return bytes_[character];
   }
 
-  std::array<wchar_t, 256> characters_{};
+  ByteMeanings characters_;
   std::vector<unsigned char> bytes_;  // by character of the basic plane; 0: it lacks that one
   bool ascii_ = false;                // every ASCII character is its own byte
   unsigned char question_ = 0;
@@ -238,6 +238,35 @@ Converter OpenConverter(const std::string& name) {
   return converter;
 }
 
+ByteMeanings MeaningsOf(UConverter* converter) {
+  ByteMeanings meanings{};
+  for (std::size_t byte = 0; byte < meanings.size(); ++byte) {
+    const char source = static_cast<char>(static_cast<unsigned char>(byte));
+    std::array<UChar, 4> target{};
+    UErrorCode error = U_ZERO_ERROR;
+    const std::int32_t length = ucnv_toUChars(
+        converter, target.data(), static_cast<std::int32_t>(target.size()), &source, 1, &error);
+    const bool defined = U_SUCCESS(error) && length == 1;
+    meanings[byte] = static_cast<wchar_t>(defined ? target[0] : kReplacement);
+  }
+  return meanings;
+}
+
+// Western European Windows, known by heart: it is the usual code page, and opening ICU's data takes
+// milliseconds. The five bytes without a meaning are control characters, as Windows takes them.
+ByteMeanings WesternMeanings() {
+  constexpr std::array<wchar_t, 32> above_ascii = {
+      0x20AC, 0x81,   0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
+      0x2039, 0x0152, 0x8D,   0x017D, 0x8F,   0x90,   0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
+      0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x9D,   0x017E, 0x0178};
+  ByteMeanings meanings{};
+  for (std::size_t byte = 0; byte < meanings.size(); ++byte) {
+    const bool differs = byte >= 0x80 && byte < 0x80 + above_ascii.size();
+    meanings[byte] = differs ? above_ascii[byte - 0x80] : static_cast<wchar_t>(byte);
+  }
+  return meanings;
+}
+
 // Windows numbers that ICU does not know by "windows-" and the number.
 const char* NameOfWindowsNumber(std::string_view number) {
   constexpr struct {
@@ -292,10 +321,11 @@ std::unique_ptr<CodePage> FindCodePage(std::string_view name) {
     lower = known != nullptr ? known : "windows-" + std::string(number);
   }
   if (lower == "utf-8" || lower == "utf8") return std::make_unique<Utf8CodePage>();
+  if (lower == "windows-1252") return std::make_unique<SingleByteCodePage>(WesternMeanings());
   Converter converter = OpenConverter(lower);
   if (converter == nullptr) return nullptr;
   if (ucnv_getMaxCharSize(converter.get()) == 1) {
-    return std::make_unique<SingleByteCodePage>(converter.get());
+    return std::make_unique<SingleByteCodePage>(MeaningsOf(converter.get()));
   }
   return std::make_unique<MultiByteCodePage>(std::move(converter));
 }

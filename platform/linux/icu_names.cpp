@@ -10,6 +10,7 @@
 #include <string>
 
 #include "platform/code_page.h"
+#include "platform/dates/english_names.h"
 
 namespace pxscheduler {
 namespace {
@@ -41,21 +42,18 @@ bool IsKnownLanguage(const icu::Locale& locale) {
   return U_SUCCESS(error) && error != U_USING_DEFAULT_WARNING;
 }
 
-icu::Locale LocaleOf(std::wstring_view name) {
-  UErrorCode error = U_ZERO_ERROR;
-  icu::Locale locale = icu::Locale::forLanguageTag(ToUtf8(name).c_str(), error);
-  if (U_FAILURE(error) || !IsKnownLanguage(locale)) return icu::Locale::getUS();
-  return locale;
-}
-
 }  // namespace
 
 CalendarNames IcuCalendarNames(std::wstring_view locale_name) {
+  // Known by heart, because opening ICU's data takes milliseconds and this is the usual locale.
+  if (locale_name == L"en-US") return EnglishCalendarNames();
   using Symbols = icu::DateFormatSymbols;
-  CalendarNames names;
   UErrorCode error = U_ZERO_ERROR;
-  const Symbols symbols(LocaleOf(locale_name), "gregorian", error);
-  if (U_FAILURE(error)) return names;
+  const icu::Locale locale = icu::Locale::forLanguageTag(ToUtf8(locale_name).c_str(), error);
+  if (U_FAILURE(error) || !IsKnownLanguage(locale)) return EnglishCalendarNames();
+  const Symbols symbols(locale, "gregorian", error);
+  if (U_FAILURE(error)) return EnglishCalendarNames();
+  CalendarNames names;
   int count = 0;
   const auto* list = symbols.getMonths(count, Symbols::STANDALONE, Symbols::WIDE);
   CopyNames(list, count, 0, names.months);

@@ -2,6 +2,7 @@
 
 #include <cwchar>
 
+#include "platform/dates/english_names.h"
 #include "platform/letter_case.h"
 
 namespace pxscheduler {
@@ -52,19 +53,6 @@ class Utf8CodePage : public CodePage {
   std::wstring FromBytes(std::string_view bytes) const override { return FromUtf8(bytes); }
   std::wstring RoundTrip(std::wstring_view text) const override { return FromUtf8(ToUtf8(text)); }
 };
-
-CalendarNames EnglishNames() {
-  CalendarNames names;
-  names.months = {L"January", L"February", L"March",     L"April",   L"May",      L"June",
-                  L"July",    L"August",   L"September", L"October", L"November", L"December"};
-  names.months_of_dates = names.months;
-  names.short_months = {L"Jan", L"Feb", L"Mar", L"Apr", L"May", L"Jun",
-                        L"Jul", L"Aug", L"Sep", L"Oct", L"Nov", L"Dec"};
-  names.weekdays = {L"Sunday",   L"Monday", L"Tuesday", L"Wednesday",
-                    L"Thursday", L"Friday", L"Saturday"};
-  names.short_weekdays = {L"Sun", L"Mon", L"Tue", L"Wed", L"Thu", L"Fri", L"Sat"};
-  return names;
-}
 
 CalendarNames GermanNames() {
   CalendarNames names;
@@ -171,7 +159,7 @@ std::wstring FakePasswords::Decipher(std::wstring_view stored) const {
 
 RegionalSettings EnglishSettings(std::chrono::sys_days today) {
   RegionalSettings settings;
-  settings.names = EnglishNames;
+  settings.names = EnglishCalendarNames;
   settings.today = [today] { return today; };
   return settings;
 }

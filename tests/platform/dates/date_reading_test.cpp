@@ -117,6 +117,8 @@ TEST(DateReading, UnitedKingdomAndGermany) {
       {L"5. M\u00C4RZ", 2026y / 3 / 5},
       {L"1. Sept. 2026", 2026y / 9 / 1},
       {L"1 sept 2026", 2026y / 9 / 1},
+      {L"1-SEP-2026", 2026y / 9 / 1},
+      {L"1 Jun 2026", 2026y / 6 / 1},
       {L"Mo., 16. Nov. 2026", 2026y / 11 / 16},
       {L"Montag, 16.11.2026 15:07:41", 2026y / 11 / 16, 15h + 7min + 41s},
   };

@@ -61,6 +61,15 @@ TEST(CodePage, RoundTripsAsItConverts) {
   }
 }
 
+// One code page is known by heart; ICU finds its own under another name.
+TEST(CodePage, KnowsTheUsualPageAsIcuDoes) {
+  const IcuCodePages pages(L"1252");
+  std::string bytes;
+  for (int byte = 0; byte < 256; ++byte) bytes += static_cast<char>(byte);
+  EXPECT_EQ(pages.Ansi().FromBytes(bytes), pages.Find("ibm-5348")->FromBytes(bytes));
+  EXPECT_EQ(pages.Ansi().ToBytes(pages.Ansi().FromBytes(bytes)), bytes);
+}
+
 TEST(CodePage, ReadsUndefinedBytes) {
   const IcuCodePages pages(L"1252");
   EXPECT_EQ(pages.Find("iso-8859-7")->FromBytes("a\xFFz"), L"a\uFFFDz");

@@ -64,6 +64,8 @@ TEST(IcuCalendarNames, NamesEveryMonthInEveryLanguage) {
     }
     for (const std::wstring& weekday : names.weekdays) EXPECT_NE(weekday, L"") << locale;
   }
+  EXPECT_EQ(IcuCalendarNames(L"en-US").short_months, IcuCalendarNames(L"en").short_months);
+  EXPECT_EQ(IcuCalendarNames(L"en-US").weekdays, IcuCalendarNames(L"en").weekdays);
   EXPECT_EQ(IcuCalendarNames(L"de-DE").months[2], L"M\u00E4rz");
   EXPECT_EQ(IcuCalendarNames(L"xx-XX").months[2], L"March");
 }
