@@ -255,14 +255,14 @@ ByteMeanings MeaningsOf(UConverter* converter) {
 // Western European Windows, known by heart: it is the usual code page, and opening ICU's data takes
 // milliseconds. The five bytes without a meaning are control characters, as Windows takes them.
 ByteMeanings WesternMeanings() {
-  constexpr std::array<wchar_t, 32> above_ascii = {
+  constexpr std::array<wchar_t, 32> kAboveAscii = {
       0x20AC, 0x81,   0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
       0x2039, 0x0152, 0x8D,   0x017D, 0x8F,   0x90,   0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
       0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x9D,   0x017E, 0x0178};
   ByteMeanings meanings{};
   for (std::size_t byte = 0; byte < meanings.size(); ++byte) {
-    const bool differs = byte >= 0x80 && byte < 0x80 + above_ascii.size();
-    meanings[byte] = differs ? above_ascii[byte - 0x80] : static_cast<wchar_t>(byte);
+    const bool differs = byte >= 0x80 && byte < 0x80 + kAboveAscii.size();
+    meanings[byte] = differs ? kAboveAscii[byte - 0x80] : static_cast<wchar_t>(byte);
   }
   return meanings;
 }
@@ -272,7 +272,7 @@ const char* NameOfWindowsNumber(std::string_view number) {
   constexpr struct {
     std::string_view number;
     const char* name;
-  } known_names[] = {
+  } kNames[] = {
       {"437", "ibm-437"},       {"850", "ibm-850"},       {"852", "ibm-852"},
       {"858", "ibm-858"},       {"866", "ibm-866"},       {"10000", "macintosh"},
       {"20127", "us-ascii"},    {"20866", "koi8-r"},      {"21866", "koi8-u"},
@@ -282,7 +282,7 @@ const char* NameOfWindowsNumber(std::string_view number) {
       {"28603", "iso-8859-13"}, {"28605", "iso-8859-15"}, {"51932", "euc-jp"},
       {"51949", "euc-kr"},      {"54936", "gb18030"},     {"65001", "utf-8"},
   };
-  for (const auto& known : known_names) {
+  for (const auto& known : kNames) {
     if (known.number == number) return known.name;
   }
   return nullptr;

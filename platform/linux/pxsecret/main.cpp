@@ -80,9 +80,9 @@ std::optional<SecretKey> ReadKey(const std::string& path) {
 // Nothing where it is not given, or not twice the same.
 std::optional<std::string> AskForPassword() {
   std::array<char, 1024> buffer{};
-  constexpr int verify = 1;
+  constexpr int kVerify = 1;
   const int failed =
-      EVP_read_pw_string(buffer.data(), static_cast<int>(buffer.size()), "Password: ", verify);
+      EVP_read_pw_string(buffer.data(), static_cast<int>(buffer.size()), "Password: ", kVerify);
   std::optional<std::string> password;
   if (failed == 0) password = buffer.data();
   OPENSSL_cleanse(buffer.data(), buffer.size());
