@@ -61,7 +61,7 @@ SqlValue ToInteger(const SqlValue& value, const std::string& type, std::int64_t 
 SqlValue ToBit(const SqlValue& value) {
   if (const auto* integer = std::get_if<std::int64_t>(&value)) return std::int64_t{*integer != 0};
   if (const auto* number = std::get_if<double>(&value)) return std::int64_t{*number != 0};
-  const std::string& text = std::get<std::string>(value);
+  const auto& text = std::get<std::string>(value);
   const std::string upper = UpperAscii(Trim(text));
   if (upper == "TRUE") return std::int64_t{1};
   if (upper == "FALSE" || upper.empty()) return std::int64_t{0};
@@ -73,7 +73,7 @@ SqlValue ToBit(const SqlValue& value) {
 double ToDouble(const SqlValue& value, std::string_view type) {
   if (const auto* integer = std::get_if<std::int64_t>(&value)) return static_cast<double>(*integer);
   if (const auto* number = std::get_if<double>(&value)) return *number;
-  const std::string& text = std::get<std::string>(value);
+  const auto& text = std::get<std::string>(value);
   const std::optional<double> number = WholeTextAs<double>(text);
   if (!number || !std::isfinite(*number))
     throw SqlFunctionError{"Error converting data type varchar to " + std::string{type} + "."};
@@ -171,7 +171,7 @@ SqlValue ConvertSqlValue(const SqlValue& value, const SqlType& type,
     if (!moment) return std::monostate{};
     return name == "DATE" ? WriteSqlDay(*moment) : WriteSqlMoment(*moment);
   }
-  throw SqlFunctionError{"Type " + type.name + " is not a defined system type."};
+  throw SqlFunctionError{"The embedded database engine cannot convert to type " + type.name + "."};
 }
 
 }  // namespace pxscheduler

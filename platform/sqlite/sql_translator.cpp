@@ -1,88 +1,34 @@
 #include "platform/sqlite/sql_translator.h"
 
-#include <algorithm>
 #include <array>
-#include <charconv>
-#include <initializer_list>
+#include <optional>
+#include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
-#include "platform/sqlite/sql_dates.h"
 #include "platform/sqlite/sql_functions.h"
-#include "platform/sqlite/sql_token.h"
+#include "platform/sqlite/sql_operand.h"
+#include "platform/sqlite/sql_settings.h"
+#include "platform/sqlite/sql_words.h"
 
 namespace pxscheduler {
 namespace {
 
 constexpr int kDeepestNesting = 200;
 
-// What an operand of an expression is known to be.
-enum class OperandKind { kUnknown, kColumn, kNumber, kDate, kText };
-
-struct Operand {
-  std::string sql;
-  OperandKind kind = OperandKind::kUnknown;
-  std::optional<std::string> literal;  // the text, when the operand is one string literal
-  bool is_select = false;              // a sub-select with its parentheses
-  bool has_collation = false;
-};
-
-bool IsOneOf(std::string_view word, std::initializer_list<std::string_view> words) {
-  return std::find(words.begin(), words.end(), word) != words.end();
-}
-
-// Words that never are a column, a table or a function.
-bool IsKeyword(std::string_view upper) {
-  static constexpr auto kKeywords = std::to_array<std::string_view>(
-      {"ALL",       "AND",    "AS",     "ASC",      "BETWEEN", "BY",    "CASE",   "COLLATE",
-       "CROSS",     "DELETE", "DESC",   "DISTINCT", "ELSE",    "END",   "ESCAPE", "EXCEPT",
-       "EXISTS",    "FROM",   "FULL",   "GROUP",    "HAVING",  "IN",    "INNER",  "INSERT",
-       "INTERSECT", "INTO",   "IS",     "JOIN",     "LEFT",    "LIKE",  "NOT",    "NULL",
-       "ON",        "OR",     "ORDER",  "OUTER",    "OVER",    "RIGHT", "SELECT", "SET",
-       "THEN",      "UNION",  "UPDATE", "USING",    "VALUES",  "WHEN",  "WHERE",  "WITH"});
-  return std::find(kKeywords.begin(), kKeywords.end(), upper) != kKeywords.end();
-}
-
-bool IsTableHint(std::string_view upper) {
-  return IsOneOf(upper, {"NOLOCK", "READUNCOMMITTED", "READCOMMITTED", "READPAST", "HOLDLOCK",
-                         "NOWAIT", "ROWLOCK", "PAGLOCK", "TABLOCK", "UPDLOCK", "SERIALIZABLE",
-                         "REPEATABLEREAD", "READCOMMITTEDLOCK"});
-}
-
-bool IsComparison(const SqlToken& token) {
-  return token.kind == SqlTokenKind::kSymbol &&
-         IsOneOf(token.text, {"=", "<", ">", "<=", ">=", "<>", "!="});
-}
-
-bool IsDateType(std::string_view upper) {
-  return IsOneOf(upper, {"DATE", "DATETIME", "DATETIME2", "SMALLDATETIME"});
-}
-
-OperandKind KindOfFunction(std::string_view upper) {
-  if (IsOneOf(upper, {"GETDATE", "DATEADD"})) return OperandKind::kDate;
-  if (IsOneOf(upper, {"YEAR", "MONTH", "DAY", "DATEPART", "DATEDIFF", "LEN", "CHARINDEX", "COUNT",
-                      "ABS", "ROUND", "AVG"}))
-    return OperandKind::kNumber;
-  if (IsOneOf(upper, {"SUBSTRING", "LEFT", "RIGHT", "UPPER", "LOWER", "CONCAT", "LTRIM", "RTRIM",
-                      "REPLACE"}))
-    return OperandKind::kText;
-  return OperandKind::kUnknown;
-}
-
 class Translator {
  public:
-  Translator(std::vector<SqlToken> tokens, const SqlSchema& schema)
-      : tokens_{std::move(tokens)}, schema_{schema} {}
+  Translator(std::string_view sql, const SqlSchema& schema) : cursor_{sql}, schema_{schema} {}
 
   TranslatedSql Translate() {
     TranslatedSql result;
-    while (TakeSymbol(";") || TakeSet(result.lock_timeout_ms)) {
-    }
-    while (Peek().kind != SqlTokenKind::kEnd) {
+    result.lock_timeout_ms = TakeSettings(cursor_);
+    while (cursor_.Peek().kind != SqlTokenKind::kEnd) {
       result.sql += Sequence(false).sql;
-      if (Peek().kind == SqlTokenKind::kEnd) break;
-      result.sql += Peek().text;  // ";", or a parenthesis that nothing opened
-      Advance();
+      if (cursor_.Peek().kind == SqlTokenKind::kEnd) break;
+      result.sql += cursor_.Peek().text;  // ";", or a parenthesis that nothing opened
+      cursor_.Advance();
     }
     return result;
   }
@@ -97,110 +43,63 @@ class Translator {
     bool is_select_list = false;
     int operands = 0;
     int words = 0;  // everything else
-    Operand last;
+    SqlOperand last;
   };
 
-  // Never past the end.
-  void Advance(std::size_t count = 1) { at_ = std::min(at_ + count, tokens_.size() - 1); }
+  // Nesting that is counted as long as it lasts.
+  class Nesting {
+   public:
+    explicit Nesting(int& depth) : depth_{depth} {
+      if (++depth_ > kDeepestNesting)
+        throw SqlSyntaxError{"Some part of your SQL statement is nested too deeply."};
+    }
+    Nesting(const Nesting&) = delete;
+    Nesting& operator=(const Nesting&) = delete;
+    ~Nesting() { --depth_; }
 
-  const SqlToken& Peek(std::size_t ahead = 0) const {
-    return tokens_[std::min(at_ + ahead, tokens_.size() - 1)];
-  }
-
-  bool SeesSymbol(std::string_view symbol, std::size_t ahead = 0) const {
-    return Peek(ahead).kind == SqlTokenKind::kSymbol && Peek(ahead).text == symbol;
-  }
-
-  bool SeesWord(std::string_view upper, std::size_t ahead = 0) const {
-    return Peek(ahead).kind == SqlTokenKind::kName && UpperAscii(Peek(ahead).text) == upper;
-  }
-
-  bool TakeSymbol(std::string_view symbol) {
-    const bool sees = SeesSymbol(symbol);
-    if (sees) Advance();
-    return sees;
-  }
-
-  bool TakeWord(std::string_view upper) {
-    const bool sees = SeesWord(upper);
-    if (sees) Advance();
-    return sees;
-  }
+   private:
+    int& depth_;
+  };
 
   static void Emit(std::string_view piece, std::string& sql) {
     if (!sql.empty() && sql.back() != '(' && piece != "," && piece != ")") sql += ' ';
     sql += piece;
   }
 
-  [[noreturn]] void RaiseSyntaxError() const {
-    const bool is_end = Peek().kind == SqlTokenKind::kEnd;
-    const std::string& near = is_end && at_ > 0 ? tokens_[at_ - 1].text : Peek().text;
-    throw SqlSyntaxError{"Incorrect syntax near '" + near + "'."};
-  }
-
-  // SET statements in front of the query. Nothing but the lock time-out has a meaning here.
-  bool TakeSet(std::optional<std::int64_t>& lock_timeout) {
-    if (!TakeWord("SET")) return false;
-    if (TakeWord("LOCK_TIMEOUT")) {
-      const bool is_negative = TakeSymbol("-");
-      const SqlToken& number = Peek();
-      std::int64_t value = 0;
-      const char* const end = number.text.data() + number.text.size();
-      const auto result = std::from_chars(number.text.data(), end, value);
-      if (number.kind != SqlTokenKind::kNumber || result.ec != std::errc{} || result.ptr != end ||
-          (is_negative && value != 1) || value > 2147483647)
-        RaiseSyntaxError();
-      Advance();
-      lock_timeout = is_negative ? -1 : value;
-    } else if (TakeWord("TRANSACTION")) {
-      if (!TakeWord("ISOLATION") || !TakeWord("LEVEL")) RaiseSyntaxError();
-      if (!TakeWord("SNAPSHOT") && !TakeWord("SERIALIZABLE")) Advance(2);  // "READ COMMITTED"
-    } else if (TakeWord("DATEFIRST") || TakeWord("ROWCOUNT")) {
-      // A row limit or another first day of the week would change what the query means.
-      --at_;
-      RaiseSyntaxError();
-    } else {
-      if (Peek().kind != SqlTokenKind::kName || Peek().text.starts_with('@')) RaiseSyntaxError();
-      Advance();
-      if (!TakeWord("ON") && !TakeWord("OFF")) RaiseSyntaxError();
-    }
-    return true;
-  }
-
   // Everything up to the level's closing parenthesis, a comma where the level is an argument, a ";"
   // or the end.
-  Operand Sequence(bool is_argument) {
-    if (++depth_ > kDeepestNesting)
-      throw SqlSyntaxError{"Some part of your SQL statement is nested too deeply."};
+  SqlOperand Sequence(bool is_argument) {
+    const Nesting nesting{depth_};
     Level level;
-    while (Peek().kind != SqlTokenKind::kEnd && !SeesSymbol(")") && !SeesSymbol(";") &&
-           !(is_argument && SeesSymbol(",")) && !(case_depth_ > 0 && SeesCaseWord()))
+    while (cursor_.Peek().kind != SqlTokenKind::kEnd && !cursor_.SeesSymbol(")") &&
+           !cursor_.SeesSymbol(";") && !(is_argument && cursor_.SeesSymbol(",")) &&
+           !(case_depth_ > 0 && SeesCaseWord()))
       Step(level);
     EndSelect(level);
-    --depth_;
-    Operand result;
+    SqlOperand result;
     if (level.operands == 1 && level.words == 0) result = level.last;
     result.sql = level.sql;
     return result;
   }
 
   bool SeesCaseWord() const {
-    return SeesWord("WHEN") || SeesWord("THEN") || SeesWord("ELSE") || SeesWord("END");
+    return cursor_.SeesWord("WHEN") || cursor_.SeesWord("THEN") || cursor_.SeesWord("ELSE") ||
+           cursor_.SeesWord("END");
   }
 
   void Step(Level& level) {
     if (level.is_select_list && TakeAssignedAlias(level)) return;
-    if (Peek().kind == SqlTokenKind::kName) {
+    if (cursor_.Peek().kind == SqlTokenKind::kName) {
       if (TakeHints() || TakeClause(level)) return;
-      const std::string upper = UpperAscii(Peek().text);
-      if (IsKeyword(upper) && !IsOneOf(upper, {"CASE", "NULL"}) && !SeesSymbol("(", 1))
+      const std::string upper = UpperAscii(cursor_.Peek().text);
+      if (IsKeyword(upper) && !IsOneOf(upper, {"CASE", "NULL"}) && !cursor_.SeesSymbol("(", 1))
         return TakeKeyword(upper, level);
       if (IsKeyword(upper) && !IsOneOf(upper, {"CASE", "LEFT", "NULL", "RIGHT"}))
         return TakeKeyword(upper, level);
-    } else if (Peek().kind == SqlTokenKind::kSymbol && !SeesSymbol("(") && !SeesSymbol("-") &&
-               !SeesSymbol("+")) {
-      Emit(Peek().text, level.sql);
-      Advance();
+    } else if (cursor_.Peek().kind == SqlTokenKind::kSymbol && !cursor_.SeesSymbol("(") &&
+               !cursor_.SeesSymbol("-") && !cursor_.SeesSymbol("+")) {
+      Emit(cursor_.Peek().text, level.sql);
+      cursor_.Advance();
       ++level.words;
       return;
     }
@@ -211,50 +110,46 @@ class Translator {
 
   // "WITH (NOLOCK)", "(NOLOCK)" after a table, and OPTION (...).
   bool TakeHints() {
-    if ((!SeesWord("WITH") && !SeesWord("OPTION")) || !SeesSymbol("(", 1)) return false;
-    Advance();
-    SkipParentheses();
+    if ((!cursor_.SeesWord("WITH") && !cursor_.SeesWord("OPTION")) || !cursor_.SeesSymbol("(", 1))
+      return false;
+    cursor_.Advance();
+    cursor_.SkipParentheses();
     return true;
-  }
-
-  void SkipParentheses() {
-    int depth = 0;
-    do {
-      if (SeesSymbol("(")) ++depth;
-      if (SeesSymbol(")")) --depth;
-      Advance();
-    } while (depth > 0 && Peek().kind != SqlTokenKind::kEnd);
   }
 
   // SELECT, what ends its list, and what ends it.
   bool TakeClause(Level& level) {
-    if (SeesWord("SELECT")) {
+    if (cursor_.SeesWord("SELECT")) {
       level.select_start = level.sql.size();
       level.is_select_list = true;
       ++level.words;
       Emit("SELECT", level.sql);
-      Advance();
+      cursor_.Advance();
       for (const char* word : {"ALL", "DISTINCT"})
-        if (TakeWord(word)) Emit(word, level.sql);
-      if (SeesWord("TOP")) TakeTop(level);
+        if (cursor_.TakeWord(word)) Emit(word, level.sql);
+      if (cursor_.SeesWord("TOP")) TakeTop(level);
       return true;
     }
-    if (SeesWord("FROM") || SeesWord("WHERE") || SeesWord("GROUP") || SeesWord("INTO"))
+    if (cursor_.SeesWord("FROM") || cursor_.SeesWord("WHERE") || cursor_.SeesWord("GROUP") ||
+        cursor_.SeesWord("INTO"))
       level.is_select_list = false;
-    const bool is_set_operator = SeesWord("UNION") || SeesWord("EXCEPT") || SeesWord("INTERSECT");
+    const bool is_set_operator =
+        cursor_.SeesWord("UNION") || cursor_.SeesWord("EXCEPT") || cursor_.SeesWord("INTERSECT");
     if (is_set_operator) level.is_compound = true;
-    if (is_set_operator || (level.is_compound && SeesWord("ORDER"))) EndSelect(level);
+    if (is_set_operator || (level.is_compound && cursor_.SeesWord("ORDER"))) EndSelect(level);
     return false;
   }
 
   void TakeTop(Level& level) {
-    if (Peek(1).kind == SqlTokenKind::kNumber && !SeesWord("PERCENT", 2) && !SeesWord("WITH", 2)) {
-      level.limit = Peek(1).text;
-      Advance(2);
-    } else if (SeesSymbol("(", 1)) {
-      Advance(2);
+    if (cursor_.Peek(1).kind == SqlTokenKind::kNumber && !cursor_.SeesWord("PERCENT", 2) &&
+        !cursor_.SeesWord("WITH", 2)) {
+      level.limit = cursor_.Peek(1).text;
+      cursor_.Advance(2);
+    } else if (cursor_.SeesSymbol("(", 1)) {
+      cursor_.Advance(2);
       level.limit = "(" + Sequence(false).sql + ")";
-      if (!TakeSymbol(")") || SeesWord("PERCENT") || SeesWord("WITH")) RaiseSyntaxError();
+      if (!cursor_.TakeSymbol(")") || cursor_.SeesWord("PERCENT") || cursor_.SeesWord("WITH"))
+        cursor_.RaiseSyntaxError();
     }
   }
 
@@ -275,13 +170,11 @@ class Translator {
   bool TakeAssignedAlias(Level& level) {
     const bool is_item_start = level.sql.ends_with(',') || level.sql.ends_with("SELECT") ||
                                level.sql.ends_with("DISTINCT") || level.sql.ends_with("ALL");
-    const SqlTokenKind kind = Peek().kind;
-    if (!is_item_start || !SeesSymbol("=", 1) ||
-        (kind != SqlTokenKind::kName && kind != SqlTokenKind::kQuotedName &&
-         kind != SqlTokenKind::kString))
+    if (!is_item_start || !cursor_.SeesSymbol("=", 1) ||
+        (!cursor_.SeesName() && cursor_.Peek().kind != SqlTokenKind::kString))
       return false;
-    const std::string name = SqlQuotedName(Peek().text);
-    Advance(2);
+    const std::string name = SqlQuotedName(cursor_.Peek().text);
+    cursor_.Advance(2);
     Emit(Additive().sql + " AS " + name, level.sql);
     ++level.words;
     return true;
@@ -289,354 +182,282 @@ class Translator {
 
   void TakeKeyword(const std::string& upper, Level& level) {
     ++level.words;
-    Advance();
+    cursor_.Advance();
     Emit(upper, level.sql);
-    if (upper != "AS" || Peek().kind != SqlTokenKind::kString) return;
-    Emit(SqlQuotedName(Peek().text), level.sql);
-    Advance();
+    if (upper != "AS" || cursor_.Peek().kind != SqlTokenKind::kString) return;
+    Emit(SqlQuotedName(cursor_.Peek().text), level.sql);
+    cursor_.Advance();
   }
 
-  Operand Comparison() {
-    Operand left = Additive();
-    const bool is_negated = SeesWord("NOT");
+  SqlOperand Comparison() {
+    SqlOperand left = Additive();
+    const bool is_negated = cursor_.SeesWord("NOT");
     const std::size_t word = is_negated ? 1 : 0;
-    if (IsComparison(Peek())) {
-      const std::string symbol = Peek().text;
-      Advance();
+    if (IsComparison(cursor_.Peek())) {
+      const std::string symbol = cursor_.Take().text;
       for (const char* quantifier : {"ALL", "ANY", "SOME"})
-        if (SeesWord(quantifier) && SeesSymbol("(", 1)) RaiseSyntaxError();
-      Operand right = Additive();
-      RequireOneValue(left);
-      RequireOneValue(right);
-      AlignLiteral(left, right);
-      const std::string right_sql = Collated(right, left);
-      return {left.sql + symbol + right_sql, OperandKind::kUnknown, {}, false, false};
+        if (cursor_.SeesWord(quantifier) && cursor_.SeesSymbol("(", 1)) cursor_.RaiseSyntaxError();
+      return CompareOperands(std::move(left), symbol, Additive());
     }
-    if (SeesWord("BETWEEN", word)) {
-      Advance(word + 1);
-      Operand low = Additive();
-      if (!TakeWord("AND")) RaiseSyntaxError();
-      Operand high = Additive();
-      AlignLiteral(left, low);
-      AlignLiteral(left, high);
-      return {left.sql + (is_negated ? " NOT" : "") + " BETWEEN " + Collated(low, left) + " AND " +
-                  Collated(high, left),
-              OperandKind::kUnknown,
-              {},
-              false,
-              false};
+    if (cursor_.SeesWord("BETWEEN", word)) {
+      cursor_.Advance(word + 1);
+      SqlOperand low = Additive();
+      cursor_.RequireWord("AND");
+      return CompareWithRange(std::move(left), is_negated, std::move(low), Additive());
     }
-    if (SeesWord("IN", word) && SeesSymbol("(", word + 1) && !SeesWord("SELECT", word + 2)) {
-      Advance(word + 2);
-      return List(left, is_negated);
+    if (cursor_.SeesWord("IN", word) && cursor_.SeesSymbol("(", word + 1) &&
+        !cursor_.SeesWord("SELECT", word + 2)) {
+      cursor_.Advance(word + 2);
+      return CompareWithList(std::move(left), is_negated, Arguments());
     }
     return left;
   }
 
-  // The values after IN, which SQLite compares by the collation of the left side.
-  Operand List(Operand left, bool is_negated) {
-    std::string values;
-    bool has_text = false;
-    while (!SeesSymbol(")") && Peek().kind != SqlTokenKind::kEnd) {
-      Operand value = Sequence(true);
-      AlignLiteral(left, value);
-      has_text = has_text || value.kind == OperandKind::kText;
-      values += (values.empty() ? "" : ",") + value.sql;
-      if (!TakeSymbol(",")) break;
-    }
-    if (!TakeSymbol(")")) RaiseSyntaxError();
-    if (has_text && !left.has_collation) left.sql = "(" + left.sql + ") COLLATE " + kSqlCollation;
-    return {left.sql + (is_negated ? " NOT" : "") + " IN (" + values + ")",
-            OperandKind::kUnknown,
-            {},
-            false,
-            false};
+  // What stands between commas, up to the parenthesis that closes it.
+  std::vector<SqlOperand> Arguments() {
+    std::vector<SqlOperand> arguments;
+    if (cursor_.TakeSymbol(")")) return arguments;
+    do {
+      arguments.push_back(Sequence(true));
+    } while (cursor_.TakeSymbol(","));
+    cursor_.RequireSymbol(")");
+    return arguments;
   }
 
-  static bool IsDate(const Operand& operand) { return operand.kind == OperandKind::kDate; }
-
-  // A literal in the form of what it is compared with: a date as the engine's dates are written,
-  // 'True' as 1.
-  static void AlignLiteral(Operand& left, Operand& right) {
-    Operand& literal = left.literal ? left : right;
-    const Operand& other = left.literal ? right : left;
-    if (!literal.literal) return;
-    if (IsDate(other)) {
-      const std::optional<SqlMoment> date = ReadSqlDate(*literal.literal);
-      if (date) literal.sql = SqlStringLiteral(WriteSqlMoment(*date));
-    } else if (other.kind == OperandKind::kNumber) {
-      const std::string upper = UpperAscii(*literal.literal);
-      if (upper == "TRUE" || upper == "FALSE") literal.sql = upper == "TRUE" ? "1" : "0";
-    }
-  }
-
-  static std::string Collated(const Operand& right, const Operand& left) {
-    const auto needs_none = [](const Operand& operand) {
-      return operand.has_collation || operand.kind == OperandKind::kNumber;
-    };
-    if (needs_none(left) || needs_none(right) ||
-        (left.kind == OperandKind::kColumn && right.kind == OperandKind::kColumn))
-      return right.sql;
-    return "(" + right.sql + ") COLLATE " + kSqlCollation;
-  }
-
-  static void RequireOneValue(Operand& operand) {
-    if (!operand.is_select) return;
-    operand.sql = "(WITH ONLY_VALUE(V) AS " + operand.sql + " SELECT " + kSqlOnlyValue +
-                  "(V) FROM ONLY_VALUE)";
-    operand.is_select = false;
-  }
-
-  Operand Additive() {
-    Operand left = Term();
-    while (SeesSymbol("+") || SeesSymbol("-")) {
-      const bool is_sum = SeesSymbol("+");
-      Advance();
-      const Operand right = Term();
-      Operand result;
-      if (left.kind == OperandKind::kNumber && right.kind == OperandKind::kNumber) {
-        result.sql = left.sql + (is_sum ? "+" : "- ") + right.sql;
-        result.kind = OperandKind::kNumber;
-      } else {
-        result.sql =
-            std::string{is_sum ? kSqlAdd : kSqlSubtract} + "(" + left.sql + "," + right.sql + ")";
-        if (IsDate(left) != IsDate(right))
-          result.kind = OperandKind::kDate;
-        else if (left.kind == OperandKind::kText || right.kind == OperandKind::kText)
-          result.kind = OperandKind::kText;
-      }
-      left = std::move(result);
+  SqlOperand Additive() {
+    SqlOperand left = Term();
+    while (cursor_.SeesSymbol("+") || cursor_.SeesSymbol("-")) {
+      const bool is_sum = cursor_.Take().text == "+";
+      left = AddOperands(left, Term(), is_sum);
     }
     return left;
   }
 
-  Operand Term() {
-    Operand left = Unary();
-    while (SeesSymbol("*") || SeesSymbol("/") || SeesSymbol("%")) {
-      left.sql += Peek().text;
-      Advance();
-      left = {left.sql + Unary().sql, OperandKind::kNumber, {}, false, false};
+  SqlOperand Term() {
+    SqlOperand left = Unary();
+    while (cursor_.SeesSymbol("*") || cursor_.SeesSymbol("/") || cursor_.SeesSymbol("%")) {
+      left.sql += cursor_.Peek().text;
+      cursor_.Advance();
+      left = {left.sql + Unary().sql, SqlKind::kNumber, {}, false, false};
     }
     return left;
   }
 
-  Operand Unary() {
+  SqlOperand Unary() {
     std::string signs;
-    while (SeesSymbol("-") || SeesSymbol("+") || SeesSymbol("~")) {
-      if (!SeesSymbol("+")) signs += " " + Peek().text;
-      Advance();
+    while (cursor_.SeesSymbol("-") || cursor_.SeesSymbol("+") || cursor_.SeesSymbol("~")) {
+      if (!cursor_.SeesSymbol("+")) signs += " " + cursor_.Peek().text;
+      cursor_.Advance();
     }
-    Operand operand = Primary();
+    SqlOperand operand = Primary();
     if (signs.empty()) return operand;
-    return {signs + operand.sql, OperandKind::kNumber, {}, false, false};
+    return {signs + operand.sql, SqlKind::kNumber, {}, false, false};
   }
 
-  Operand Primary() {
-    Operand operand = PrimaryWithoutCollation();
-    if (!TakeWord("COLLATE")) return operand;
-    if (Peek().kind != SqlTokenKind::kName && Peek().kind != SqlTokenKind::kQuotedName)
-      RaiseSyntaxError();
-    operand.sql += " COLLATE " + SqlQuotedName(Peek().text);
+  SqlOperand Primary() {
+    SqlOperand operand = PrimaryWithoutCollation();
+    if (!cursor_.TakeWord("COLLATE")) return operand;
+    if (!cursor_.SeesName()) cursor_.RaiseSyntaxError();
+    operand.sql += " COLLATE " + SqlQuotedName(cursor_.Take().text);
     operand.has_collation = true;
-    Advance();
     return operand;
   }
 
-  Operand PrimaryWithoutCollation() {
-    const SqlToken& token = Peek();
+  SqlOperand PrimaryWithoutCollation() {
+    const SqlToken token = cursor_.Peek();
     if (token.kind == SqlTokenKind::kString) {
-      Advance();
-      return {SqlStringLiteral(token.text), OperandKind::kText, token.text, false, false};
+      cursor_.Advance();
+      return {SqlStringLiteral(token.text), SqlKind::kText, token.text, false, false};
     }
     if (token.kind == SqlTokenKind::kNumber) {
-      Advance();
-      return {token.text, OperandKind::kNumber, {}, false, false};
+      cursor_.Advance();
+      return {token.text, SqlKind::kNumber, {}, false, false};
     }
-    if (SeesSymbol("(")) return Parenthesized();
-    if (SeesWord("CASE")) return Case();
-    if (SeesWord("NULL")) {
-      Advance();
-      return {"NULL", OperandKind::kUnknown, {}, false, false};
+    if (cursor_.SeesSymbol("(")) return Parenthesized();
+    if (cursor_.SeesWord("CASE")) return Case();
+    if (cursor_.SeesWord("NULL")) {
+      cursor_.Advance();
+      return {"NULL", SqlKind::kUnknown, {}, false, false};
     }
     const bool is_name = token.kind == SqlTokenKind::kQuotedName ||
                          (token.kind == SqlTokenKind::kName &&
-                          (!IsKeyword(UpperAscii(token.text)) || SeesSymbol("(", 1)));
+                          (!IsKeyword(UpperAscii(token.text)) || cursor_.SeesSymbol("(", 1)));
     if (is_name) return Name();
-    RaiseSyntaxError();
+    cursor_.RaiseSyntaxError();
   }
 
-  Operand Parenthesized() {
-    Advance();
-    const bool is_select = SeesWord("SELECT");
+  SqlOperand Parenthesized() {
+    cursor_.Advance();
+    const bool is_select = cursor_.SeesWord("SELECT");
     const int outer_case_depth = std::exchange(case_depth_, 0);
-    Operand inner = Sequence(false);
-    inner.sql = "(" + inner.sql;
+    SqlOperand inner = Sequence(false);
     case_depth_ = outer_case_depth;
-    if (!TakeSymbol(")")) RaiseSyntaxError();
-    inner.sql += ")";
+    cursor_.RequireSymbol(")");
+    inner.sql = "(" + inner.sql + ")";
     inner.is_select = is_select;
-    if (is_select) inner.kind = OperandKind::kUnknown;
+    if (is_select) inner.kind = SqlKind::kUnknown;
     return inner;
   }
 
-  Operand Case() {
-    Advance();
+  SqlOperand Case() {
+    cursor_.Advance();
     ++case_depth_;
     std::string sql = "CASE";
-    while (!SeesWord("END")) {
-      if (Peek().kind == SqlTokenKind::kEnd) RaiseSyntaxError();
-      const bool is_when = SeesWord("WHEN");
+    while (!cursor_.SeesWord("END")) {
+      if (cursor_.Peek().kind == SqlTokenKind::kEnd) cursor_.RaiseSyntaxError();
+      const bool is_when = cursor_.SeesWord("WHEN");
       if (SeesCaseWord()) {
-        Emit(UpperAscii(Peek().text), sql);
-        Advance();
+        Emit(UpperAscii(cursor_.Peek().text), sql);
+        cursor_.Advance();
       }
-      const std::size_t start = at_;
-      const Operand part = Sequence(false);
-      if (at_ == start) RaiseSyntaxError();
+      if (SeesCaseWord() || cursor_.SeesSymbol(")") || cursor_.SeesSymbol(";"))
+        cursor_.RaiseSyntaxError();
+      const SqlOperand part = Sequence(false);
       const bool is_text = is_when && part.literal;
       Emit(is_text ? part.sql + " COLLATE " + kSqlCollation : part.sql, sql);
     }
-    Advance();
+    cursor_.Advance();
     --case_depth_;
-    return {sql + " END", OperandKind::kUnknown, {}, false, false};
+    return {sql + " END", SqlKind::kUnknown, {}, false, false};
   }
 
   // A column, a table or a function, with what stands before it: [Agency].dbo.Clients.Email.
-  Operand Name() {
+  SqlOperand Name() {
     std::vector<SqlToken> parts;
     do {
-      if (SeesSymbol(".")) {
+      if (cursor_.SeesSymbol(".")) {
         parts.push_back({SqlTokenKind::kName, ""});
       } else {
-        if (Peek().kind != SqlTokenKind::kName && Peek().kind != SqlTokenKind::kQuotedName &&
-            !SeesSymbol("*"))
-          RaiseSyntaxError();
-        parts.push_back(Peek());
-        Advance();
+        if (!cursor_.SeesName() && !cursor_.SeesSymbol("*")) cursor_.RaiseSyntaxError();
+        parts.push_back(cursor_.Take());
       }
-    } while (TakeSymbol("."));
+    } while (cursor_.TakeSymbol("."));
     const auto is_part = [&parts](std::string_view upper) {
       return parts.size() > 1 && UpperAscii(parts[0].text) == upper;
     };
     if (parts.size() > 2 && is_part(UpperAscii(schema_.database))) parts.erase(parts.begin());
     if (is_part("DBO") || is_part("")) parts.erase(parts.begin());
-    if (SeesSymbol("(")) {
-      if (Peek(1).kind == SqlTokenKind::kName && IsTableHint(UpperAscii(Peek(1).text)))
-        SkipParentheses();
+    if (cursor_.SeesSymbol("(")) {
+      if (cursor_.Peek(1).kind == SqlTokenKind::kName &&
+          IsTableHint(UpperAscii(cursor_.Peek(1).text)))
+        cursor_.SkipParentheses();
       else if (parts.size() == 1)
         return Function(parts[0]);
     }
-    Operand operand{"", OperandKind::kColumn, {}, false, false};
+    SqlOperand operand{"", SqlKind::kColumn, {}, false, false};
     for (const SqlToken& part : parts) {
       if (!operand.sql.empty()) operand.sql += '.';
       operand.sql += part.kind == SqlTokenKind::kQuotedName ? SqlQuotedName(part.text) : part.text;
     }
     const std::string column = UpperAscii(parts.back().text);
     if (column == "CURRENT_TIMESTAMP" && parts.size() == 1)
-      return {"GETDATE()", OperandKind::kDate, {}, false, false};
+      return {"GETDATE()", SqlKind::kDate, {}, false, false};
     const auto type = schema_.column_types.find(column);
     if (type == schema_.column_types.end()) return operand;
-    if (type->second == ColumnType::kDateTime) operand.kind = OperandKind::kDate;
+    if (type->second == ColumnType::kDateTime) operand.kind = SqlKind::kDate;
     if (type->second != ColumnType::kDateTime && type->second != ColumnType::kText)
-      operand.kind = OperandKind::kNumber;
+      operand.kind = SqlKind::kNumber;
     return operand;
   }
 
-  Operand Function(const SqlToken& name) {
-    Advance();
+  SqlOperand Function(const SqlToken& name) {
+    cursor_.Advance();
     const std::string upper = UpperAscii(name.text);
     const int outer_case_depth = std::exchange(case_depth_, 0);
-    Operand result = name.kind == SqlTokenKind::kQuotedName ? Call(SqlQuotedName(name.text), upper)
-                     : upper == "CONVERT"                   ? Convert()
-                     : upper == "CAST"                      ? Cast()
-                                       : Call(NameForSqlite(upper, name.text), upper);
+    SqlOperand result = name.kind == SqlTokenKind::kQuotedName
+                            ? Call(SqlQuotedName(name.text), upper)
+                        : upper == "CONVERT" ? Convert()
+                        : upper == "CAST"    ? Cast()
+                                             : Call(NameForSqlite(upper, name.text), upper);
     case_depth_ = outer_case_depth;
     return result;
   }
 
-  // LEFT, RIGHT and ISNULL are keywords to SQLite.
+  // LEFT, RIGHT and ISNULL are keywords of SQLite.
   static std::string NameForSqlite(const std::string& upper, const std::string& name) {
     if (IsOneOf(upper, {"LEFT", "RIGHT", "ISNULL"})) return SqlQuotedName(upper);
     return upper == "SYSDATETIME" ? "GETDATE" : name;
   }
 
-  Operand Call(std::string function, const std::string& upper) {
-    Operand result{std::move(function), KindOfFunction(upper), {}, false, false};
-    result.sql += '(';
-    if (upper == "SYSDATETIME") result.kind = OperandKind::kDate;
-    if (IsOneOf(upper, {"DATEDIFF", "DATEADD", "DATEPART"}) && Peek().kind == SqlTokenKind::kName) {
-      result.sql += SqlStringLiteral(Peek().text);
-      Advance();
-      if (!SeesSymbol(",")) RaiseSyntaxError();
+  SqlOperand Call(const std::string& function, const std::string& upper) {
+    SqlOperand result{function + "(", KindOfSqlFunction(upper), {}, false, false};
+    if (IsOneOf(upper, {"DATEDIFF", "DATEADD", "DATEPART"}) &&
+        cursor_.Peek().kind == SqlTokenKind::kName) {
+      result.sql += SqlStringLiteral(cursor_.Take().text) + ",";
+      cursor_.RequireSymbol(",");
     }
-    const bool takes_kind = IsOneOf(upper, {"ISNULL", "COALESCE", "NULLIF", "MIN", "MAX"});
-    while (!SeesSymbol(")") && Peek().kind != SqlTokenKind::kEnd && !SeesSymbol(";")) {
-      if (TakeSymbol(",")) {
-        result.sql += ',';
-        continue;
-      }
-      const Operand argument = Sequence(true);
-      if (takes_kind && (result.kind == OperandKind::kUnknown || IsDate(argument)) &&
-          argument.kind != OperandKind::kColumn)
-        result.kind = argument.kind;
-      result.sql += argument.sql;
-    }
-    if (!TakeSymbol(")")) RaiseSyntaxError();
+    std::vector<SqlOperand> arguments = Arguments();
+    if (IsOneOf(upper, {"ISNULL", "COALESCE", "NULLIF", "MIN", "MAX"}))
+      result.kind = ShareKind(arguments);
+    for (std::size_t at = 0; at < arguments.size(); ++at)
+      result.sql += (at == 0 ? "" : ",") + arguments[at].sql;
     result.sql += ')';
     return result;
   }
 
-  // "name", "name(length)" or "name(precision, scale)", as the arguments of CONVERT.
-  std::string Type(OperandKind& kind) {
-    const std::string name = UpperAscii(Peek().text);
-    if (Peek().kind != SqlTokenKind::kName && Peek().kind != SqlTokenKind::kQuotedName)
-      RaiseSyntaxError();
-    Advance();
-    std::array<std::string, 2> sizes = {"NULL", "NULL"};
-    if (TakeSymbol("(")) {
-      for (std::string& size : sizes) {
-        if (Peek().kind != SqlTokenKind::kNumber && !SeesWord("MAX")) RaiseSyntaxError();
-        size = SeesWord("MAX") ? "-1" : Peek().text;
-        Advance();
-        if (!TakeSymbol(",")) break;
-      }
-      if (!TakeSymbol(")")) RaiseSyntaxError();
+  // The kind of a function that gives one of its arguments: a date where one of them is.
+  static SqlKind ShareKind(std::vector<SqlOperand>& arguments) {
+    SqlKind kind = SqlKind::kUnknown;
+    for (SqlOperand& argument : arguments) {
+      for (SqlOperand& other : arguments) AlignLiteral(argument, other);
+      const bool is_known = argument.kind != SqlKind::kColumn;
+      if (is_known && (kind == SqlKind::kUnknown || argument.kind == SqlKind::kDate))
+        kind = argument.kind;
     }
-    kind = IsDateType(name)                         ? OperandKind::kDate
-           : name.find("CHAR") != std::string::npos ? OperandKind::kText
-                                                    : OperandKind::kNumber;
+    return kind;
+  }
+
+  // "name", "name(length)" or "name(precision, scale)", as the arguments of CONVERT.
+  std::string Type(SqlKind& kind) {
+    if (!cursor_.SeesName()) cursor_.RaiseSyntaxError();
+    const std::string name = UpperAscii(cursor_.Take().text);
+    std::array<std::string, 2> sizes = {"NULL", "NULL"};
+    if (cursor_.TakeSymbol("(")) {
+      for (std::string& size : sizes) {
+        if (cursor_.Peek().kind != SqlTokenKind::kNumber && !cursor_.SeesWord("MAX"))
+          cursor_.RaiseSyntaxError();
+        size = cursor_.SeesWord("MAX") ? "-1" : cursor_.Peek().text;
+        cursor_.Advance();
+        if (!cursor_.TakeSymbol(",")) break;
+      }
+      cursor_.RequireSymbol(")");
+    }
+    kind = IsDateType(name)                         ? SqlKind::kDate
+           : name.find("CHAR") != std::string::npos ? SqlKind::kText
+                                                    : SqlKind::kNumber;
     return SqlStringLiteral(name) + "," + sizes[0] + "," + sizes[1];
   }
 
-  static Operand Converted(const std::string& type, OperandKind kind, const Operand& value,
-                           std::string style) {
+  static SqlOperand Converted(const std::string& type, SqlKind kind, const SqlOperand& value,
+                              std::string style) {
     // Without a style a date becomes text in style 0.
-    if (style.empty()) style = kind == OperandKind::kText && IsDate(value) ? "0" : "NULL";
+    if (style.empty())
+      style = kind == SqlKind::kText && value.kind == SqlKind::kDate ? "0" : "NULL";
     return {"CONVERT(" + type + "," + value.sql + "," + style + ")", kind, {}, false, false};
   }
 
-  Operand Convert() {
-    OperandKind kind{};
+  SqlOperand Convert() {
+    SqlKind kind{};
     const std::string type = Type(kind);
-    if (!TakeSymbol(",")) RaiseSyntaxError();
-    const Operand value = Sequence(true);
-    const std::string style = TakeSymbol(",") ? Sequence(true).sql : "";
-    if (!TakeSymbol(")")) RaiseSyntaxError();
+    cursor_.RequireSymbol(",");
+    const SqlOperand value = Sequence(true);
+    const std::string style = cursor_.TakeSymbol(",") ? Sequence(true).sql : "";
+    cursor_.RequireSymbol(")");
     return Converted(type, kind, value, style);
   }
 
-  Operand Cast() {
-    const Operand value = Additive();
-    if (!TakeWord("AS")) RaiseSyntaxError();
-    OperandKind kind{};
+  SqlOperand Cast() {
+    const Nesting nesting{depth_};
+    const SqlOperand value = Additive();
+    cursor_.RequireWord("AS");
+    SqlKind kind{};
     const std::string type = Type(kind);
-    if (!TakeSymbol(")")) RaiseSyntaxError();
+    cursor_.RequireSymbol(")");
     return Converted(type, kind, value, "");
   }
 
-  std::vector<SqlToken> tokens_;
+  SqlCursor cursor_;
   const SqlSchema& schema_;
-  std::size_t at_ = 0;
   int depth_ = 0;
   int case_depth_ = 0;
 };
@@ -644,12 +465,7 @@ class Translator {
 }  // namespace
 
 TranslatedSql TranslateSql(std::string_view sql, const SqlSchema& schema) {
-  std::string unclosed;
-  std::vector<SqlToken> tokens = ReadSqlTokens(sql, unclosed);
-  if (!unclosed.empty())
-    throw SqlSyntaxError{"Unclosed quotation mark after the character string '" +
-                         tokens[tokens.size() - 2].text + "'."};
-  return Translator{std::move(tokens), schema}.Translate();
+  return Translator{sql, schema}.Translate();
 }
 
 }  // namespace pxscheduler

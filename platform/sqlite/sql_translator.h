@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "platform/sqlite/sql_cursor.h"
 #include "platform/sqlite/sql_schema.h"
 
 namespace pxscheduler {
@@ -12,11 +13,6 @@ namespace pxscheduler {
 struct TranslatedSql {
   std::string sql;                              // for SQLite; may be empty
   std::optional<std::int64_t> lock_timeout_ms;  // of a SET LOCK_TIMEOUT, -1 for no limit
-};
-
-// A statement that cannot be translated, with SQL Server's text.
-struct SqlSyntaxError {
-  std::string description;
 };
 
 // Rewrites a Transact-SQL query (UTF-8) for SQLite with the functions of sql_functions.h:

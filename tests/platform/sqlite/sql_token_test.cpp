@@ -19,7 +19,7 @@ TEST(SqlTokenTest, TakesStatementsApart) {
       {" \t\r\n\xC2\xA0 -- all", {}},
       {"a.[b]]c]+N'it''s'",
        {{kName, "a"}, {kSymbol, "."}, {kQuotedName, "b]c"}, {kSymbol, "+"}, {kString, "it's"}}},
-      {"\"a\"\"b\"'-- [x] /*'", {{kQuotedName, "a\"b"}, {kString, "-- [x] /*"}}},
+      {R"("a""b"'-- [x] /*')", {{kQuotedName, "a\"b"}, {kString, "-- [x] /*"}}},
       {"a/* 'x /* nested */ ] */b--'\nc", {{kName, "a"}, {kName, "b"}, {kName, "c"}}},
       {"1.5e-3.2E+x",
        {{kNumber, "1.5e-3"}, {kNumber, ".2"}, {kName, "E"}, {kSymbol, "+"}, {kName, "x"}}},

@@ -87,6 +87,9 @@ TEST(SqlTranslatorTest, ComparesAsSqlServerDoes) {
       {"Name='x'", "Name=('x') COLLATE SQLSERVER"},
       {"Name='x' COLLATE Latin1_General_CS_AS", "Name='x' COLLATE \"Latin1_General_CS_AS\""},
       {"Number='5'", "Number='5'"},
+      {"Number IN ('5')", "Number IN ('5')"},
+      {"COALESCE(TravelDate,'19000101')<'2000-01-01'",
+       "COALESCE(TravelDate,'1900-01-01 00:00:00')<('2000-01-01 00:00:00') COLLATE SQLSERVER"},
       {"a.Id=b.Id", "a.Id=b.Id"},
       {"SendEmail='True'", "SendEmail=1"},
       {"'20261116'<=TravelDate", "'2026-11-16 00:00:00'<=(TravelDate) COLLATE SQLSERVER"},
@@ -141,8 +144,11 @@ TEST(SqlTranslatorTest, RefusesWhatTheServerWould) {
       {"SELECT CONVERT(varchar(x), a)", "Incorrect syntax near 'x'."},
   };
   for (const auto& [sql, description] : kCases) EXPECT_EQ(ErrorOf(sql), description) << sql;
-  EXPECT_EQ(ErrorOf("SELECT " + std::string(100000, '(')),
-            "Some part of your SQL statement is nested too deeply.");
+  for (const std::string opening : {"(", "CAST(", "CASE ", "f(", "SELECT TOP (", "a IN ("}) {
+    std::string sql = "SELECT ";
+    for (int depth = 0; depth < 5000; ++depth) sql += opening;
+    EXPECT_EQ(ErrorOf(sql), "Some part of your SQL statement is nested too deeply.") << opening;
+  }
 }
 
 }  // namespace

@@ -244,7 +244,8 @@ TEST_F(SqliteSessionTest, RefusesWhatTheServerRejects) {
        "<, <= , >, >= or when the subquery is used as an expression."},
   };
   for (const auto& [sql, error] : kCases)
-    EXPECT_EQ(ErrorOf([&] { Open()->Query(sql); }), "-2147217900 " + error) << ToUtf8(sql);
+    EXPECT_EQ(ErrorOf([&, &query = sql] { Open()->Query(query); }), "-2147217900 " + error)
+        << ToUtf8(sql);
 }
 
 TEST_F(SqliteSessionTest, WritesNothing) {
