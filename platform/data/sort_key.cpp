@@ -22,7 +22,7 @@ constexpr char kPositive = 3;
 template <typename Unsigned>
 void AppendBigEndian(Unsigned number, std::string& out) {
   for (int shift = static_cast<int>(sizeof number - 1) * 8; shift >= 0; shift -= 8)
-    out += static_cast<char>(number >> shift & 0xFFU);
+    out += static_cast<char>(std::uint64_t{number} >> static_cast<unsigned>(shift) & 0xFFU);
 }
 
 // A number's significant digits without outer zeros, and the power of ten of the first of them.

@@ -72,7 +72,7 @@ Value RandomValue(std::mt19937& random) {
     case 1:
       return below(2) == 1;
     case 2:
-      return static_cast<std::int64_t>(random() << below(33)) - (std::int64_t{1} << below(63));
+      return static_cast<std::int64_t>(random() << below(31)) - (std::int64_t{1} << below(63));
     case 3:
       return static_cast<float>(below(1000)) / 8 - 60;
     case 4:
