@@ -5,9 +5,9 @@
 namespace pxscheduler {
 
 std::size_t BracketTokenLength(std::wstring_view text) {
-  constexpr std::size_t longest = 42;
+  constexpr std::size_t kLongest = 42;
   if (!text.starts_with(L'[')) return 0;
-  for (std::size_t i = 1; i < text.size() && i < longest; ++i) {
+  for (std::size_t i = 1; i < text.size() && i < kLongest; ++i) {
     if (text[i] == L']') return i > 1 ? i + 1 : 0;
     const bool letter = text[i] >= 0x80 ? std::iswspace(static_cast<std::wint_t>(text[i])) == 0
                                         : std::iswalnum(static_cast<std::wint_t>(text[i])) != 0;

@@ -35,9 +35,9 @@ std::string Pixels(std::int64_t twips) {
 }
 
 std::string ColourName(Colour colour) {
-  static constexpr std::string_view digits = "0123456789abcdef";
+  static constexpr std::string_view kDigits = "0123456789abcdef";
   std::string name = "#";
-  for (int shift = 20; shift >= 0; shift -= 4) name += digits[colour >> shift & 0xF];
+  for (int shift = 20; shift >= 0; shift -= 4) name += kDigits[colour >> shift & 0xF];
   return name;
 }
 
@@ -68,13 +68,13 @@ std::string FontFamilies(const Font& font) {
 }
 
 std::string BorderValue(const Border& border) {
-  static constexpr std::array<std::string_view, 5> styles = {"none", "solid", "double", "dotted",
-                                                             "dashed"};
+  static constexpr std::array<std::string_view, 5> kStyles = {"none", "solid", "double", "dotted",
+                                                              "dashed"};
   if (border.style == BorderStyle::kNone) return "none";
   // A double border of less than three pixels shows as a single one.
   const int least = border.style == BorderStyle::kDouble ? 45 : 10;
   const int width = std::max<int>(border.width, least);
-  return Points(width) + " " + std::string(styles.at(static_cast<std::size_t>(border.style))) +
+  return Points(width) + " " + std::string(kStyles.at(static_cast<std::size_t>(border.style))) +
          " " + ColourName(border.colour == kAutomatic ? 0 : border.colour);
 }
 
@@ -87,8 +87,8 @@ std::string FourSides(std::int64_t top, std::int64_t right, std::int64_t bottom,
 }
 
 void AddBorders(const Borders& borders, Css& css) {
-  static constexpr std::array<std::string_view, 4> names = {"border-top", "border-right",
-                                                            "border-bottom", "border-left"};
+  static constexpr std::array<std::string_view, 4> kNames = {"border-top", "border-right",
+                                                             "border-bottom", "border-left"};
   const auto same = [&](const Border& border) {
     return BorderValue(border) == BorderValue(borders.front());
   };
@@ -99,7 +99,7 @@ void AddBorders(const Borders& borders, Css& css) {
   }
   for (std::size_t side = 0; side < borders.size(); ++side)
     if (borders.at(side).style != BorderStyle::kNone)
-      css.Add(names.at(side), BorderValue(borders.at(side)));
+      css.Add(kNames.at(side), BorderValue(borders.at(side)));
 }
 
 }  // namespace pxscheduler

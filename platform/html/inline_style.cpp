@@ -27,9 +27,9 @@ std::optional<int> BlankLines(const std::wstring& length) {
   wchar_t* unit = nullptr;
   double points = std::wcstod(length.c_str(), &unit);
   if (unit == length.c_str()) return std::nullopt;
-  constexpr std::array<std::pair<std::wstring_view, double>, 6> units = {
+  constexpr std::array<std::pair<std::wstring_view, double>, 6> kUnits = {
       {{L"px", 0.75}, {L"em", 12}, {L"rem", 12}, {L"cm", 28.35}, {L"mm", 2.835}, {L"in", 72}}};
-  for (const auto& [name, factor] : units)
+  for (const auto& [name, factor] : kUnits)
     if (name == unit) points *= factor;
   return points < 5 ? 0 : 1;
 }
@@ -47,7 +47,7 @@ void ReadMargins(const std::wstring& value, InlineStyle& style) {
 }
 
 wchar_t ListStyle(const std::wstring& value) {
-  constexpr std::array<std::pair<std::wstring_view, wchar_t>, 7> styles = {
+  constexpr std::array<std::pair<std::wstring_view, wchar_t>, 7> kStyles = {
       {{L"decimal", L'1'},
        {L"lower-alpha", L'a'},
        {L"lower-latin", L'a'},
@@ -55,7 +55,7 @@ wchar_t ListStyle(const std::wstring& value) {
        {L"upper-latin", L'A'},
        {L"lower-roman", L'i'},
        {L"upper-roman", L'I'}}};
-  for (const auto& [name, style] : styles)
+  for (const auto& [name, style] : kStyles)
     if (value == name) return style;
   return 0;
 }

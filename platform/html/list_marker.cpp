@@ -15,21 +15,21 @@ std::wstring Letters(long number) {
 }
 
 std::wstring RomanNumeral(long number) {
-  constexpr std::array<std::pair<long, std::wstring_view>, 13> digits = {{{1000, L"m"},
-                                                                          {900, L"cm"},
-                                                                          {500, L"d"},
-                                                                          {400, L"cd"},
-                                                                          {100, L"c"},
-                                                                          {90, L"xc"},
-                                                                          {50, L"l"},
-                                                                          {40, L"xl"},
-                                                                          {10, L"x"},
-                                                                          {9, L"ix"},
-                                                                          {5, L"v"},
-                                                                          {4, L"iv"},
-                                                                          {1, L"i"}}};
+  constexpr std::array<std::pair<long, std::wstring_view>, 13> kDigits = {{{1000, L"m"},
+                                                                           {900, L"cm"},
+                                                                           {500, L"d"},
+                                                                           {400, L"cd"},
+                                                                           {100, L"c"},
+                                                                           {90, L"xc"},
+                                                                           {50, L"l"},
+                                                                           {40, L"xl"},
+                                                                           {10, L"x"},
+                                                                           {9, L"ix"},
+                                                                           {5, L"v"},
+                                                                           {4, L"iv"},
+                                                                           {1, L"i"}}};
   std::wstring numeral;
-  for (const auto& [value, digit] : digits)
+  for (const auto& [value, digit] : kDigits)
     for (; number >= value; number -= value) numeral += digit;
   return numeral;
 }

@@ -20,8 +20,8 @@ void SetPosition(Reading& reading, TextPosition position, bool on) {
 // Characters that have a word of their own.
 template <char16_t... kCharacters>
 void Append(Reading& reading, const Word&) {
-  static constexpr wchar_t text[] = {static_cast<wchar_t>(kCharacters)..., L'\0'};
-  reading.AppendText(text);
+  static constexpr wchar_t kText[] = {static_cast<wchar_t>(kCharacters)..., L'\0'};
+  reading.AppendText(kText);
 }
 
 }  // namespace

@@ -36,13 +36,13 @@ std::vector<std::wstring> Arguments(std::wstring_view instruction) {
 }
 
 std::wstring WithTokens(std::wstring_view address) {
-  constexpr std::size_t longest = 80;
+  constexpr std::size_t kLongest = 80;
   std::wstring result;
   while (!address.empty()) {
     if (address.starts_with(L"%5B") || address.starts_with(L"%5b")) {
       std::wstring token = L"[";
       std::size_t at = 3;
-      for (; at < address.size() && at < longest && !token.ends_with(L']'); ++at) {
+      for (; at < address.size() && at < kLongest && !token.ends_with(L']'); ++at) {
         const std::wstring_view rest = address.substr(at);
         const bool blank = rest.starts_with(L"%20");
         const bool end = rest.starts_with(L"%5D") || rest.starts_with(L"%5d");

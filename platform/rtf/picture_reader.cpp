@@ -30,21 +30,21 @@ std::string LittleEndianBytes(std::uint32_t number) {
 // A BMP file of a device-independent bitmap: the file header, which says where the pixels begin,
 // and the bitmap as it is (Windows, BITMAPFILEHEADER and BITMAPINFOHEADER). "" for anything else.
 std::string BmpOfDib(const std::string& dib) {
-  constexpr std::size_t core_header = 12;
-  constexpr std::size_t info_header = 40;
-  constexpr std::uint32_t bit_fields = 3;
-  if (dib.size() < core_header) return {};
+  constexpr std::size_t kCoreHeader = 12;
+  constexpr std::size_t kInfoHeader = 40;
+  constexpr std::uint32_t kBitFields = 3;
+  if (dib.size() < kCoreHeader) return {};
   const std::uint32_t header = LittleEndian(dib, 0, 4);
   std::size_t palette = 0;
-  if (header == core_header) {
+  if (header == kCoreHeader) {
     const std::uint32_t depth = LittleEndian(dib, 10, 2);
     palette = depth <= 8 ? (std::size_t{1} << depth) * 3 : 0;
-  } else if (header >= info_header && header <= 124 && dib.size() >= info_header) {
+  } else if (header >= kInfoHeader && header <= 124 && dib.size() >= kInfoHeader) {
     const std::uint32_t depth = LittleEndian(dib, 14, 2);
     const std::uint32_t used = LittleEndian(dib, 32, 4);
     if (used > 256) return {};
     palette = (used > 0 ? used : depth <= 8 ? std::size_t{1} << depth : 0) * 4;
-    if (header == info_header && LittleEndian(dib, 16, 4) == bit_fields) palette += 12;
+    if (header == kInfoHeader && LittleEndian(dib, 16, 4) == kBitFields) palette += 12;
   } else {
     return {};
   }
@@ -57,12 +57,12 @@ std::string BmpOfDib(const std::string& dib) {
 // The size on paper of one dimension, in twips; 0 where the document does not say.
 std::int32_t ShownSize(std::int32_t goal, std::int32_t pixels, std::int32_t scale,
                        std::int32_t crop_before, std::int32_t crop_after) {
-  constexpr std::int64_t longest = 31680;  // 22 inches, the largest page
+  constexpr std::int64_t kLongest = 31680;  // 22 inches, the largest page
   std::int64_t size = goal > 0 ? goal : std::int64_t{std::max(0, pixels)} * kTwipsPerPixel;
   if (size == 0) return 0;
   size -= std::int64_t{crop_before} + crop_after;
   size = size * (scale > 0 ? scale : 100) / 100;
-  return static_cast<std::int32_t>(std::clamp<std::int64_t>(size, 1, longest));
+  return static_cast<std::int32_t>(std::clamp<std::int64_t>(size, 1, kLongest));
 }
 
 }  // namespace

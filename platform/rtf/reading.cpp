@@ -26,13 +26,13 @@ bool IsControlCharacter(wchar_t character) {
 
 // The Windows code page of a character set number (RTF 1.9.1, "\fcharset"); 0 for the document's.
 std::int32_t CodePageOfCharset(std::int32_t charset) {
-  static constexpr std::array<std::pair<std::int32_t, std::int32_t>, 20> pages = {
+  static constexpr std::array<std::pair<std::int32_t, std::int32_t>, 20> kPages = {
       {{0, 1252},   {77, 10000}, {78, 932},   {128, 932},  {129, 949},  {130, 1361}, {134, 936},
        {136, 950},  {161, 1253}, {162, 1254}, {163, 1258}, {177, 1255}, {178, 1256}, {186, 1257},
        {204, 1251}, {222, 874},  {238, 1250}, {254, 437},  {255, 850},  {256, 10000}}};
   const auto* found =
-      std::ranges::find(pages, charset, &std::pair<std::int32_t, std::int32_t>::first);
-  return found == pages.end() ? 0 : found->second;
+      std::ranges::find(kPages, charset, &std::pair<std::int32_t, std::int32_t>::first);
+  return found == kPages.end() ? 0 : found->second;
 }
 
 }  // namespace

@@ -20,11 +20,11 @@ constexpr std::size_t kLargestDocument = std::size_t{1} << 30;
 constexpr PageLayout kOwnPage = {11906, 16838, 1440, 1440, 1440, 1440};
 
 std::int32_t PageLayout::*PageValue(int index) {
-  static constexpr std::array<std::int32_t PageLayout::*, TextControl::kPageValues> values = {
+  static constexpr std::array<std::int32_t PageLayout::*, TextControl::kPageValues> kValues = {
       &PageLayout::width,      &PageLayout::height,       &PageLayout::left_margin,
       &PageLayout::top_margin, &PageLayout::right_margin, &PageLayout::bottom_margin};
   if (index < 0 || index >= TextControl::kPageValues) throw InvalidProcedureCall();
-  return values.at(static_cast<std::size_t>(index));
+  return kValues.at(static_cast<std::size_t>(index));
 }
 
 bool HasControlCharacters(std::string_view bytes) {
