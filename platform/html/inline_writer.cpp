@@ -106,6 +106,9 @@ class RunWriter {
         position_(std::int64_t{format_.left_indent} + format_.first_indent) {}
 
   void Write() {
+    for (std::uint32_t i = 0; i < paragraph_.run_count && !has_tabs_; ++i)
+      has_tabs_ =
+          TextOf(document_.runs[paragraph_.first_run + i]).find(L'\t') != std::wstring_view::npos;
     for (std::uint32_t i = 0; i < paragraph_.run_count; ++i)
       WriteRun(document_.runs[paragraph_.first_run + i]);
     Close(element_);
@@ -113,6 +116,12 @@ class RunWriter {
   }
 
  private:
+  std::wstring_view TextOf(const Run& run) const {
+    return run.kind == Run::Kind::kText
+               ? std::wstring_view(document_.text).substr(run.begin, run.length)
+               : std::wstring_view();
+  }
+
   void WriteRun(const Run& run) {
     if (run.kind == Run::Kind::kBookmark) {
       WriteBookmark(document_.bookmarks[run.begin]);
@@ -137,7 +146,7 @@ class RunWriter {
       Close(element_);
       Open(element_, std::move(tag));
     }
-    WriteText(std::wstring_view(document_.text).substr(run.begin, run.length), format);
+    WriteText(TextOf(run), format);
   }
 
   Tag TagFor(const CharacterFormat& format) {
@@ -204,10 +213,10 @@ class RunWriter {
             html_ += "&nbsp;";
           }
           after_blank_ = !after_blank_;
-          position_ += RoughWidth(L' ') * format.half_points / 10;
+          if (has_tabs_) position_ += RoughWidth(L' ') * format.half_points / 10;
           break;
         default:
-          position_ += RoughWidth(text[i]) * format.half_points / 10;
+          if (has_tabs_) position_ += RoughWidth(text[i]) * format.half_points / 10;
           after_blank_ = false;
       }
     }
@@ -241,6 +250,7 @@ class RunWriter {
   Tag link_element_;
   CharacterFormat link_format_;
   std::uint32_t link_ = 0;
+  bool has_tabs_ = false;
   std::int64_t position_;    // on the line, from the left page margin, in twips
   bool after_blank_ = true;  // what comes next stands after a blank or at the start of a line
 };

@@ -39,6 +39,7 @@ std::int32_t CodePageOfCharset(std::int32_t charset) {
 
 Reading::Reading(std::string_view bytes, const CodePages& code_pages)
     : tokens_(bytes), code_pages_(code_pages), document_code_page_(&code_pages.Ansi()) {
+  document.text.reserve(bytes.size());  // pages that no text reaches cost nothing
   words_.reserve(600);
   AddCharacterWords(words_);
   AddParagraphWords(words_);
@@ -301,18 +302,18 @@ void Reading::HandleBytes(std::string_view bytes) {
 
 void Reading::Flush() {
   if (pending_.empty()) return;
-  const std::string bytes = std::exchange(pending_, {});
+  wide_.clear();
   if (state.font.symbols != SymbolSet::kNone && InBody()) {
-    std::wstring text;
-    for (const char byte : bytes)
-      text += SymbolText(state.font.symbols, static_cast<unsigned char>(byte));
-    Take(text);
-  } else if (IsAscii(bytes)) {
-    Take(std::wstring(bytes.begin(), bytes.end()));
+    for (const char byte : pending_)
+      wide_ += SymbolText(state.font.symbols, static_cast<unsigned char>(byte));
+  } else if (IsAscii(pending_)) {
+    wide_.assign(pending_.begin(), pending_.end());
   } else {
     const CodePage* page = state.font.code_page;
-    Take((page == nullptr ? *document_code_page_ : *page).FromBytes(bytes));
+    wide_ = (page == nullptr ? *document_code_page_ : *page).FromBytes(pending_);
   }
+  pending_.clear();
+  Take(wide_);
 }
 
 void Reading::Take(std::wstring_view text) {

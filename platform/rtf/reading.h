@@ -217,6 +217,7 @@ class Reading {
   std::size_t unsaved_groups_ = 0;
   std::array<RowInProgress, 2> rows_;
   std::string pending_;                // bytes not yet decoded
+  std::wstring wide_;                  // the same, decoded
   std::int32_t fallback_to_skip_ = 0;  // characters
   char32_t high_surrogate_ = 0;
   bool ignorable_ = false;  // "\*" has been read
