@@ -30,6 +30,7 @@ Token FindToken(std::wstring_view text, std::size_t from) {
     for (std::size_t i = at; i < std::min(text.size(), at + kLongest) && token.end == 0; ++i) {
       if (!IsUnseen(text[i])) token.plain += text[i] == L'\u00A0' ? L' ' : text[i];
       if (text[i] == L']') token.end = i + 1;
+      if (text[i] == L'[' && i > at) break;
     }
     if (token.end > 0 && BracketTokenLength(token.plain) == token.plain.size()) return token;
   }
