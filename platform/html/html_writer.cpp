@@ -12,6 +12,7 @@
 
 #include "platform/code_page.h"
 #include "platform/html/css.h"
+#include "platform/html/html_page.h"
 #include "platform/html/inline_writer.h"
 #include "platform/html/table_grid.h"
 
@@ -58,7 +59,7 @@ class BlockWriter {
     for (std::size_t i = 0; i < blocks.size(); ++i) {
       switch (blocks[i].kind) {
         case Block::Kind::kParagraph:
-          if (!Covered()) WriteParagraph(document_.paragraphs[blocks[i].index]);
+          if (!Covered()) WriteParagraph(blocks, i);
           break;
         case Block::Kind::kTableStart:
           StartTable(blocks, i);
@@ -67,6 +68,7 @@ class BlockWriter {
           StartRow(blocks[i].index);
           break;
         case Block::Kind::kCellStart:
+          space_above_ = 0;
           StartCell();
           break;
         case Block::Kind::kCellEnd:
@@ -76,6 +78,7 @@ class BlockWriter {
           EndRow();
           break;
         case Block::Kind::kTableEnd:
+          space_above_ = 0;
           EndTable();
           break;
       }
@@ -107,28 +110,41 @@ class BlockWriter {
     return std::ranges::any_of(tables_, [](const OpenTable& table) { return table.covered; });
   }
 
-  // The left edge that indents count from in the HTML: that of the page, a cell, a box or a list.
-  void WriteParagraph(const Paragraph& paragraph) {
-    const ParagraphFormat& format = document_.paragraph_formats[paragraph.format];
+  const ParagraphFormat& FormatOf(const Block& block) const {
+    return document_.paragraph_formats[document_.paragraphs[block.index].format];
+  }
+
+  void WriteParagraph(const std::vector<Block>& blocks, std::size_t at) {
+    const Paragraph& paragraph = document_.paragraphs[blocks[at].index];
+    const ParagraphFormat& format = FormatOf(blocks[at]);
     // Without text, the end of the paragraph gives it its height.
     const CharacterFormat& otherwise =
         paragraph.run_count > 0 ? around_ : document_.character_formats[paragraph.mark_format];
     const CharacterFormat prevailing = PrevailingFormat(document_, paragraph, otherwise);
+    // From the edge of the page, the cell, the box or the list that it stands in.
     std::int32_t left = format.left_indent;
+    std::int32_t before = format.space_before;
+    std::int32_t after = format.space_after;
     std::string name = format.heading > 0 ? "h" + std::to_string(format.heading) : "p";
     Css css;
     if (format.list > 0) {
       CloseBox();
+      before = SpaceBefore(before);
       left -= OpenItemList(format);
       name = "li";
     } else {
       CloseLists(0);
       if (box_ && !InBox(format)) CloseBox();
-      if (!box_ && HasBox(format)) OpenBox(format);
-      if (box_) left = 0;
+      const bool opens_box = !box_ && HasBox(format);
+      if (opens_box) OpenBox(blocks, at);
+      before = opens_box ? 0 : SpaceBefore(before);
+      if (box_) {
+        left = 0;
+        if (at == box_end_) after = 0;
+      }
     }
-    css.Add("margin", FourSides(format.space_before, box_ ? 0 : format.right_indent,
-                                format.space_after, left));
+    space_above_ = after;
+    css.Add("margin", FourSides(before, box_ ? 0 : format.right_indent, after, left));
     AddParagraphStyle(format, css);
     CharacterFormat outside = around_;
     if (format.heading > 0 && format.list == 0) {  // browsers show headings large and bold
@@ -151,7 +167,8 @@ class BlockWriter {
     const Alignment usual = format.right_to_left ? Alignment::kRight : Alignment::kLeft;
     if (format.alignment != usual) css.Add("text-align", AlignmentName(format.alignment));
     if (format.line_spacing == LineSpacing::kMultiple && format.line_height != 240)
-      css.Add("line-height", std::to_string(format.line_height * 100 / 240) + "%");
+      // A line of a word processor is that of the font, about 1.15 of its size.
+      css.Add("line-height", std::to_string((format.line_height * 115 + 120) / 240) + "%");
     if (format.line_spacing == LineSpacing::kExact) {
       css.Add("line-height", Points(format.line_height));
       css.Add("mso-line-height-rule", "exactly");
@@ -171,11 +188,24 @@ class BlockWriter {
            format.left_indent == box_->left_indent && format.right_indent == box_->right_indent;
   }
 
-  void OpenBox(const ParagraphFormat& format) {
+  // CSS shows the larger of two neighbouring margins; most documents mean their sum.
+  std::int32_t SpaceBefore(std::int32_t space) const {
+    return space > 0 && !document_.spacing_collapses ? space + space_above_ : space;
+  }
+
+  void OpenBox(const std::vector<Block>& blocks, std::size_t at) {
+    const ParagraphFormat& format = FormatOf(blocks[at]);
     box_ = format;
+    box_end_ = at;
+    while (box_end_ + 1 < blocks.size() && blocks[box_end_ + 1].kind == Block::Kind::kParagraph &&
+           FormatOf(blocks[box_end_ + 1]).list == 0 && InBox(FormatOf(blocks[box_end_ + 1])))
+      ++box_end_;
+    box_space_after_ = FormatOf(blocks[box_end_]).space_after;
+    // The spaces around the first and the last paragraph are outside the borders.
     Css css;
-    if (format.left_indent != 0 || format.right_indent != 0)
-      css.Add("margin", FourSides(0, format.right_indent, 0, format.left_indent));
+    const std::string margin = FourSides(SpaceBefore(format.space_before), format.right_indent,
+                                         box_space_after_, format.left_indent);
+    if (margin != "0") css.Add("margin", margin);
     AddBorders(format.borders, css);
     const auto space = [&](Side side) { return format.borders.at(side).space; };
     if (space(kTop) + space(kRight) + space(kBottom) + space(kLeft) > 0)
@@ -185,7 +215,9 @@ class BlockWriter {
   }
 
   void CloseBox() {
-    if (box_) html_ += "</div>\n";
+    if (!box_) return;
+    html_ += "</div>\n";
+    space_above_ = box_space_after_;
     box_.reset();
   }
 
@@ -331,7 +363,8 @@ class BlockWriter {
 
   void OpenCellElement(const RowFormat& row, const GridCell& cell) {
     Css css;
-    css.Add("width", Points(std::max(0, cell.width - row.padding[kLeft] - row.padding[kRight])));
+    if (!tables_.back().grid.rows[tables_.back().row - 1].same_columns)
+      css.Add("width", Points(std::max(0, cell.width - row.padding[kLeft] - row.padding[kRight])));
     if (row.height > 0 && cell.row_span == 1) css.Add("height", Points(row.height));
     if (const auto& padding = row.padding;
         std::ranges::any_of(padding, [](auto p) { return p > 0; }))
@@ -368,6 +401,9 @@ class BlockWriter {
       counters_;  // items so far, by list and level
   std::vector<OpenTable> tables_;
   std::optional<ParagraphFormat> box_;
+  std::size_t box_end_ = 0;           // the last block in it
+  std::int32_t box_space_after_ = 0;  // below it, in twips
+  std::int32_t space_above_ = 0;      // below what stands above the next paragraph
 };
 
 // The font and size of most of the document.
@@ -388,34 +424,6 @@ CharacterFormat PrevailingFont(const Document& document) {
 }
 
 }  // namespace
-
-std::string PageRule(const PageLayout& page) {
-  return "@page{size:" + Points(page.width) + " " + Points(page.height) + ";margin:" +
-         FourSides(page.top_margin, page.right_margin, page.bottom_margin, page.left_margin) + "}";
-}
-
-std::string HtmlStart(const PageLayout& page, const std::string& body_style) {
-  // On paper the margins are the page's, not the body's.
-  std::string html =
-      "<!DOCTYPE html>\n<html><head>\n"
-      "<meta http-equiv=\"Content-Type\" content=\"text/html; charset=utf-8\">\n"
-      "<style>" +
-      PageRule(page) +
-      "@media print{body{width:auto!important;padding:0!important}}</style>\n"
-      "</head>\n";
-  Css css;
-  css.Add("margin", "0");
-  css.Add("box-sizing", "border-box");
-  css.Add("width", Points(page.width));
-  css.Add("max-width", "100%");
-  css.Add("padding",
-          FourSides(page.top_margin, page.right_margin, page.bottom_margin, page.left_margin));
-  std::string body = "<body" + css.Attribute();
-  if (!body_style.empty()) body.insert(body.size() - 1, ";" + body_style);
-  return html + body + ">\n";
-}
-
-std::string HtmlEnd() { return "</body></html>\n"; }
 
 std::string WriteHtml(const Document& document, const PageLayout& page) {
   const CharacterFormat around = PrevailingFont(document);

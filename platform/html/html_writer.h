@@ -6,14 +6,6 @@
 
 namespace pxscheduler {
 
-// The start of an HTML file whose body has the page's width and margins, up to and including the
-// body's start tag. `body_style` is more declarations for the body, or "".
-std::string HtmlStart(const PageLayout& page, const std::string& body_style);
-std::string HtmlEnd();
-
-// The rule that prints a page as the word processor would: "@page{...}".
-std::string PageRule(const PageLayout& page);
-
 // The document as one HTML file (UTF-8) for mail programs: styles stand on the elements, pictures
 // are data: URIs (RFC 2397), notes follow the text.
 std::string WriteHtml(const Document& document, const PageLayout& page);

@@ -130,6 +130,9 @@ class Renderer : public HtmlHandler {
     if (hidden_ == 0) {
       if (IsBlock(name)) {
         FinishParagraph();
+        // What an alignment in the cell says is meant for the cell.
+        if (style.right_aligned && !tables_.empty() && tables_.back().in_cell)
+          tables_.back().cell.right_aligned = true;
         const int usual = StandsApart(name) && !(IsOneOf(name, {"ul", "ol"}) && !lists_.empty());
         Flow& flow = flows_.back();
         flow.blank_lines = std::max(flow.blank_lines, style.margin_top.value_or(usual));

@@ -82,6 +82,9 @@ TableGrid FormGrid(const std::vector<const RowFormat*>& rows,
   for (std::size_t r = 0; r < rows.size(); ++r) {
     std::vector<ColumnRange> ranges;
     grid.rows.push_back(FormRow(*rows[r], row_edges[r], edges, ranges));
+    grid.rows[r].same_columns = r > 0 && row_edges[r] == row_edges[r - 1] &&
+                                std::ranges::equal(grid.rows[r].cells, grid.rows[r - 1].cells, {},
+                                                   &GridCell::joins_left, &GridCell::joins_left);
     std::map<ColumnRange, std::pair<std::size_t, std::size_t>> heads;
     for (std::size_t c = 0; c < ranges.size(); ++c) {
       GridCell& cell = grid.rows[r].cells[c];

@@ -21,6 +21,7 @@ struct GridCell {
 struct GridRow {
   std::vector<GridCell> cells;
   std::size_t columns_before = 0;  // empty ones at its start
+  bool same_columns = false;       // as in the row above, whose widths say it all
 };
 
 struct TableGrid {

@@ -199,6 +199,7 @@ struct Document {
   std::vector<Block> body;
   std::vector<Block> notes;
   std::int32_t default_tab = 720;
+  bool spacing_collapses = false;  // the larger of two paragraphs' spaces counts, not their sum
   PageLayout page;
 };
 

@@ -46,6 +46,8 @@ void AddHeaderWords(WordTable& words) {
   add("deftab",
       [](Reading& r, const Word& w) { r.document.default_tab = std::clamp(w.Or(720), 1, 31680); });
 
+  add("htmautsp", [](Reading& r, const Word& w) { r.document.spacing_collapses = w.On(); });
+
   add("fonttbl", [](Reading& r, const Word&) { r.Begin(Destination::kFontTable); });
   add("froman", SetFamily<FontFamily::kSerif>);
   add("fswiss", SetFamily<FontFamily::kSansSerif>);

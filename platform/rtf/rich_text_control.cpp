@@ -6,6 +6,7 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/html/html_page.h"
 #include "platform/html/html_writer.h"
 #include "platform/html/inline_writer.h"
 #include "platform/rtf/rtf_reader.h"

@@ -56,7 +56,8 @@ TEST(PlainText, RendersEachElement) {
 TEST(PlainText, RendersTables) {
   const Case cases[] = {
       {"<table><tr><th>Trip</th><th>Price</th></tr><tr><td>Lisbon, 4 nights</td>"
-       "<td align=right>399</td></tr><tr><td>Rome</td><td style='text-align:right'>1,250</td></tr>"
+       "<td align=right>399</td></tr><tr><td>Rome</td><td><p "
+       "style='text-align:right'>1,250</p></td></tr>"
        "</table>",
        "Trip              Price\n----------------  -----\nLisbon, 4 nights    399\nRome            "
        "  1,250\n"},

@@ -95,7 +95,7 @@ TEST(RtfConversion, ParagraphFormats) {
        "<p style=\"margin:6pt 5pt 12pt 36pt;text-indent:-18pt;text-align:center\">x</p>"
        "<p style=\"margin:0\">y</p>"},
       {R"(\sl360\slmult1 x\par\pard\sl-240 y)",
-       "<p style=\"margin:0;line-height:150%\">x</p>"
+       "<p style=\"margin:0;line-height:173%\">x</p>"
        "<p style=\"margin:0;line-height:12pt;mso-line-height-rule:exactly\">y</p>"},
       {R"(\box\brdrs\brdrw20\brsp40\cbpat1 a\par b\par\pard c)",
        "<div style=\"border:1pt solid #000000;padding:2pt;background-color:#ff0000\">"
@@ -183,7 +183,7 @@ TEST(RtfConversion, Tables) {
        "\\trowd\\trgaph0\\clvmrg\\cellx1440\\cellx2880\\intbl\\cell c\\row",
        table + "144pt" + font + row + R"(<td colspan="2" style="width:144pt">)" + p("wide") +
            p("&nbsp;") + "</td></tr>" + row + R"(<td rowspan="2" style="width:72pt">)" + p("high") +
-           "</td>" + cell + p("b") + "</td></tr>" + row + cell + p("c") + "</td></tr></table>"},
+           "</td>" + cell + p("b") + "</td></tr>" + row + "<td>" + p("c") + "</td></tr></table>"},
       // Edges that only some rows have.
       {"\\trowd\\trgaph0\\cellx2880\\intbl a\\cell\\row"
        "\\trowd\\trgaph0\\cellx1440\\cellx2885\\intbl b\\cell c\\cell\\row",
