@@ -34,7 +34,7 @@ TEST(ValueTest, BecomesText) {
   const struct {
     Value value;
     std::wstring text;
-  } kCases[] = {
+  } cases[] = {
       {std::monostate{}, L""},
       {true, L"True"},
       {false, L"False"},
@@ -59,16 +59,16 @@ TEST(ValueTest, BecomesText) {
       {DateTime{sys_days{year{2026} / 11 / 16}, hours{15}}, L"11/16/2026 3:00:00 PM"},
       {std::wstring{L"a\0b", 3}, std::wstring{L"a\0b", 3}},
   };
-  for (const auto& [value, text] : kCases) EXPECT_EQ(TextOf(regional, value), text);
+  for (const auto& [value, text] : cases) EXPECT_EQ(TextOf(regional, value), text);
 }
 
 TEST(ValueTest, CountsAsTrueUnlessZeroOrNull) {
-  const std::vector<Value> kTrue = {true,       std::int64_t{-1}, 0.25F, -1e-300, Decimal{"0.01"},
-                                    DateTime{}, L" tRUE ",        L"2"};
-  for (const Value& value : kTrue) EXPECT_TRUE(IsTrue(value)) << value.index();
-  const std::vector<Value> kFalse = {std::monostate{}, false,    std::int64_t{0}, 0.0F, -0.0,
-                                     Decimal{"-0.00"}, L"False", L"0.0"};
-  for (const Value& value : kFalse) EXPECT_FALSE(IsTrue(value)) << value.index();
+  const std::vector<Value> true_values = {
+      true, std::int64_t{-1}, 0.25F, -1e-300, Decimal{"0.01"}, DateTime{}, L" tRUE ", L"2"};
+  for (const Value& value : true_values) EXPECT_TRUE(IsTrue(value)) << value.index();
+  const std::vector<Value> false_values = {std::monostate{}, false,    std::int64_t{0}, 0.0F, -0.0,
+                                           Decimal{"-0.00"}, L"False", L"0.0"};
+  for (const Value& value : false_values) EXPECT_FALSE(IsTrue(value)) << value.index();
 }
 
 TEST(ValueTest, ReadsABooleanFromText) {
@@ -85,13 +85,13 @@ TEST(ValueTest, ReadsTheNumberAtTheStartOfAText) {
   const struct {
     std::wstring text;
     double number;
-  } kCases[] = {
+  } cases[] = {
       {L"", 0},       {L"abc", 0},     {L" 25 ", 25},  {L"2 5", 25},  {L"- 1 0.5x", -10.5},
       {L"+7", 7},     {L"3.4.5", 3.4}, {L".5", 0.5},   {L"1,000", 1}, {L"1e3", 1000},
       {L"1E+", 1},    {L"2D2", 200},   {L"1E-999", 0}, {L"--5", 0},   {L"587/tcp", 587},
       {L"0.0000", 0}, {L"4\u0665", 4},
   };
-  for (const auto& [text, number] : kCases) EXPECT_EQ(LeadingNumber(text), number) << text;
+  for (const auto& [text, number] : cases) EXPECT_EQ(LeadingNumber(text), number) << text;
   EXPECT_EQ(ErrorOf([] { LeadingNumber(L"1E999"); }), 6);
   EXPECT_EQ(ErrorOf([] { LeadingNumber(std::wstring(400, L'9')); }), 6);
   EXPECT_EQ(LeadingNumber(L"0." + std::wstring(400, L'0') + L"1"), 0);
@@ -101,17 +101,17 @@ TEST(ValueTest, RoundsHalvesToTheEvenNeighbour) {
   const struct {
     double number;
     std::int32_t whole;
-  } kCases[] = {{0.5, 0},
-                {1.5, 2},
-                {2.5, 2},
-                {-0.5, 0},
-                {-1.5, -2},
-                {-2.5, -2},
-                {2.4999, 2},
-                {2.5001, 3},
-                {2147483647.5 - 1, 2147483646},
-                {-2147483648.5, std::numeric_limits<std::int32_t>::min()}};
-  for (const auto& [number, whole] : kCases) EXPECT_EQ(ToWholeNumber(number), whole) << number;
+  } cases[] = {{0.5, 0},
+               {1.5, 2},
+               {2.5, 2},
+               {-0.5, 0},
+               {-1.5, -2},
+               {-2.5, -2},
+               {2.4999, 2},
+               {2.5001, 3},
+               {2147483647.5 - 1, 2147483646},
+               {-2147483648.5, std::numeric_limits<std::int32_t>::min()}};
+  for (const auto& [number, whole] : cases) EXPECT_EQ(ToWholeNumber(number), whole) << number;
   for (const double number : {2147483647.5, -2147483649.0, 1e300, std::nan("")})
     EXPECT_EQ(ErrorOf([&] { ToWholeNumber(number); }), 6) << number;
 }

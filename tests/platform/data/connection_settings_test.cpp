@@ -9,7 +9,7 @@ TEST(ConnectionSettingsTest, ReadsConnectionStrings) {
   const struct {
     std::wstring text;
     ConnectionSettings settings;
-  } kCases[] = {
+  } cases[] = {
       {L"Provider=SQLOLEDB;Persist Security Info=False;User ID=appuser;Password=tonal;"
        L"Initial Catalog=Agency;Data Source=server\\orbalis",
        {L"SQLOLEDB", L"appuser", L"tonal", L"Agency", L"server\\orbalis"}},
@@ -23,7 +23,7 @@ TEST(ConnectionSettingsTest, ReadsConnectionStrings) {
        {L"SQLOLEDB", L"", L"", L"", L"sqlite:/a b/c.db"}},
       {L"", {}},
   };
-  for (const auto& [text, settings] : kCases) {
+  for (const auto& [text, settings] : cases) {
     const ConnectionSettings read = ReadConnectionString(text);
     EXPECT_EQ(read.provider, settings.provider) << text;
     EXPECT_EQ(read.user_id, settings.user_id) << text;

@@ -141,7 +141,7 @@ TEST(RowStoreTest, JoinsACharacterSplitBetweenPieces) {
 TEST(RowStoreTest, SortsEachKindByItsValue) {
   using Integer = std::int64_t;
   const double infinity = std::numeric_limits<double>::infinity();
-  const std::vector<Value> kSorted = {
+  const std::vector<Value> ascending = {
       std::monostate{},
       -infinity,
       -1e300,
@@ -187,11 +187,11 @@ TEST(RowStoreTest, SortsEachKindByItsValue) {
       L"\uFFFD",
       L"\U0001F600",
   };
-  std::vector<Value> values = kSorted;
+  std::vector<Value> values = ascending;
   std::mt19937 random{2};
   for (int round = 0; round < 20; ++round) {
     std::shuffle(values.begin(), values.end(), random);
-    EXPECT_EQ(SortedColumn(values), kSorted) << round;
+    EXPECT_EQ(SortedColumn(values), ascending) << round;
   }
 }
 
@@ -227,9 +227,9 @@ TEST(RowStoreTest, FindsColumnsWithoutCase) {
   const struct {
     std::wstring name;
     std::optional<std::size_t> column;
-  } kCases[] = {{L"email", 0}, {L"Birthdate", 1}, {L"", 3},        {L"STRAßE", 4},  {L"éTÉ", 5},
-                {L"ETÉ", 6},   {L"Emai", {}},     {L"Email ", {}}, {L"Straxe", {}}, {L"Ete", {}}};
-  for (const auto& [name, column] : kCases) EXPECT_EQ(rows.FindColumn(name), column) << name;
+  } cases[] = {{L"email", 0}, {L"Birthdate", 1}, {L"", 3},        {L"STRAßE", 4},  {L"éTÉ", 5},
+               {L"ETÉ", 6},   {L"Emai", {}},     {L"Email ", {}}, {L"Straxe", {}}, {L"Ete", {}}};
+  for (const auto& [name, column] : cases) EXPECT_EQ(rows.FindColumn(name), column) << name;
   EXPECT_EQ(RowStore{}.FindColumn(L"Email"), std::nullopt);
 }
 

@@ -19,7 +19,7 @@ TEST(SqlDatesTest, ReadsDates) {
   const struct {
     std::string text;
     std::string written;  // "" where the text is no date
-  } kCases[] = {
+  } cases[] = {
       {"2026-11-16", "2026-11-16 00:00:00"},
       {" 2026-1-5 ", "2026-01-05 00:00:00"},
       {"20261116", "2026-11-16 00:00:00"},
@@ -45,7 +45,7 @@ TEST(SqlDatesTest, ReadsDates) {
       {"202611161", ""},
       {"November", ""},
   };
-  for (const auto& [text, written] : kCases) {
+  for (const auto& [text, written] : cases) {
     const std::optional<SqlMoment> moment = ReadSqlDate(text);
     EXPECT_EQ(moment ? WriteSqlMoment(*moment) : "", written) << text;
   }
@@ -58,7 +58,7 @@ TEST(SqlDatesTest, CountsBoundaries) {
     std::string from;
     std::string to;
     std::int64_t difference;
-  } kCases[] = {
+  } cases[] = {
       {DatePart::kYear, "2025-12-31 23:59:59", "2026-01-01", 1},
       {DatePart::kYear, "2026-01-01", "2026-12-31", 0},
       {DatePart::kYear, "2026-01-01", "1926-12-31", -100},
@@ -75,7 +75,7 @@ TEST(SqlDatesTest, CountsBoundaries) {
       {DatePart::kSecond, "1960-01-01 00:00:00.999", "1960-01-01 00:00:01", 1},
       {DatePart::kMillisecond, "2026-11-16", "2026-11-16 00:00:00.010", 10},
   };
-  for (const auto& [part, from, to, difference] : kCases)
+  for (const auto& [part, from, to, difference] : cases)
     EXPECT_EQ(DateDifference(part, At(from), At(to)), difference) << from << " " << to;
 }
 
@@ -85,7 +85,7 @@ TEST(SqlDatesTest, AddsParts) {
     std::int64_t count;
     std::string from;
     std::string to;
-  } kCases[] = {
+  } cases[] = {
       {DatePart::kYear, 1, "2024-02-29 10:00:00", "2025-02-28 10:00:00"},
       {DatePart::kQuarter, -1, "2026-05-31", "2026-02-28 00:00:00"},
       {DatePart::kMonth, 1, "2026-01-31", "2026-02-28 00:00:00"},
@@ -101,7 +101,7 @@ TEST(SqlDatesTest, AddsParts) {
       {DatePart::kDay, 1, "9999-12-31", ""},
       {DatePart::kMonth, -1, "0001-01-31", ""},
   };
-  for (const auto& [part, count, from, to] : kCases) {
+  for (const auto& [part, count, from, to] : cases) {
     const std::optional<SqlMoment> moment = DateAdd(part, count, At(from));
     EXPECT_EQ(moment ? WriteSqlMoment(*moment) : "", to) << count << " from " << from;
   }
@@ -112,11 +112,11 @@ TEST(SqlDatesTest, KnowsNamesOfParts) {
   const struct {
     const char* names;
     std::int64_t value;
-  } kCases[] = {{"Year", 2026}, {"yy", 2026}, {"YYYY", 2026}, {"q", 4},   {"qq", 4},
-                {"m", 11},      {"mm", 11},   {"dy", 320},    {"y", 320}, {"d", 16},
-                {"dd", 16},     {"ww", 47},   {"wk", 47},     {"dw", 2},  {"hh", 15},
-                {"n", 7},       {"mi", 7},    {"s", 41},      {"ss", 41}, {"ms", 250}};
-  for (const auto& [name, value] : kCases) {
+  } cases[] = {{"Year", 2026}, {"yy", 2026}, {"YYYY", 2026}, {"q", 4},   {"qq", 4},
+               {"m", 11},      {"mm", 11},   {"dy", 320},    {"y", 320}, {"d", 16},
+               {"dd", 16},     {"ww", 47},   {"wk", 47},     {"dw", 2},  {"hh", 15},
+               {"n", 7},       {"mi", 7},    {"s", 41},      {"ss", 41}, {"ms", 250}};
+  for (const auto& [name, value] : cases) {
     const std::optional<DatePart> part = DatePartNamed(name);
     ASSERT_TRUE(part) << name;
     EXPECT_EQ(DatePartOf(*part, moment), value) << name;
@@ -130,20 +130,20 @@ TEST(SqlDatesTest, WritesStyles) {
   const struct {
     std::int64_t style;
     std::string text;
-  } kCases[] = {{0, "Jan  5 2026 12:07AM"},
-                {1, "01/05/26"},
-                {101, "01/05/2026"},
-                {102, "2026.01.05"},
-                {103, "05/01/2026"},
-                {4, "05.01.26"},
-                {104, "05.01.2026"},
-                {107, "Jan 05, 2026"},
-                {108, "00:07:41"},
-                {112, "20260105"},
-                {20, "2026-01-05 00:07:41"},
-                {121, "2026-01-05 00:07:41.250"},
-                {126, "2026-01-05T00:07:41.250"}};
-  for (const auto& [style, text] : kCases) EXPECT_EQ(WriteSqlDateInStyle(moment, style), text);
+  } cases[] = {{0, "Jan  5 2026 12:07AM"},
+               {1, "01/05/26"},
+               {101, "01/05/2026"},
+               {102, "2026.01.05"},
+               {103, "05/01/2026"},
+               {4, "05.01.26"},
+               {104, "05.01.2026"},
+               {107, "Jan 05, 2026"},
+               {108, "00:07:41"},
+               {112, "20260105"},
+               {20, "2026-01-05 00:07:41"},
+               {121, "2026-01-05 00:07:41.250"},
+               {126, "2026-01-05T00:07:41.250"}};
+  for (const auto& [style, text] : cases) EXPECT_EQ(WriteSqlDateInStyle(moment, style), text);
   for (const std::int64_t style : {-1, 9, 99, 999})
     EXPECT_EQ(WriteSqlDateInStyle(moment, style), std::nullopt) << style;
 }

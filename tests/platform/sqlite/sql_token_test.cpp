@@ -14,7 +14,7 @@ TEST(SqlTokenTest, TakesStatementsApart) {
   const struct {
     std::string sql;
     std::vector<SqlToken> tokens;
-  } kCases[] = {
+  } cases[] = {
       {"", {}},
       {" \t\r\n\xC2\xA0 -- all", {}},
       {"a.[b]]c]+N'it''s'",
@@ -38,7 +38,7 @@ TEST(SqlTokenTest, TakesStatementsApart) {
       {"n=N@x", {{kName, "n"}, {kSymbol, "="}, {kName, "N@x"}}},
       {"Größe\xC2\xA0#t", {{kName, "Größe"}, {kName, "#t"}}},
   };
-  for (const auto& [sql, expected] : kCases) {
+  for (const auto& [sql, expected] : cases) {
     std::string unclosed;
     std::vector<SqlToken> tokens = ReadSqlTokens(sql, unclosed);
     ASSERT_FALSE(tokens.empty());

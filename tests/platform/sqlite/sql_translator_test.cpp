@@ -38,7 +38,7 @@ void ExpectTranslated(const Case (&cases)[count]) {
 }
 
 TEST(SqlTranslatorTest, LeavesWhatBothLanguagesShare) {
-  const Case kCases[] = {
+  const Case cases[] = {
       {"SELECT * FROM Clients", "SELECT * FROM Clients"},
       {"select c.*, COUNT(*) n from Clients c group by c.Name order by 2 desc;",
        "SELECT c.*, COUNT(*) n FROM Clients c GROUP BY c.Name ORDER BY 2 DESC;"},
@@ -52,11 +52,11 @@ TEST(SqlTranslatorTest, LeavesWhatBothLanguagesShare) {
       {")", ")"},
       {"", ""},
   };
-  ExpectTranslated(kCases);
+  ExpectTranslated(cases);
 }
 
 TEST(SqlTranslatorTest, RewritesTheDialect) {
-  const Case kCases[] = {
+  const Case cases[] = {
       {"SELECT TOP 5 * FROM [Agency].dbo.[Clients] WITH (NOLOCK) ORDER BY Name",
        "SELECT * FROM \"Clients\" ORDER BY Name LIMIT 5"},
       {"SELECT DISTINCT TOP (2+3) Name FROM dbo.Clients c (nolock) OPTION (MAXDOP 1)",
@@ -79,11 +79,11 @@ TEST(SqlTranslatorTest, RewritesTheDialect) {
       {"SELECT CASE Name WHEN 'x' THEN 1 END",
        "SELECT CASE Name WHEN 'x' COLLATE SQLSERVER THEN 1 END"},
   };
-  ExpectTranslated(kCases);
+  ExpectTranslated(cases);
 }
 
 TEST(SqlTranslatorTest, ComparesAsSqlServerDoes) {
-  const Case kCases[] = {
+  const Case cases[] = {
       {"Name='x'", "Name=('x') COLLATE SQLSERVER"},
       {"Name='x' COLLATE Latin1_General_CS_AS", "Name='x' COLLATE \"Latin1_General_CS_AS\""},
       {"Number='5'", "Number='5'"},
@@ -103,7 +103,7 @@ TEST(SqlTranslatorTest, ComparesAsSqlServerDoes) {
        "UserID=((WITH ONLY_VALUE(V) AS (SELECT 1) SELECT SQL_ONLY_VALUE(V) FROM ONLY_VALUE)) "
        "COLLATE SQLSERVER"},
   };
-  ExpectTranslated(kCases);
+  ExpectTranslated(cases);
 }
 
 TEST(SqlTranslatorTest, CarriesOutLeadingSettings) {
@@ -111,7 +111,7 @@ TEST(SqlTranslatorTest, CarriesOutLeadingSettings) {
     std::string sql;
     std::string translated;
     std::optional<std::int64_t> lock_timeout_ms;
-  } kCases[] = {
+  } cases[] = {
       {"SET LOCK_TIMEOUT 60000", "", 60000},
       {"set lock_timeout -1;", "", -1},
       {"SET NOCOUNT ON SELECT 1", "SELECT 1", {}},
@@ -119,7 +119,7 @@ TEST(SqlTranslatorTest, CarriesOutLeadingSettings) {
        "SELECT 1",
        {}},
   };
-  for (const auto& [sql, translated, lock_timeout_ms] : kCases) {
+  for (const auto& [sql, translated, lock_timeout_ms] : cases) {
     const TranslatedSql result = TranslateSql(sql, kSchema);
     EXPECT_EQ(result.sql, translated) << sql;
     EXPECT_EQ(result.lock_timeout_ms, lock_timeout_ms) << sql;
@@ -127,7 +127,7 @@ TEST(SqlTranslatorTest, CarriesOutLeadingSettings) {
 }
 
 TEST(SqlTranslatorTest, RefusesWhatTheServerWould) {
-  const Case kCases[] = {
+  const Case cases[] = {
       {"SET LOCK_TIMEOUT ten", "Incorrect syntax near 'ten'."},
       {"SET LOCK_TIMEOUT ", "Incorrect syntax near 'LOCK_TIMEOUT'."},
       {"SET LOCK_TIMEOUT -2", "Incorrect syntax near '2'."},
@@ -143,7 +143,7 @@ TEST(SqlTranslatorTest, RefusesWhatTheServerWould) {
       {"SELECT a COLLATE", "Incorrect syntax near 'COLLATE'."},
       {"SELECT CONVERT(varchar(x), a)", "Incorrect syntax near 'x'."},
   };
-  for (const auto& [sql, description] : kCases) EXPECT_EQ(ErrorOf(sql), description) << sql;
+  for (const auto& [sql, description] : cases) EXPECT_EQ(ErrorOf(sql), description) << sql;
   for (const std::string opening : {"(", "CAST(", "CASE ", "f(", "SELECT TOP (", "a IN ("}) {
     std::string sql = "SELECT ";
     for (int depth = 0; depth < 5000; ++depth) sql += opening;

@@ -103,7 +103,7 @@ class SqliteSessionTest : public testing::Test {
 TEST_F(SqliteSessionTest, GivesValuesByDeclaredType) {
   const std::unique_ptr<Session> session = Open();
   const RowStore rows = session->Query(L"SELECT * FROM Clients ORDER BY Number");
-  const std::vector<std::vector<Value>> kExpected = {
+  const std::vector<std::vector<Value>> expected = {
       {std::int64_t{1}, L"Zoë", L"Zoe@Example.org", true, DateTime{year{1970} / 11 / 17},
        DateTime{year{2002} / 3 / 5}, Decimal{"19.9"}, 2.0, std::wstring{L"\0\uFFFD", 2}, 1.5},
       {std::int64_t{2},
@@ -127,10 +127,10 @@ TEST_F(SqliteSessionTest, GivesValuesByDeclaredType) {
        L"n/a",
        {},
        std::int64_t{9007199254740993}}};
-  ASSERT_EQ(rows.RowCount(), kExpected.size());
-  for (std::size_t row = 0; row < kExpected.size(); ++row)
-    for (std::size_t column = 0; column < kExpected[row].size(); ++column)
-      EXPECT_EQ(rows.Read(row, column), kExpected[row][column]) << row << " " << column;
+  ASSERT_EQ(rows.RowCount(), expected.size());
+  for (std::size_t row = 0; row < expected.size(); ++row)
+    for (std::size_t column = 0; column < expected[row].size(); ++column)
+      EXPECT_EQ(rows.Read(row, column), expected[row][column]) << row << " " << column;
   EXPECT_EQ(rows.FindColumn(L"BIRTHDATE"), 4U);
 }
 
@@ -138,7 +138,7 @@ TEST_F(SqliteSessionTest, RunsSavedQueries) {
   const struct {
     std::wstring condition;
     std::string numbers;
-  } kCases[] = {
+  } cases[] = {
       {L"MONTH(Birthdate)*100+DAY(Birthdate) IN (1117,1118)", "1"},
       {L"1=1  AND ((MONTH(AnniversaryDate)<MONTH(GETDATE()) AND "
        L"DATEDIFF(YEAR,AnniversaryDate,GETDATE())=24) OR (MONTH(AnniversaryDate)>=MONTH(GETDATE()) "
@@ -164,7 +164,7 @@ TEST_F(SqliteSessionTest, RunsSavedQueries) {
       {L"EXISTS (SELECT 1 FROM Users u WHERE u.UserID=Clients.Number AND u.Login LIKE 'js%')",
        "23"},
   };
-  for (const auto& [condition, numbers] : kCases) {
+  for (const auto& [condition, numbers] : cases) {
     std::string found;
     EXPECT_EQ(ErrorOf([&, &query = condition] { found = Clients(query); }), "");
     EXPECT_EQ(found, numbers) << ToUtf8(condition);
@@ -176,7 +176,7 @@ TEST_F(SqliteSessionTest, ComputesAsTheServerDoes) {
   const struct {
     std::wstring expression;
     Value value;
-  } kCases[] = {
+  } cases[] = {
       {L"GETDATE()", L"2026-11-16 15:00:00"},
       {L"DATEADD(day, DATEDIFF(day, 0, GETDATE()), 0)", L"2026-11-16 00:00:00"},
       {L"CONVERT(date, GETDATE())", L"2026-11-16"},
@@ -214,7 +214,7 @@ TEST_F(SqliteSessionTest, ComputesAsTheServerDoes) {
       {L"CASE 'A' WHEN 'a' THEN 1 ELSE 2 END", Integer{1}},
       {L"7/2", Integer{3}},
   };
-  for (const auto& [expression, value] : kCases)
+  for (const auto& [expression, value] : cases)
     EXPECT_EQ(Values(L"SELECT " + expression), std::vector<Value>{value}) << ToUtf8(expression);
 }
 
@@ -222,7 +222,7 @@ TEST_F(SqliteSessionTest, RefusesWhatTheServerRejects) {
   const struct {
     std::wstring sql;
     std::string error;
-  } kCases[] = {
+  } cases[] = {
       {L"SELECT Missing FROM Clients", "no such column: Missing"},
       {L"SELECT \"text\"", "no such column: text"},
       {L"SELEC 1", "near \"SELEC\": syntax error"},
@@ -243,7 +243,7 @@ TEST_F(SqliteSessionTest, RefusesWhatTheServerRejects) {
        "!=, "
        "<, <= , >, >= or when the subquery is used as an expression."},
   };
-  for (const auto& [sql, error] : kCases)
+  for (const auto& [sql, error] : cases)
     EXPECT_EQ(ErrorOf([&, &query = sql] { Open()->Query(query); }), "-2147217900 " + error)
         << ToUtf8(sql);
 }
@@ -293,17 +293,17 @@ TEST_F(SqliteSessionTest, NamesItsDatabase) {
 }
 
 TEST_F(SqliteSessionTest, OpensNothingButDatabases) {
-  const std::string kFailure = "-2147467259 ";
+  const std::string failure = "-2147467259 ";
   EXPECT_EQ(ErrorOf([&] { Open(L""); }),
-            kFailure + "Cannot open the database file \"\": there is no such file.");
+            failure + "Cannot open the database file \"\": there is no such file.");
   EXPECT_EQ(ErrorOf([&] { Open(L":memory:"); }),
-            kFailure + "Cannot open the database file \":memory:\": there is no such file.");
+            failure + "Cannot open the database file \":memory:\": there is no such file.");
   EXPECT_EQ(
       ErrorOf([&] { Open(folder_.wstring()); }),
-      kFailure + "Cannot open the database file \"" + folder_.string() + "\": it is not a file.");
+      failure + "Cannot open the database file \"" + folder_.string() + "\": it is not a file.");
   const std::filesystem::path text = folder_ / "text?mode=memory";
   std::ofstream{text} << std::string(5000, 'x');
-  EXPECT_EQ(ErrorOf([&] { Open(text.wstring()); }), kFailure + "file is not a database");
+  EXPECT_EQ(ErrorOf([&] { Open(text.wstring()); }), failure + "file is not a database");
 }
 
 TEST_F(SqliteSessionTest, KeepsNamesOfFiveThousandCharacters) {

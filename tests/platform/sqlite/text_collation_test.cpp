@@ -12,7 +12,7 @@ TEST(TextCollationTest, ComparesWithoutCaseAndTrailingBlanks) {
     std::string left;
     std::string right;
     int order;
-  } kCases[] = {
+  } cases[] = {
       {"", "", 0},
       {"Müller", "MÜLLER  ", 0},
       {"a", "B", -1},
@@ -25,7 +25,7 @@ TEST(TextCollationTest, ComparesWithoutCaseAndTrailingBlanks) {
       {"2026-11-16 10:00:00", "2026-11-17 00:00:00", -1},
       {"x2026-11-16 00:00:00", "x2026-11-16", 1},
   };
-  for (const auto& [left, right, order] : kCases) {
+  for (const auto& [left, right, order] : cases) {
     const int result = CompareSqlText(left, right);
     EXPECT_EQ((result > 0) - (result < 0), order) << left << " and " << right;
     const int reverse = CompareSqlText(right, left);
@@ -39,7 +39,7 @@ TEST(TextCollationTest, MatchesPatterns) {
     std::wstring pattern;
     wchar_t escape;
     bool matches;
-  } kCases[] = {
+  } cases[] = {
       {L"", L"", 0, true},
       {L"", L"%%", 0, true},
       {L"a", L"", 0, false},
@@ -57,7 +57,7 @@ TEST(TextCollationTest, MatchesPatterns) {
       {L"500", L"50!%", L'!', false},
       {L"a_b", L"aX_b", L'x', true},
   };
-  for (const auto& [text, pattern, escape, matches] : kCases)
+  for (const auto& [text, pattern, escape, matches] : cases)
     EXPECT_EQ(MatchesSqlPattern(text, pattern, escape), matches) << text << L" " << pattern;
   EXPECT_FALSE(MatchesSqlPattern(std::wstring(5000, L'a'), L"%a%a%a%a%a%a%a%a%ab", 0));
 }
