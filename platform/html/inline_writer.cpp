@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "platform/code_page.h"
-#include "platform/html/base64.h"
+#include "platform/mime/base64.h"
 
 namespace pxscheduler {
 namespace {
@@ -178,7 +178,8 @@ class RunWriter {
   }
 
   void WritePicture(const Picture& picture) {
-    html_ += "<img src=\"data:" + picture.media_type + ";base64," + Base64(picture.bytes) + "\"";
+    html_ +=
+        "<img src=\"data:" + picture.media_type + ";base64," + EncodeBase64(picture.bytes) + "\"";
     if (picture.width > 0) html_ += " width=\"" + Pixels(picture.width) + "\"";
     if (picture.height > 0) html_ += " height=\"" + Pixels(picture.height) + "\"";
     html_ += " alt=\"";

@@ -2,6 +2,7 @@
 
 #include "platform/data/data_connection.h"
 #include "platform/data/data_recordset.h"
+#include "platform/html/inline_pictures.h"
 #include "platform/html/plain_text.h"
 #include "platform/odbc/sql_server_session.h"
 #include "platform/rtf/rich_text_control.h"
@@ -21,8 +22,13 @@ std::unique_ptr<Recordset> LinuxComponents::NewRecordset() {
 }
 
 std::unique_ptr<MailComponent> LinuxComponents::NewMailComponent() {
-  return NewSmtpMailComponent(machine_.TheSystem(), machine_.TheCodePages(),
-                              {.plain_text = PlainTextOfHtml, .take_inline_parts = {}});
+  System& system = machine_.TheSystem();
+  return NewSmtpMailComponent(
+      system, machine_.TheCodePages(),
+      {.plain_text = PlainTextOfHtml,
+       .take_inline_parts = [&system](std::wstring& html, const std::wstring& path) {
+         return TakePictures(html, path, system);
+       }});
 }
 
 std::unique_ptr<TextControl> LinuxComponents::NewTextControl() {
