@@ -27,7 +27,7 @@ bool IsPlainBlock(const wchar_t* units) {
   for (std::size_t i = 0; i < kBlock; ++i) {
     const auto code = static_cast<std::uint32_t>(units[i]);
     special |= static_cast<std::uint32_t>(code - 0x20U > 0x7EU - 0x20U) |
-               static_cast<std::uint32_t>(code == '=');
+               static_cast<std::uint32_t>(units[i] == L'=');
   }
   return special == 0;
 }

@@ -186,10 +186,12 @@ constexpr Known kKnown[] = {{"SCRAM-SHA-256", Make<ScramSha256Exchange>},
 
 }  // namespace
 
-const std::vector<std::string_view>& SaslMechanisms() {
-  static const std::vector<std::string_view> kNames = {kKnown[0].mechanism, kKnown[1].mechanism,
-                                                       kKnown[2].mechanism, kKnown[3].mechanism};
-  return kNames;
+std::vector<std::string_view> SaslMechanisms() {
+  std::vector<std::string_view> names;
+  for (const Known& known : kKnown) {
+    names.push_back(known.mechanism);
+  }
+  return names;
 }
 
 std::unique_ptr<SaslExchange> NewSaslExchange(std::string_view mechanism,

@@ -29,7 +29,7 @@ class SaslExchange {
 };
 
 // The names of the mechanisms that this side knows, strongest first.
-const std::vector<std::string_view>& SaslMechanisms();
+std::vector<std::string_view> SaslMechanisms();
 
 // An exchange of one of these. `credentials` must hold no NUL.
 std::unique_ptr<SaslExchange> NewSaslExchange(std::string_view mechanism,

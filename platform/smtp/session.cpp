@@ -59,9 +59,9 @@ SendOutcome SmtpSession::Open(Network& network, const ServerSettings& settings,
   return SendOutcome::kDelivered;
 }
 
-SmtpSession::SmtpSession(Network& network, const ServerSettings& settings,
+SmtpSession::SmtpSession(Network& network, ServerSettings settings,
                          std::unique_ptr<Transport> transport)
-    : network_(network), settings_(settings), transport_(std::move(transport)) {}
+    : network_(network), settings_(std::move(settings)), transport_(std::move(transport)) {}
 
 SmtpSession::~SmtpSession() {
   if (state_ == State::kIdentified || state_ == State::kReady) {

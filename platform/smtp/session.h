@@ -83,8 +83,7 @@ class SmtpSession {
   };
   using Failure = std::optional<SendOutcome>;
 
-  SmtpSession(Network& network, const ServerSettings& settings,
-              std::unique_ptr<Transport> transport);
+  SmtpSession(Network& network, ServerSettings settings, std::unique_ptr<Transport> transport);
 
   // The steps of opening, in their order. Each ends with the reason why it failed, if it did.
   Failure Establish();

@@ -1,0 +1,138 @@
+// A program as one would write it with libcurl: rows from SQLite, tokens filled in, each message
+// handed to one handle. Usage: curl_peer DATABASE TEMPLATE.HTM TEMPLATE.TXT PORT
+
+#include <curl/curl.h>
+#include <sqlite3.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace {
+
+constexpr const char* kTokens[] = {
+    "[Number]",      "[Prefix]",       "[First Name]",  "[Last Name]",     "[Full Name]",
+    "[Salutation]",  "[Phone Number]", "[Fax Number]",  "[Email Address]", "[Birthday]",
+    "[Anniversary]", "[Travel Date]",  "[Return Date]", "[Start Date]",    "[Last Date]"};
+constexpr int kColumns = 15;
+constexpr int kEmailColumn = 8;
+constexpr int kFullNameColumn = 4;
+
+std::string ReadFile(const char* path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+std::string Merged(std::string text, const std::vector<std::string>& values) {
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    const std::string_view token = kTokens[i];
+    for (std::size_t found = 0; (found = text.find(token, found)) != std::string::npos;) {
+      text.replace(found, token.size(), values[i]);
+      found += values[i].size();
+    }
+  }
+  return text;
+}
+
+std::string QuotedPrintable(std::string_view text) {
+  constexpr char kDigits[] = "0123456789ABCDEF";
+  std::string encoded;
+  encoded.reserve(text.size() * 5 / 4);
+  std::size_t column = 0;
+  for (const char character : text) {
+    const auto byte = static_cast<unsigned char>(character);
+    if (character == '\n') {
+      encoded += "\r\n";
+      column = 0;
+      continue;
+    }
+    if (column >= 73) {
+      encoded += "=\r\n";
+      column = 0;
+    }
+    if (byte < ' ' || byte > '~' || byte == '=') {
+      encoded += '=';
+      encoded += kDigits[byte >> 4];
+      encoded += kDigits[byte & 15];
+      column += 3;
+    } else {
+      encoded += character;
+      ++column;
+    }
+  }
+  return encoded;
+}
+
+struct Upload {
+  std::string_view rest;
+};
+
+std::size_t Read(char* buffer, std::size_t size, std::size_t count, void* pointer) {
+  auto& upload = *static_cast<Upload*>(pointer);
+  const std::size_t taken = upload.rest.copy(buffer, size * count);
+  upload.rest.remove_prefix(taken);
+  return taken;
+}
+
+}  // namespace
+
+int main(int argument_count, char** arguments) {
+  if (argument_count != 5) {
+    return 2;
+  }
+  const std::string html = ReadFile(arguments[2]);
+  const std::string plain = ReadFile(arguments[3]);
+  sqlite3* database = nullptr;
+  sqlite3_stmt* rows = nullptr;
+  if (sqlite3_open_v2(arguments[1], &database, SQLITE_OPEN_READONLY, nullptr) != SQLITE_OK ||
+      sqlite3_prepare_v2(database,
+                         "SELECT ProfileNumber, Prefix, FirstName, LastName, FullName, Attention,"
+                         " Phone, Fax, Email, BirthDate, AnniversaryDate, TravelDate, ReturnDate,"
+                         " FirstDate, LastDate FROM Clients ORDER BY Email",
+                         -1, &rows, nullptr) != SQLITE_OK) {
+    return 2;
+  }
+  CURL* const curl = curl_easy_init();
+  const std::string url = std::string("smtp://127.0.0.1:") + arguments[4];
+  curl_easy_setopt(curl, CURLOPT_URL, url.c_str());
+  curl_easy_setopt(curl, CURLOPT_MAIL_FROM, "<marketing@agency.example>");
+  curl_easy_setopt(curl, CURLOPT_UPLOAD, 1L);
+  curl_easy_setopt(curl, CURLOPT_READFUNCTION, Read);
+  long sent = 0;
+  while (sqlite3_step(rows) == SQLITE_ROW) {
+    std::vector<std::string> values;
+    for (int i = 0; i < kColumns; ++i) {
+      const auto* const text = reinterpret_cast<const char*>(sqlite3_column_text(rows, i));
+      values.emplace_back(text == nullptr ? "" : text);
+    }
+    std::string message =
+        "From: marketing@agency.example\r\nTo: \"" + values[kFullNameColumn] + "\" <" +
+        values[kEmailColumn] + ">\r\nSubject: " + Merged("Happy birthday, [First Name]!", values) +
+        "\r\nDate: Mon, 16 Nov 2026 15:07:41 +0100\r\nMessage-ID: <" + std::to_string(sent) +
+        "@agency.example>\r\nMIME-Version: 1.0\r\nContent-Type: "
+        "multipart/alternative; boundary=\"=_b\"\r\n\r\n--=_b\r\nContent-Type: "
+        "text/plain; charset=utf-8\r\nContent-Transfer-Encoding: "
+        "quoted-printable\r\n\r\n" +
+        QuotedPrintable(Merged(plain, values)) +
+        "\r\n--=_b\r\nContent-Type: text/html; "
+        "charset=utf-8\r\nContent-Transfer-Encoding: quoted-printable\r\n\r\n" +
+        QuotedPrintable(Merged(html, values)) + "\r\n--=_b--\r\n";
+    Upload upload{message};
+    curl_slist* const recipients =
+        curl_slist_append(nullptr, ("<" + values[kEmailColumn] + ">").c_str());
+    curl_easy_setopt(curl, CURLOPT_MAIL_RCPT, recipients);
+    curl_easy_setopt(curl, CURLOPT_READDATA, &upload);
+    sent += curl_easy_perform(curl) == CURLE_OK ? 1 : 0;
+    curl_slist_free_all(recipients);
+  }
+  std::printf("%ld\n", sent);
+  curl_easy_cleanup(curl);
+  sqlite3_finalize(rows);
+  sqlite3_close(database);
+}
