@@ -46,11 +46,15 @@ void SendMessages(const Platform& platform, const CommandLine& switches, const s
   result_set.Open(sql, connection, Connection::kOptionUnspecified, Connection::kOptionUnspecified,
                   Connection::kOptionUnspecified);
   result_set.SetSort(L"Email");
+  RunProgress progress{.rows = result_set.RecordCount()};
   std::wstring last_address;
   for (; !result_set.EndOfFile(); result_set.MoveNext()) {
     const std::optional<RowOutcome> outcome =
         SendRow(platform.regional, platform.ansi, result_set, templates, *mail, last_address);
     if (outcome && log != nullptr) LogOutcome(*log, *outcome);
+    if (outcome) ++(outcome->result_code == 0 ? progress.sent : progress.failed);
+    ++progress.rows_done;
+    platform.system.ShowProgress(progress);
   }
   result_set.Close();
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
@@ -14,6 +15,14 @@ namespace pxscheduler {
 struct Moment {
   DateTime local;
   std::chrono::minutes utc_offset{0};
+};
+
+// How far a run has come through the rows of its query.
+struct RunProgress {
+  std::size_t sent = 0;
+  std::size_t failed = 0;
+  std::size_t rows_done = 0;  // sent, failed or skipped
+  std::size_t rows = 0;
 };
 
 // A text file open for appending.
@@ -48,6 +57,9 @@ class System {
   virtual void ShowMessageBox(const std::wstring& caption, const std::wstring& text) = 0;
   // One line for whoever started the run by hand; it never fails.
   virtual void Warn(const std::wstring& line) = 0;
+  // Keeps one line of counts up to date for somebody who watches the run on a terminal: drawn at
+  // most ten times a second, and once more when all rows are done. Nothing where nobody watches.
+  virtual void ShowProgress(const RunProgress& progress) = 0;
 
   // The name of the first file or folder that fits the path, "" where there is none. May raise a
   // RuntimeError where the path cannot be examined.

@@ -19,6 +19,8 @@
 namespace pxscheduler {
 namespace {
 
+constexpr std::chrono::milliseconds kProgressInterval{100};
+
 constexpr mode_t kFolderMode = 0750;
 constexpr mode_t kFileMode = 0640;
 
@@ -77,7 +79,9 @@ std::string NativeEnvironmentVariable(const std::string& name) {
 }
 
 LinuxSystem::LinuxSystem(std::vector<std::string> arguments, std::function<const CodePage&()> ansi)
-    : arguments_(std::move(arguments)), ansi_(std::move(ansi)) {}
+    : arguments_(std::move(arguments)),
+      ansi_(std::move(ansi)),
+      is_watched_(::isatty(STDERR_FILENO) != 0) {}
 
 Moment LinuxSystem::Now() const {
   const std::time_t now = std::time(nullptr);
@@ -130,13 +134,37 @@ std::wstring LinuxSystem::TemporaryFolder() const {
 std::optional<int> LinuxSystem::OsMajorVersion() const { return 6; }
 
 void LinuxSystem::ShowMessageBox(const std::wstring& caption, const std::wstring& text) {
+  EndProgressLine();
   ShowOnStandardError(caption + L"\n" + text + L"\n");
   if (::isatty(STDIN_FILENO) == 0) return;
   ShowOnStandardError(L"Press Enter to go on.\n");
   WaitForEnter();
 }
 
-void LinuxSystem::Warn(const std::wstring& line) { ShowOnStandardError(line + L"\n"); }
+void LinuxSystem::Warn(const std::wstring& line) {
+  EndProgressLine();
+  ShowOnStandardError(line + L"\n");
+}
+
+void LinuxSystem::ShowProgress(const RunProgress& progress) {
+  if (!is_watched_) return;
+  const bool is_done = progress.rows_done == progress.rows;
+  const auto now = std::chrono::steady_clock::now();
+  if (now < next_drawing_ && !is_done) return;
+  next_drawing_ = now + kProgressInterval;
+  // Back to the start of the line and over what stands there, which is never longer.
+  ShowOnStandardError(L"\rSent " + std::to_wstring(progress.sent) + L", failed " +
+                      std::to_wstring(progress.failed) + L", " +
+                      std::to_wstring(progress.rows_done) + L" of " +
+                      std::to_wstring(progress.rows) + L" clients");
+  progress_line_is_open_ = true;
+  if (is_done) EndProgressLine();
+}
+
+void LinuxSystem::EndProgressLine() {
+  if (progress_line_is_open_) ShowOnStandardError(L"\n");
+  progress_line_is_open_ = false;
+}
 
 std::wstring LinuxSystem::FirstEntry(const std::wstring& path) const {
   if (path.empty()) return L"";

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -31,6 +32,7 @@ class LinuxSystem : public System {
   // On standard error; waits for Enter where standard input is a terminal.
   void ShowMessageBox(const std::wstring& caption, const std::wstring& text) override;
   void Warn(const std::wstring& line) override;
+  void ShowProgress(const RunProgress& progress) override;
 
   std::wstring FirstEntry(const std::wstring& path) const override;
   void MakeFolder(const std::wstring& path) override;
@@ -39,8 +41,13 @@ class LinuxSystem : public System {
   void ReplaceFile(const std::wstring& path, std::string_view bytes) override;
 
  private:
+  void EndProgressLine();
+
   std::vector<std::string> arguments_;
   std::function<const CodePage&()> ansi_;
+  bool is_watched_;  // standard error is a terminal
+  bool progress_line_is_open_ = false;
+  std::chrono::steady_clock::time_point next_drawing_;
 };
 
 // The value of an environment variable, "" where it is not defined.

@@ -72,7 +72,7 @@ TEST_F(MergeFields, LaterTokensInValuesAreReplacedAgain) {
 }
 
 TEST_F(MergeFields, ValuesSurviveWhatTheyHold) {
-  const std::wstring odd{L"a\0b\"'%1$s%\\[x]", 15};
+  const std::wstring odd{L"a\0b\"'%1$s%\\[x]", 14};
   Set(L"Prefix", odd);
   EXPECT_EQ(Merged(L"<[Prefix]>"), L"<" + odd + L">");
   const std::wstring long_name(5000, L'n');

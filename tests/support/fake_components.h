@@ -123,7 +123,7 @@ class FakeMailComponent : public MailComponent {
     calls.push_back(L"to " + display_name + L" <" + address + L"> " + std::to_wstring(kind));
   }
   std::int32_t Send() override {
-    calls.push_back(L"send");
+    calls.emplace_back(L"send");
     return result;
   }
 

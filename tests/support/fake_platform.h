@@ -72,6 +72,7 @@ class FakeSystem : public System {
   std::optional<int> OsMajorVersion() const override { return os_major_version; }
   void ShowMessageBox(const std::wstring& caption, const std::wstring& text) override;
   void Warn(const std::wstring& line) override;
+  void ShowProgress(const RunProgress& /*progress*/) override {}
   std::wstring FirstEntry(const std::wstring& path) const override;
   void MakeFolder(const std::wstring& path) override;
   std::unique_ptr<AppendFile> OpenForAppend(const std::wstring& path) override;

@@ -21,6 +21,7 @@ class QuietSystem : public System {
   std::optional<int> OsMajorVersion() const override { return std::nullopt; }
   void ShowMessageBox(const std::wstring& /*caption*/, const std::wstring& /*text*/) override {}
   void Warn(const std::wstring& /*line*/) override {}
+  void ShowProgress(const RunProgress& /*progress*/) override {}
   std::wstring FirstEntry(const std::wstring& /*path*/) const override { return {}; }
   void MakeFolder(const std::wstring& /*path*/) override {}
   std::unique_ptr<AppendFile> OpenForAppend(const std::wstring& /*path*/) override { return {}; }
