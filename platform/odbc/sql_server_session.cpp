@@ -49,7 +49,6 @@ class DriverConnection {
     std::vector<SQLWCHAR> text = ToDriverText(connection_text);
     const SQLRETURN result = SQLDriverConnectW(handle_.Get(), nullptr, text.data(), SQL_NTS,
                                                nullptr, 0, nullptr, SQL_DRIVER_NOPROMPT);
-    std::ranges::fill(text, SQLWCHAR{0});  // it holds the password
     if (SQL_SUCCEEDED(result)) return {};
     std::vector<Diagnostic> diagnostics = ReadDiagnostics(SQL_HANDLE_DBC, handle_.Get());
     if (diagnostics.empty()) diagnostics.push_back({.state = "HY000", .text = L"No connection."});
@@ -110,6 +109,10 @@ class SqlServerSession : public Session {
 
  private:
   void Run(const Statement& statement, const std::wstring& sql) {
+    // A driver would send what stands before it, however long the statement is said to be.
+    if (sql.find(L'\0') != std::wstring::npos) {
+      throw RuntimeError{kStatementRejected, L"The statement holds a NUL character."};
+    }
     Check(statement,
           SQLSetStmtAttrW(statement.Get(), SQL_ATTR_QUERY_TIMEOUT,
                           AttributeValue(static_cast<SQLULEN>(command_timeout_.count())), 0));

@@ -98,6 +98,14 @@ TEST(SqlServerSessionTest, LogsInOnceAndRunsStatementsAsGiven) {
           "statement\tSELECT 'O''Brien {x}' AS \"Zo\xC3\xAB \xF0\x9F\x98\x80\"\\r\\n-- end"));
 }
 
+TEST(SqlServerSessionTest, SendsNoPartOfAStatement) {
+  const TdsServer server;
+  const auto session = Open(server);
+  EXPECT_THAT(ErrorOf([&] { session->Query(std::wstring(L"SELECT 1\0WHERE 1=0", 18)); }),
+              IsError(Session::kStatementRejected, L"NUL character"));
+  EXPECT_THAT(server.Log("statement"), testing::IsEmpty());
+}
+
 TEST(SqlServerSessionTest, CarriesPasswordsUnchanged) {
   for (const std::string password : {"a;DATABASE=master", " blanks ", "{braced}", "a}b", "=",
                                      "\xC5\xBDi\xC5\xBEka \xE2\x82\xAC"}) {
