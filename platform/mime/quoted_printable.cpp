@@ -25,7 +25,7 @@ bool IsPlain(wchar_t unit) {
 bool IsPlainBlock(const wchar_t* units) {
   std::uint32_t special = 0;
   for (std::size_t i = 0; i < kBlock; ++i) {
-    const auto code = static_cast<std::uint32_t>(units[i]);
+    const char32_t code{static_cast<char32_t>(units[i])};
     special |= static_cast<std::uint32_t>(code - 0x20U > 0x7EU - 0x20U) |
                static_cast<std::uint32_t>(units[i] == L'=');
   }

@@ -109,8 +109,8 @@ std::vector<Kind> Kinds() {
       L"News",
       L"Smith, Ann (\"the first\") <x@y> \\",
       L"Ren\u00e9e O'Neil",
-      L"\u0416\u0435\u043d\u044f \u65e5\u672c\u8a9e \U0001F600 and some more words for a second "
-      L"line",
+      (L"\u0416\u0435\u043d\u044f \u65e5\u672c\u8a9e \U0001F600 and some more words for a second "
+       L"line"),
       L"one\r\nBcc: everybody@example.com\r\n\r\nbody",
       L"=?utf-8?Q?no_encoded_word?= =?",
       std::wstring(5000, L'n'),

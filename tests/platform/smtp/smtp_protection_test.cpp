@@ -48,8 +48,8 @@ class Certificates {
 };
 
 const Certificates& TestCertificates() {
-  static const Certificates kCertificates;
-  return kCertificates;
+  static const Certificates certificates;
+  return certificates;
 }
 
 std::string Script(const std::string& extensions, const std::string& certificate,
