@@ -164,7 +164,9 @@ IoResult ConnectSocket(int socket, const SocketAddress& address, Deadline deadli
   int error = 0;
   socklen_t size = sizeof(error);
   getsockopt(socket, SOL_SOCKET, SO_ERROR, &error, &size);
-  return error == 0 ? IoResult::kDone : IoResult::kBroken;
+  // A connection that was accepted and reset at once did come about; reading from it tells the
+  // rest.
+  return error == 0 || error == ECONNRESET ? IoResult::kDone : IoResult::kBroken;
 }
 
 // Makes a connected socket block for `granule` at most, and send what it is given at once.

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "platform/code_page.h"
+#include "tests/support/scratch_folder.h"
 
 namespace pxscheduler {
 namespace {
@@ -24,9 +25,6 @@ using std::chrono::year;
 class SqliteSessionTest : public testing::Test {
  protected:
   void SetUp() override {
-    folder_ = std::filesystem::path{testing::TempDir()} /
-              ("sqlite session" + std::to_string(reinterpret_cast<std::uintptr_t>(this)));
-    std::filesystem::create_directory(folder_);
     file_ = folder_ / "Agency.v2.db";
     Make(R"sql(
       CREATE TABLE Clients (Number INTEGER PRIMARY KEY, Name NVARCHAR(50), Email VARCHAR(80) UNIQUE,
@@ -43,8 +41,6 @@ class SqliteSessionTest : public testing::Test {
       CREATE VIEW Names AS SELECT Name, Birthdate FROM Clients;
     )sql");
   }
-
-  void TearDown() override { std::filesystem::remove_all(folder_); }
 
   void Make(const std::string& sql) const {
     sqlite3* database = nullptr;
@@ -95,7 +91,8 @@ class SqliteSessionTest : public testing::Test {
     return "";
   }
 
-  std::filesystem::path folder_;
+  ScratchFolder scratch_;
+  std::filesystem::path folder_ = scratch_.Path();
   std::filesystem::path file_;
   DateTime now_{year{2026} / 11 / 16, hours{15}};
 };
