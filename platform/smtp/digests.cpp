@@ -3,7 +3,9 @@
 #include <openssl/evp.h>
 #include <openssl/hmac.h>
 #include <openssl/rand.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <new>
 
 namespace pxscheduler {
@@ -57,9 +59,18 @@ std::string Pbkdf2Sha256(std::string_view password, std::string_view salt, int i
   return result;
 }
 
+// Asks the system itself: starting OpenSSL's generator costs milliseconds, which a run that needs
+// neither TLS nor a challenge does not have to spend before its first message.
 std::string RandomBytes(std::size_t size) {
+  constexpr std::size_t kLargestRequest = 256;  // of getentropy
   std::string result(size, '\0');
-  if (RAND_bytes(Bytes(result), static_cast<int>(size)) != 1) {
+  std::size_t filled = 0;
+  while (filled < size) {
+    const std::size_t count = std::min(kLargestRequest, size - filled);
+    if (getentropy(result.data() + filled, count) != 0) break;
+    filled += count;
+  }
+  if (filled < size && RAND_bytes(Bytes(result), static_cast<int>(size)) != 1) {
     throw std::bad_alloc();
   }
   return result;
