@@ -270,4 +270,5 @@ def main():
             system_calls(folder, options.build)
 
 
-main()
+if __name__ == "__main__":
+    main()
