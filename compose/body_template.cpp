@@ -2,6 +2,7 @@
 
 #include "config/helper_library.h"
 #include "platform/letter_case.h"
+#include "platform/text.h"
 
 namespace pxscheduler {
 namespace {
@@ -28,12 +29,6 @@ std::wstring ConvertToHtml(const System& system, const CodePage& ansi, TextContr
   }
   text_control.Save(html_path, 0, TextControl::kFormatHtml);
   return html_path;
-}
-
-bool IsHtmlDocument(const std::wstring& text) {
-  const std::wstring upper = UpperCase(text);
-  return upper.find(L"</HTML>") != std::wstring::npos &&
-         upper.find(L"<HTML>") != std::wstring::npos;
 }
 
 }  // namespace

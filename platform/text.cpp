@@ -1,5 +1,7 @@
 #include "platform/text.h"
 
+#include "platform/letter_case.h"
+
 namespace pxscheduler {
 
 std::wstring_view TrimBlanks(std::wstring_view text) {
@@ -20,6 +22,12 @@ std::wstring ReplaceAll(std::wstring_view text, std::wstring_view find,
     }
   }
   return result.append(text, copied);
+}
+
+bool IsHtmlDocument(std::wstring_view text) {
+  const std::wstring upper = UpperCase(text);
+  return upper.find(L"</HTML>") != std::wstring::npos &&
+         upper.find(L"<HTML>") != std::wstring::npos;
 }
 
 }  // namespace pxscheduler

@@ -13,4 +13,7 @@ std::wstring_view TrimBlanks(std::wstring_view text);
 std::wstring ReplaceAll(std::wstring_view text, std::wstring_view find,
                         std::wstring_view replacement);
 
+// Whether the text holds both tags of an HTML document, "<html>" and "</html>", in any case.
+bool IsHtmlDocument(std::wstring_view text);
+
 }  // namespace pxscheduler

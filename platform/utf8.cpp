@@ -2,35 +2,12 @@
 #include <cstdint>
 
 #include "platform/code_page.h"
+#include "platform/utf8_code_points.h"
 
 namespace pxscheduler {
 namespace {
 
 constexpr char32_t kReplacement = 0xFFFD;
-
-bool IsSurrogate(char32_t code_point) { return code_point >= 0xD800 && code_point <= 0xDFFF; }
-
-void AppendCodePoint(char32_t code_point, std::string& out) {
-  const auto byte = [&](char32_t bits) {
-    out += static_cast<char>(static_cast<unsigned char>(bits));
-  };
-  if (code_point > 0x10FFFF || IsSurrogate(code_point)) code_point = kReplacement;
-  if (code_point < 0x80) {
-    byte(code_point);
-  } else if (code_point < 0x800) {
-    byte(0xC0 | code_point >> 6);
-    byte(0x80 | (code_point & 0x3F));
-  } else if (code_point < 0x10000) {
-    byte(0xE0 | code_point >> 12);
-    byte(0x80 | (code_point >> 6 & 0x3F));
-    byte(0x80 | (code_point & 0x3F));
-  } else {
-    byte(0xF0 | code_point >> 18);
-    byte(0x80 | (code_point >> 12 & 0x3F));
-    byte(0x80 | (code_point >> 6 & 0x3F));
-    byte(0x80 | (code_point & 0x3F));
-  }
-}
 
 void AppendWide(char32_t code_point, std::wstring& out) {
   if (sizeof(wchar_t) == 2 && code_point >= 0x10000) {
@@ -71,14 +48,9 @@ Sequence ReadSequence(std::string_view bytes) {
 }  // namespace
 
 void AppendUtf8(std::wstring_view text, std::string& out) {
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    auto code_point = static_cast<char32_t>(text[i]);
-    if (sizeof(wchar_t) == 2 && code_point >= 0xD800 && code_point < 0xDC00 &&
-        i + 1 < text.size() && (static_cast<char32_t>(text[i + 1]) & 0xFC00) == 0xDC00) {
-      code_point =
-          0x10000 + ((code_point - 0xD800) << 10) + (static_cast<char32_t>(text[++i]) - 0xDC00);
-    }
-    AppendCodePoint(code_point, out);
+  for (std::size_t position = 0; position < text.size();) {
+    const Utf8Bytes encoded = EncodeUtf8(NextCodePoint(text, position));
+    out.append(reinterpret_cast<const char*>(encoded.bytes), encoded.size);
   }
 }
 

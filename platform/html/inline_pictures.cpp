@@ -9,10 +9,10 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/base64.h"
 #include "platform/code_page.h"
 #include "platform/html/bracket_token.h"
 #include "platform/html/html_attributes.h"
-#include "platform/mime/base64.h"
 #include "platform/runtime_error.h"
 
 namespace pxscheduler {

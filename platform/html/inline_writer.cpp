@@ -6,8 +6,8 @@
 #include <map>
 #include <utility>
 
+#include "platform/base64.h"
 #include "platform/code_page.h"
-#include "platform/mime/base64.h"
 
 namespace pxscheduler {
 namespace {

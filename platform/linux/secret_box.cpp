@@ -7,6 +7,8 @@
 #include <limits>
 #include <memory>
 
+#include "platform/base64.h"
+
 namespace pxscheduler {
 namespace {
 
@@ -24,30 +26,16 @@ const unsigned char* BytesOf(std::string_view text) {
   return reinterpret_cast<const unsigned char*>(text.data());
 }
 
-std::string ToBase64(std::string_view bytes) {
-  std::string text((bytes.size() + 2) / 3 * 4 + 1, '\0');  // OpenSSL ends it with a NUL
-  EVP_EncodeBlock(BytesOf(text), BytesOf(bytes), static_cast<int>(bytes.size()));
-  text.pop_back();
-  return text;
-}
-
 // Nothing unless the text is the base64 of some bytes letter by letter.
 std::optional<std::string> FromBase64(std::string_view text) {
-  if (text.empty() || text.size() % 4 != 0 || text.size() > kMostBytes) return std::nullopt;
-  std::string bytes(text.size() / 4 * 3, '\0');
-  if (EVP_DecodeBlock(BytesOf(bytes), BytesOf(text), static_cast<int>(text.size())) < 0) {
-    return std::nullopt;
-  }
-  if (text.ends_with("==")) {
-    bytes.resize(bytes.size() - 2);
-  } else if (text.ends_with('=')) {
-    bytes.resize(bytes.size() - 1);
-  }
-  std::string again = ToBase64(bytes);
+  if (text.empty() || text.size() > kMostBytes) return std::nullopt;
+  std::optional<std::string> bytes = DecodeBase64(text);
+  if (!bytes) return std::nullopt;
+  std::string again = EncodeBase64(*bytes);
   const bool same = again == text;
   Wipe(again);
   if (same) return bytes;
-  Wipe(bytes);
+  Wipe(*bytes);
   return std::nullopt;
 }
 
@@ -79,7 +67,7 @@ std::optional<SecretKey> SecretKey::FromText(std::string_view text) {
 }
 
 std::string SecretKey::Text() const {
-  return ToBase64({reinterpret_cast<const char*>(bytes_.data()), kBytes});
+  return EncodeBase64({reinterpret_cast<const char*>(bytes_.data()), kBytes});
 }
 
 std::optional<std::string> Encipher(const SecretKey& key, std::string_view clear_text) {
@@ -99,7 +87,7 @@ std::optional<std::string> Encipher(const SecretKey& key, std::string_view clear
       EVP_CIPHER_CTX_ctrl(context.get(), EVP_CTRL_GCM_GET_TAG, static_cast<int>(kTagBytes), tag) ==
           1;
   if (!done) return std::nullopt;
-  return std::string(kEncipheredPrefix) + ToBase64(sealed);
+  return std::string(kEncipheredPrefix) + EncodeBase64(sealed);
 }
 
 std::optional<std::string> Decipher(const SecretKey& key, std::string_view value) {

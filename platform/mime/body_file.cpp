@@ -1,6 +1,5 @@
 #include "platform/mime/body_file.h"
 
-#include <algorithm>
 #include <array>
 #include <memory>
 
@@ -72,13 +71,6 @@ std::string DeclaredEncoding(std::string_view bytes) {
   return {};
 }
 
-bool HoldsWithoutCase(std::wstring_view text, std::string_view lower) {
-  const auto same = [](wchar_t unit, char letter) {
-    return (unit >= L'A' && unit <= L'Z' ? unit - L'A' + L'a' : unit) == letter;
-  };
-  return std::search(text.begin(), text.end(), lower.begin(), lower.end(), same) != text.end();
-}
-
 }  // namespace
 
 std::wstring DecodeBodyFile(std::string_view bytes, const CodePages& code_pages) {
@@ -99,10 +91,6 @@ std::wstring DecodeBodyFile(std::string_view bytes, const CodePages& code_pages)
     }
   }
   return code_pages.Ansi().FromBytes(bytes);
-}
-
-bool IsHtmlDocument(std::wstring_view text) {
-  return HoldsWithoutCase(text, "</html>") && HoldsWithoutCase(text, "<html>");
 }
 
 }  // namespace pxscheduler

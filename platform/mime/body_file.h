@@ -13,7 +13,4 @@ namespace pxscheduler {
 // not declared.
 std::wstring DecodeBodyFile(std::string_view bytes, const CodePages& code_pages);
 
-// Whether the text holds both tags of an HTML document, in any case.
-bool IsHtmlDocument(std::wstring_view text);
-
 }  // namespace pxscheduler

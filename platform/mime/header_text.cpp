@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <string>
 
-#include "platform/mime/base64.h"
-#include "platform/mime/utf8_code_points.h"
+#include "platform/base64.h"
+#include "platform/utf8_code_points.h"
 
 namespace pxscheduler {
 

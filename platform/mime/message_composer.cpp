@@ -6,8 +6,8 @@
 #include <cstdlib>
 #include <utility>
 
+#include "platform/base64.h"
 #include "platform/mime/ascii_case.h"
-#include "platform/mime/base64.h"
 #include "platform/mime/header_text.h"
 #include "platform/mime/quoted_printable.h"
 

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "platform/mime/utf8_code_points.h"
+#include "platform/utf8_code_points.h"
 
 namespace pxscheduler {
 

@@ -3,7 +3,7 @@
 #include <charconv>
 #include <utility>
 
-#include "platform/mime/base64.h"
+#include "platform/base64.h"
 #include "platform/smtp/digests.h"
 #include "platform/smtp/message_identifiers.h"
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/base64.h"
 #include "platform/mime/ascii_domain.h"
-#include "platform/mime/base64.h"
 
 namespace pxscheduler {
 

@@ -49,19 +49,6 @@ std::vector<std::string> ServerArguments(const std::filesystem::path& folder,
 
 }  // namespace
 
-TestFolder::TestFolder() {
-  std::string pattern = std::filesystem::temp_directory_path() / "pxscheduler-test-XXXXXX";
-  if (mkdtemp(pattern.data()) == nullptr) {
-    throw std::runtime_error("no folder for the test");
-  }
-  path_ = pattern;
-}
-
-TestFolder::~TestFolder() {
-  std::error_code ignored;
-  std::filesystem::remove_all(path_, ignored);
-}
-
 ChildProcess::ChildProcess(const std::vector<std::string>& arguments,
                            const std::filesystem::path& output) {
   std::vector<char*> pointers;
@@ -114,10 +101,10 @@ std::string AwaitFile(const std::filesystem::path& path) {
 
 ScriptedSmtpServer::ScriptedSmtpServer(const std::string& script, const std::string& host)
     : process_(ServerArguments(folder_.Path(), WriteScript(folder_.Path(), script), host),
-               folder_.Path() / "output") {
-  const std::string port = AwaitFile(folder_.Path() / "port");
+               folder_.Path("output")) {
+  const std::string port = AwaitFile(folder_.Path("port"));
   if (port.empty()) {
-    throw std::runtime_error("no server: " + ReadWholeFile(folder_.Path() / "output"));
+    throw std::runtime_error("no server: " + ReadWholeFile(folder_.Path("output")));
   }
   port_ = std::stoi(port);
 }
@@ -128,7 +115,7 @@ void ScriptedSmtpServer::SetScript(const std::string& script) {
 
 std::vector<std::string> ScriptedSmtpServer::Messages() const {
   std::vector<std::filesystem::path> files;
-  for (const auto& entry : std::filesystem::directory_iterator(folder_.Path() / "mailbox")) {
+  for (const auto& entry : std::filesystem::directory_iterator(folder_.Path("mailbox"))) {
     if (entry.path().extension() == ".eml") {
       files.push_back(entry.path());
     }
@@ -142,11 +129,11 @@ std::vector<std::string> ScriptedSmtpServer::Messages() const {
 std::string ScriptedSmtpServer::Envelope(std::size_t index) const {
   std::string name = std::to_string(index + 1);
   name.insert(0, 4 - std::min<std::size_t>(4, name.size()), '0');
-  return ReadWholeFile(folder_.Path() / "mailbox" / (name + ".json"));
+  return ReadWholeFile(folder_.Path("mailbox/" + name + ".json"));
 }
 
 std::vector<std::string> ScriptedSmtpServer::Commands() const {
-  std::istringstream lines(ReadWholeFile(folder_.Path() / "transcript"));
+  std::istringstream lines(ReadWholeFile(folder_.Path("transcript")));
   std::vector<std::string> commands;
   for (std::string line; std::getline(lines, line);) {
     commands.push_back(line);

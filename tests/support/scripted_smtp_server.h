@@ -6,21 +6,9 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/scratch_folder.h"
+
 namespace pxscheduler {
-
-// A folder of its own for one test, removed with all that it holds.
-class TestFolder {
- public:
-  TestFolder();
-  ~TestFolder();
-  TestFolder(const TestFolder&) = delete;
-  TestFolder& operator=(const TestFolder&) = delete;
-
-  const std::filesystem::path& Path() const { return path_; }
-
- private:
-  std::filesystem::path path_;
-};
 
 // A process that a test starts and that ends with it.
 class ChildProcess {
@@ -57,7 +45,7 @@ class ScriptedSmtpServer {
   std::vector<std::string> Commands() const;
 
  private:
-  TestFolder folder_;
+  ScratchFolder folder_;
   ChildProcess process_;
   int port_ = 0;
 };

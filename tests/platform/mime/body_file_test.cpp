@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <string>
 
+#include "platform/text.h"
+
 namespace pxscheduler {
 namespace {
 

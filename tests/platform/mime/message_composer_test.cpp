@@ -151,10 +151,10 @@ std::vector<Kind> Kinds() {
 }
 
 TEST(MessageComposerTest, StrictParsersFindWhatWasGiven) {
-  const TestFolder folder;
+  const ScratchFolder folder;
   int number = 100;
   for (const Kind& kind : Kinds()) {
-    const std::string name = folder.Path() / std::to_string(number++);
+    const std::string name = folder.Path(std::to_string(number++));
     std::ofstream(name + ".eml", std::ios::binary) << Composed(kind);
     std::ofstream(name + ".json", std::ios::binary) << Expectation(kind);
   }
@@ -162,8 +162,8 @@ TEST(MessageComposerTest, StrictParsersFindWhatWasGiven) {
       std::filesystem::path(TEST_DATA_FOLDER).parent_path() / "platform/mime";
   for (const std::string& parser :
        {"python3 " + scripts + "/parse_strictly.py ", "perl " + scripts + "/parse_strictly.pl "}) {
-    const std::string report = folder.Path() / "report";
-    const std::string command = parser + folder.Path().string() + " > " + report + " 2>&1";
+    const std::string report = folder.Path("report");
+    const std::string command = parser + folder.Path() + " > " + report + " 2>&1";
     EXPECT_EQ(std::system(command.c_str()), 0)  // NOLINT(cert-env33-c): a test's own words
         << ReadWholeFile(report);
   }

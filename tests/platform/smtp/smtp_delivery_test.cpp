@@ -146,8 +146,8 @@ TEST(DeliveryTest, AnOldServerAndAnAddressOfSixteenBytes) {
 }
 
 TEST(DeliveryTest, BodyFile) {
-  const TestFolder folder;
-  const std::string path = folder.Path() / "body.htm";
+  const ScratchFolder folder;
+  const std::string path = folder.Path("body.htm");
   std::ofstream(path) << "<html><meta charset='utf-8'><p>caf\xC3\xA9 [First Name]</p></html>";
   TestMail mail(1);
   SmtpMailComponent& component = mail.Component();

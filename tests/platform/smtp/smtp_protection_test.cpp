@@ -25,17 +25,17 @@ class Certificates {
     Make("trusted.pem", "localhost");
     Make("stranger.pem", "localhost");
     Make("elsewhere.pem", "elsewhere.example");
-    const std::string trusted = ReadWholeFile(folder_.Path() / "trusted.pem");
-    const std::string elsewhere = ReadWholeFile(folder_.Path() / "elsewhere.pem");
-    std::ofstream(folder_.Path() / "store.pem") << trusted << elsewhere;
-    setenv("SSL_CERT_FILE", (folder_.Path() / "store.pem").c_str(), 1);
+    const std::string trusted = ReadWholeFile(folder_.Path("trusted.pem"));
+    const std::string elsewhere = ReadWholeFile(folder_.Path("elsewhere.pem"));
+    std::ofstream(folder_.Path("store.pem")) << trusted << elsewhere;
+    setenv("SSL_CERT_FILE", (folder_.Path("store.pem")).c_str(), 1);
   }
 
-  std::string File(const std::string& name) const { return folder_.Path() / name; }
+  std::string File(const std::string& name) const { return folder_.Path(name); }
 
  private:
   void Make(const std::string& file, const std::string& host) const {
-    const std::string path = folder_.Path() / file;
+    const std::string path = folder_.Path(file);
     const std::string command =
         "openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes -days 2"
         " -subj /CN=" +
@@ -44,7 +44,7 @@ class Certificates {
     ASSERT_EQ(std::system(command.c_str()), 0);  // NOLINT(cert-env33-c): a test's own words
   }
 
-  TestFolder folder_;
+  ScratchFolder folder_;
 };
 
 const Certificates& TestCertificates() {

@@ -1,4 +1,4 @@
-#include "platform/mime/base64.h"
+#include "platform/base64.h"
 
 #include <cstdint>
 

@@ -1,4 +1,4 @@
-#include "platform/mime/utf8_code_points.h"
+#include "platform/utf8_code_points.h"
 
 namespace pxscheduler {
 
