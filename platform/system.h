@@ -70,6 +70,9 @@ class System {
   virtual std::unique_ptr<AppendFile> OpenForAppend(const std::wstring& path) = 0;
   // The bytes of a file. Raises FileNotFound, PathNotFound, PermissionDenied or FileAccessError.
   virtual std::string ReadFile(const std::wstring& path) const = 0;
+  // The same file or folder by an absolute path without links, "." and "..", so that two paths name
+  // one file where they are equal. Raises PathNotFound, PermissionDenied or FileAccessError.
+  virtual std::wstring RealPath(const std::wstring& path) const = 0;
   // Makes these bytes the whole content of the file in one step: a reader sees the old content or
   // the new. Raises PathNotFound, PermissionDenied, DiskFull or FileAccessError.
   virtual void ReplaceFile(const std::wstring& path, std::string_view bytes) = 0;

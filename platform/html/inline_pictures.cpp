@@ -1,7 +1,5 @@
 #include "platform/html/inline_pictures.h"
 
-#include <algorithm>
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -13,6 +11,7 @@
 #include "platform/code_page.h"
 #include "platform/html/bracket_token.h"
 #include "platform/html/html_attributes.h"
+#include "platform/html/named_file.h"
 #include "platform/runtime_error.h"
 
 namespace pxscheduler {
@@ -25,13 +24,6 @@ bool HoldsToken(std::wstring_view text) {
        at = text.find(L'[', at + 1))
     if (BracketTokenLength(text.substr(at)) > 0) return true;
   return false;
-}
-
-bool StartsWithoutCase(std::wstring_view text, std::wstring_view lower) {
-  return text.size() >= lower.size() &&
-         std::equal(lower.begin(), lower.end(), text.begin(), [](wchar_t a, wchar_t b) {
-           return a == (b >= L'A' && b <= L'Z' ? static_cast<wchar_t>(b | 0x20) : b);
-         });
 }
 
 // The media type that the bytes themselves show; "" for anything but a picture.
@@ -53,79 +45,6 @@ std::optional<std::string> DataBytes(std::wstring_view address) {
   for (const wchar_t digit : address.substr(comma + 1))
     if (digit > L' ') digits += digit < 0x80 ? static_cast<char>(digit) : '?';
   return DecodeBase64(digits);
-}
-
-int HexDigit(wchar_t digit) {
-  if (digit >= L'0' && digit <= L'9') return digit - L'0';
-  if (digit >= L'a' && digit <= L'f') return digit - L'a' + 10;
-  return digit >= L'A' && digit <= L'F' ? digit - L'A' + 10 : -1;
-}
-
-// Without percent-encoding (RFC 3986, UTF-8) and the entity of "&".
-std::wstring Decoded(std::wstring_view address) {
-  std::string bytes;
-  for (std::size_t i = 0; i < address.size(); ++i) {
-    const bool escape = address[i] == L'%' && i + 2 < address.size() &&
-                        HexDigit(address[i + 1]) >= 0 && HexDigit(address[i + 2]) >= 0;
-    if (escape) {
-      bytes += static_cast<char>(HexDigit(address[i + 1]) * 16 + HexDigit(address[i + 2]));
-      i += 2;
-    } else {
-      AppendUtf8(address.substr(i, 1), bytes);
-      if (address.substr(i).starts_with(L"&amp;")) i += 4;
-    }
-  }
-  return FromUtf8(bytes);
-}
-
-// "/" for every separator, "." and ".." resolved; nothing where ".." leads above the start.
-std::optional<std::wstring> Resolved(std::wstring path) {
-  std::ranges::replace(path, L'\\', L'/');
-  std::vector<std::wstring_view> steps;
-  const std::wstring_view whole = path;
-  for (std::size_t begin = 0; begin <= whole.size();) {
-    const std::size_t end = std::min(whole.find(L'/', begin), whole.size());
-    const std::wstring_view step = whole.substr(begin, end - begin);
-    begin = end + 1;
-    if (step == L"..") {
-      if (steps.empty()) return std::nullopt;
-      steps.pop_back();
-    } else if (!step.empty() && step != L".") {
-      steps.push_back(step);
-    }
-  }
-  std::wstring resolved = whole.starts_with(L'/') ? L"/" : L"";
-  for (const std::wstring_view step : steps) {
-    if (!resolved.empty() && resolved.back() != L'/') resolved += L'/';
-    resolved += step;
-  }
-  return resolved;
-}
-
-// What a picture's address names, if it names a file.
-struct NamedFile {
-  std::wstring path;  // in the document's folder, "/" between its steps
-  bool absolute;
-};
-
-std::optional<NamedFile> FileOf(std::wstring_view address) {
-  const bool drive = address.size() > 1 && address[1] == L':';
-  if (StartsWithoutCase(address, L"file:")) {
-    address.remove_prefix(5);
-    if (address.starts_with(L"//")) {
-      address.remove_prefix(2);
-      address.remove_prefix(std::min(address.find(L'/'), address.size()));  // the machine's name
-    }
-    if (address.size() > 2 && address[0] == L'/' && address[2] == L':') address.remove_prefix(1);
-    return NamedFile{Decoded(address), true};
-  }
-  if (drive) return NamedFile{std::wstring(address), true};
-  if (address.starts_with(L"//") || address.starts_with(L"\\\\")) return std::nullopt;
-  const std::size_t first = address.find_first_of(L":/\\?#");
-  if (address.empty() || (first != std::wstring_view::npos && address[first] == L':'))
-    return std::nullopt;  // another scheme
-  return NamedFile{Decoded(address.substr(0, address.find_first_of(L"?#"))),
-                   address[0] == L'/' || address[0] == L'\\'};
 }
 
 std::string Hash(std::string_view bytes) {  // FNV-1a, 64 bits
@@ -154,7 +73,7 @@ class Taking {
     std::optional<std::string> bytes;
     if (StartsWithoutCase(address, L"data:")) {
       bytes = DataBytes(address);
-    } else if (const auto file = FileOf(address)) {
+    } else if (const auto file = FileOfAddress(address)) {
       bytes = FileBytes(*file, address);
     }
     if (!bytes) return {};
@@ -170,22 +89,28 @@ class Taking {
                  reason);
   }
 
-  std::optional<std::string> FileBytes(const NamedFile& file, std::wstring_view address) {
-    const auto folder = Resolved(folder_);
-    const auto path = Resolved(file.path);
-    // What is named from the root has to begin with the folder.
-    const bool inside =
-        path && (!file.absolute ||
-                 (folder && !folder->empty() &&
-                  (*path).starts_with(folder->back() == L'/' ? *folder : *folder + L'/')));
-    if (!inside) {
-      Warn(address, L"it lies outside the folder of the letter");
-      return std::nullopt;
+  // "" where the letter's folder cannot be examined.
+  const std::wstring& RealFolder() {
+    if (!real_folder_) {
+      try {
+        real_folder_ = system_.RealPath(folder_.empty() ? L"." : folder_);
+        if (!real_folder_->ends_with(L'\\')) *real_folder_ += L'\\';
+      } catch (const RuntimeError&) {
+        real_folder_ = L"";
+      }
     }
-    std::wstring name = file.absolute ? *path : folder_ + *path;
-    std::ranges::replace(name, L'/', L'\\');
+    return *real_folder_;
+  }
+
+  std::optional<std::string> FileBytes(const NamedFile& file, std::wstring_view address) {
     try {
-      std::string bytes = system_.ReadFile(name);
+      const std::optional<std::wstring> name = PathInFolder(file, folder_);
+      const std::wstring real = name ? system_.RealPath(*name) : L"";
+      if (RealFolder().empty() || !real.starts_with(RealFolder())) {
+        Warn(address, L"it lies outside the folder of the letter");
+        return std::nullopt;
+      }
+      std::string bytes = system_.ReadFile(real);
       if (bytes.size() <= kMostBytes && !MediaTypeOf(bytes).empty()) return bytes;
       Warn(address, bytes.size() > kMostBytes ? L"it is larger than 16 MB" : L"it is no picture");
     } catch (const RuntimeError& error) {
@@ -210,7 +135,8 @@ class Taking {
 
   const std::wstring& path_;
   System& system_;
-  std::wstring folder_;
+  std::wstring folder_;  // as `path` names it, with its separator
+  std::optional<std::wstring> real_folder_;
   std::vector<InlinePart> parts_;
   std::map<std::string, std::size_t> parts_by_hash_;
   std::map<std::wstring, std::wstring> replacements_;  // by address

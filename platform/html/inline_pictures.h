@@ -14,8 +14,8 @@ namespace pxscheduler {
 // that is named twice is one part.
 //
 // Addresses of any other scheme stay as they are, and so do those that hold a bracketed token. A
-// file that cannot be read, that is no picture or that lies outside the folder of `path` stays as
-// it is too, and one line of System::Warn says so.
+// file that cannot be read, that is no picture or that lies outside the folder of `path`, be it by
+// way of a link, stays as it is too, and one line of System::Warn says so.
 std::vector<InlinePart> TakePictures(std::wstring& html, const std::wstring& path, System& system);
 
 }  // namespace pxscheduler

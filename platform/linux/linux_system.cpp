@@ -196,6 +196,13 @@ std::string LinuxSystem::ReadFile(const std::wstring& path) const {
   return ReadNativeFile(CheckedPath(path));
 }
 
+std::wstring LinuxSystem::RealPath(const std::wstring& path) const {
+  const std::string native = CheckedPath(path);
+  std::array<char, PATH_MAX> real;
+  if (::realpath(native.c_str(), real.data()) == nullptr) throw ErrorOf(errno, native);
+  return FromNativePath(real.data());
+}
+
 void LinuxSystem::ReplaceFile(const std::wstring& path, std::string_view bytes) {
   ReplaceNativeFile(CheckedPath(path), bytes);
 }

@@ -120,6 +120,13 @@ std::string FakeSystem::ReadFile(const std::wstring& path) const {
   return found->second;
 }
 
+std::wstring FakeSystem::RealPath(const std::wstring& path) const {
+  const auto link = links.find(path);
+  const std::wstring real = link == links.end() ? path : link->second;
+  if (files.count(real) == 0 && folders.count(real) == 0) throw PathNotFound(path);
+  return real;
+}
+
 void FakeSystem::ReplaceFile(const std::wstring& path, std::string_view bytes) {
   RaiseIfSet(replace_errors, path);
   RequireParent(*this, path);

@@ -49,6 +49,7 @@ class FakeSystem : public System {
   std::optional<int> os_major_version = 6;
   std::map<std::wstring, std::string> files;
   std::set<std::wstring> folders = {L"C:", L"C:\\Program", L"C:\\Temp"};
+  std::map<std::wstring, std::wstring> links;  // what RealPath makes of a path, where another one
 
   // What was done.
   std::vector<MessageBox> message_boxes;
@@ -77,6 +78,7 @@ class FakeSystem : public System {
   void MakeFolder(const std::wstring& path) override;
   std::unique_ptr<AppendFile> OpenForAppend(const std::wstring& path) override;
   std::string ReadFile(const std::wstring& path) const override;
+  std::wstring RealPath(const std::wstring& path) const override;
   void ReplaceFile(const std::wstring& path, std::string_view bytes) override;
 };
 

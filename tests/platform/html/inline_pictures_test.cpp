@@ -20,6 +20,11 @@ class InlinePictures : public testing::Test {
     system_.files[L"C:\\Letters\\img\\a b.gif"] = kGif;
     system_.files[L"C:\\Letters\\notes.txt"] = "text";
     system_.files[L"C:\\secret.png"] = kPng;
+    system_.files[L"C:\\Letters of others\\logo.png"] = kPng;
+    system_.folders.insert(L"C:\\Letters\\");
+    system_.links[L"C:\\Letters\\inside.png"] = L"C:\\Letters\\logo.png";
+    system_.links[L"C:\\Letters\\outside.png"] = L"C:\\secret.png";
+    system_.links[L"C:\\Letters\\beside.png"] = L"C:\\Letters of others\\logo.png";
   }
 
   // The document with each "cid:" address cut down to "cid:" and its number.
@@ -36,11 +41,14 @@ class InlinePictures : public testing::Test {
 };
 
 TEST_F(InlinePictures, TakesFilesOfTheFolderAndData) {
-  EXPECT_EQ(Taken(std::wstring(L"<IMG alt=\"a > b\" SRC='logo.png'><img src=img/a%20b.gif?v=1>"
-                               L"<img src=\"") +
-                  kData + L"\"><td background=\"file:///C:/Letters/img/../logo.png\">logo.png"),
-            L"<IMG alt=\"a > b\" SRC=\"cid:1\"><img src=\"cid:2\"><img src=\"cid:1\">"
-            L"<td background=\"cid:1\">logo.png");
+  EXPECT_EQ(
+      Taken(
+          std::wstring(L"<IMG alt=\"a > b\" SRC='logo.png'><img src=img/a%20b.gif?v=1>"
+                       L"<img src=\"") +
+          kData +
+          L"\"><td background=\"file:///C:/Letters/img/../logo.png\">logo.png<img src=inside.png>"),
+      L"<IMG alt=\"a > b\" SRC=\"cid:1\"><img src=\"cid:2\"><img src=\"cid:1\">"
+      L"<td background=\"cid:1\">logo.png<img src=\"cid:1\">");
   ASSERT_EQ(parts_.size(), 2U);
   EXPECT_EQ(parts_[0].bytes, kPng);
   EXPECT_EQ(parts_[0].media_type, "image/png");
@@ -60,11 +68,21 @@ TEST_F(InlinePictures, LeavesEverythingElse) {
   EXPECT_TRUE(parts_.empty());
 }
 
+// The folder of the letter may itself be reached by a link.
+TEST_F(InlinePictures, TakesFilesOfALinkedFolder) {
+  system_.links[L"C:\\Letters\\"] = L"C:\\Letters of others";
+  system_.folders.insert(L"C:\\Letters of others");
+  EXPECT_EQ(Taken(L"<img src=beside.png><img src=logo.png>"),
+            L"<img src=\"cid:1\"><img src=logo.png>");
+  EXPECT_EQ(system_.warnings.size(), 1U);
+}
+
 TEST_F(InlinePictures, WarnsOnceOfAFileThatStays) {
   for (const wchar_t* name :
        {L"missing.png", L"notes.txt", L"../secret.png", L"img\\..\\..\\secret.png",
         L"C:\\secret.png", L"file:///C:/secret.png", L"file:///C:/Letters/../secret.png",
-        L"%2e%2e/secret.png", L"/secret.png"}) {
+        L"%2e%2e/secret.png", L"/secret.png", L"outside.png", L"beside.png",
+        L"file:///C:/Letters/outside.png"}) {
     system_.warnings.clear();
     const std::wstring html = L"<img src=\"" + std::wstring(name) + L"\">";
     EXPECT_EQ(Taken(html + html), html + html);

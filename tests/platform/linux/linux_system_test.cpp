@@ -163,6 +163,22 @@ TEST_F(LinuxSystemTest, ReplacesFiles) {
   EXPECT_THAT(left, testing::UnorderedElementsAre("file", "reader", "taken"));
 }
 
+TEST_F(LinuxSystemTest, FollowsLinksToTheFileItself) {
+  const std::wstring folder = system_.RealPath(FromNativePath(folder_.Path()));
+  std::filesystem::create_directories(folder_.Path("inside/deeper"));
+  folder_.Write("inside/file", "x");
+  std::filesystem::create_symlink("file", folder_.Path("inside/link"));
+  std::filesystem::create_directory_symlink("inside/deeper", folder_.Path("folder"));
+  std::filesystem::create_symlink("loop", folder_.Path("loop"));
+  for (const char* name :
+       {"inside/file", "inside/link", "folder/../link", "inside/./deeper/../file"})
+    EXPECT_EQ(system_.RealPath(Path(name)), folder + L"\\inside\\file") << name;
+  EXPECT_EQ(system_.RealPath(Path("folder/")), folder + L"\\inside\\deeper");
+  EXPECT_EQ(ErrorNumber([&] { system_.RealPath(Path("missing")); }), 76);
+  EXPECT_EQ(ErrorNumber([&] { system_.RealPath(Path("loop")); }), 75);
+  EXPECT_EQ(ErrorNumber([&] { system_.RealPath(std::wstring(L".\0x", 3)); }), 75);
+}
+
 TEST(ErrorOf, KnowsWhatTheSystemMeans) {
   const struct {
     int error_number;

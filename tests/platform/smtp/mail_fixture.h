@@ -26,6 +26,7 @@ class QuietSystem : public System {
   void MakeFolder(const std::wstring& /*path*/) override {}
   std::unique_ptr<AppendFile> OpenForAppend(const std::wstring& /*path*/) override { return {}; }
   std::string ReadFile(const std::wstring& path) const override;
+  std::wstring RealPath(const std::wstring& path) const override { return path; }
   void ReplaceFile(const std::wstring& /*path*/, std::string_view /*bytes*/) override {}
 };
 
