@@ -1,18 +1,20 @@
 #pragma once
 
-#include <sys/socket.h>
-
 #include <chrono>
+#include <cstdint>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
+
+#include "platform/sockets/socket_calls.h"
 
 namespace pxscheduler {
 
 struct SocketAddress {
   sockaddr_storage storage{};
   socklen_t size = 0;
+
+  void SetPort(std::uint16_t port);
 };
 
 enum class ResolveResult { kResolved, kUnknown, kTimedOut };

@@ -1,6 +1,4 @@
-#include "platform/smtp/resolver.h"
-
-#include <netdb.h>
+#include "platform/sockets/resolver.h"
 
 #include <condition_variable>
 #include <cstring>
@@ -27,7 +25,7 @@ std::vector<SocketAddress> LookUp(const std::string& host, int flags) {
     if (entry->ai_addrlen <= sizeof(sockaddr_storage)) {
       SocketAddress address;
       std::memcpy(&address.storage, entry->ai_addr, entry->ai_addrlen);
-      address.size = entry->ai_addrlen;
+      address.size = static_cast<socklen_t>(entry->ai_addrlen);
       addresses.push_back(address);
     }
   }
@@ -36,7 +34,16 @@ std::vector<SocketAddress> LookUp(const std::string& host, int flags) {
 
 }  // namespace
 
+void SocketAddress::SetPort(std::uint16_t port) {
+  if (storage.ss_family == AF_INET6) {
+    reinterpret_cast<sockaddr_in6*>(&storage)->sin6_port = htons(port);
+  } else {
+    reinterpret_cast<sockaddr_in*>(&storage)->sin_port = htons(port);
+  }
+}
+
 struct Resolver::Lookup {
+  SocketLibrary library;
   std::string host;
   std::mutex mutex;
   std::condition_variable finished;
