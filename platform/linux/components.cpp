@@ -26,13 +26,15 @@ std::unique_ptr<MailComponent> LinuxComponents::NewMailComponent() {
   return NewSmtpMailComponent(
       system, machine_.TheCodePages(),
       {.plain_text = PlainTextOfHtml,
-       .take_inline_parts = [&system](std::wstring& html, const std::wstring& path) {
-         return TakePictures(html, path, system);
+       .take_inline_parts = [&system, &converted = converted_](std::wstring& html,
+                                                               const std::wstring& path) {
+         return TakePictures(html, converted.DocumentOf(path), system);
        }});
 }
 
 std::unique_ptr<TextControl> LinuxComponents::NewTextControl() {
-  return std::make_unique<RichTextControl>(machine_.TheSystem(), machine_.TheCodePages());
+  return std::make_unique<RichTextControl>(machine_.TheSystem(), machine_.TheCodePages(),
+                                           &converted_);
 }
 
 }  // namespace pxscheduler

@@ -1,12 +1,14 @@
 #pragma once
 
+#include "platform/html/converted_files.h"
 #include "platform/linux/machine.h"
 #include "platform/platform.h"
 
 namespace pxscheduler {
 
 // The components that a run on Linux uses: the embedded engine and SQL Server as data access, mail
-// over the machine's sockets, and our own text control. The machine must outlive them.
+// over the machine's sockets, and our own text control. They must outlive what they make, and the
+// machine must outlive them.
 class LinuxComponents : public Components {
  public:
   explicit LinuxComponents(LinuxMachine& machine) : machine_(machine) {}
@@ -18,6 +20,7 @@ class LinuxComponents : public Components {
 
  private:
   LinuxMachine& machine_;
+  ConvertedFiles converted_;
 };
 
 }  // namespace pxscheduler

@@ -81,8 +81,9 @@ std::string HtmlOfText(std::wstring_view text, const PageLayout& page) {
 
 }  // namespace
 
-RichTextControl::RichTextControl(System& system, const CodePages& code_pages)
-    : system_(system), code_pages_(code_pages), page_settings_(kOwnPage) {}
+RichTextControl::RichTextControl(System& system, const CodePages& code_pages,
+                                 ConvertedFiles* converted)
+    : system_(system), code_pages_(code_pages), converted_(converted), page_settings_(kOwnPage) {}
 
 void RichTextControl::Load(const std::wstring& path, std::int16_t offset, std::int16_t) {
   const std::string bytes = system_.ReadFile(path);
@@ -103,6 +104,7 @@ void RichTextControl::Load(const std::wstring& path, std::int16_t offset, std::i
   } else {
     throw InvalidFileFormat(path + L": not a document of a known form");
   }
+  path_ = path;
 }
 
 void RichTextControl::Save(const std::wstring& path, std::int16_t offset, std::int16_t format) {
@@ -115,6 +117,7 @@ void RichTextControl::Save(const std::wstring& path, std::int16_t offset, std::i
   else
     html = HtmlOfText(std::get<std::wstring>(document_), document_page_);
   system_.ReplaceFile(path, html);
+  if (converted_ != nullptr) converted_->Add(path, path_);
 }
 
 std::int32_t RichTextControl::DocumentPageValue(int index) const {

@@ -5,6 +5,7 @@
 #include <variant>
 
 #include "platform/code_page.h"
+#include "platform/html/converted_files.h"
 #include "platform/rtf/document.h"
 #include "platform/system.h"
 #include "platform/text_control.h"
@@ -17,8 +18,9 @@ namespace pxscheduler {
 // inch.
 class RichTextControl : public TextControl {
  public:
-  // Both must outlive the control.
-  RichTextControl(System& system, const CodePages& code_pages);
+  // What is given must outlive the control. Each file that it saves is added to `converted`, if
+  // that is given.
+  RichTextControl(System& system, const CodePages& code_pages, ConvertedFiles* converted = nullptr);
 
   void Load(const std::wstring& path, std::int16_t offset, std::int16_t format) override;
   // Raises InvalidProcedureCall (5) for a format other than kFormatHtml or an offset other than 0.
@@ -37,6 +39,8 @@ class RichTextControl : public TextControl {
 
   System& system_;
   const CodePages& code_pages_;
+  ConvertedFiles* const converted_;
+  std::wstring path_;  // of the loaded document
   std::variant<std::wstring, Document, HtmlFile> document_;
   PageLayout document_page_;
   PageLayout page_settings_;

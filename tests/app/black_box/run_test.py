@@ -228,6 +228,25 @@ class Messages(SchedulerTest):
         self.assertIn("</html>", message.html.lower())
         self.assertTrue((self.folder / "tmp" / "scheduler.htm").exists())
 
+    def test_pictures_of_an_html_template_lie_beside_it(self):
+        picture = b"GIF89a of the letter"
+        self.write_file("work/logo.gif", picture)
+        for name in ("logo.gif", "other.gif"):
+            self.write_file("tmp/" + name, b"GIF89a of somebody else")
+        self.body_file = self.write_file(
+            "work/letter.qzw",
+            b"\0" * 30 + b'<html><body><img src="logo.gif"><img src="other.gif"></body></html>')
+        server = self.start_mail_server()
+        self.add_client("ann@example.com")
+        result = self.run_scheduler()
+        self.assertEqual(result.returncode, 0)
+        self.assertRegex(result.stderr, r"\A[^\n]*letter\.qzw: the picture other\.gif [^\n]*\n\Z")
+        (message,) = server.messages
+        pictures = [part.get_content() for part in message.parsed.walk()
+                    if part.get_content_maintype() == "image"]
+        self.assertEqual(pictures, [picture])
+        self.assertRegex(message.html, r'<img src="cid:[^"]+"><img src="other\.gif">')
+
     def test_logging_in(self):
         password = "S3cret \u00fcber;pass"
         key = self.folder / "credentials" / "mailkey"
