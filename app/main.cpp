@@ -2,8 +2,13 @@
 #include <string>
 
 #include "app/run_driver.h"
+#ifdef _WIN32
+#include "platform/windows/components.h"
+#include "platform/windows/machine.h"
+#else
 #include "platform/linux/components.h"
 #include "platform/linux/machine.h"
+#endif
 #include "platform/runtime_error.h"
 
 namespace pxscheduler {
@@ -18,9 +23,9 @@ int Report(System& system, const RuntimeError& error) {
   return kEndedByError;
 }
 
-int Run(int argument_count, const char* const* arguments) {
-  LinuxMachine machine(argument_count, arguments);
-  LinuxComponents components(machine);
+template <typename Machine, typename MachineComponents>
+int Run(Machine& machine) {
+  MachineComponents components(machine);
   try {
     Main(machine.Join(components));
     return 0;
@@ -34,6 +39,14 @@ int Run(int argument_count, const char* const* arguments) {
 }  // namespace
 }  // namespace pxscheduler
 
-int main(int argument_count, char** arguments) {
-  return pxscheduler::Run(argument_count, arguments);
+#ifdef _WIN32
+int main() {
+  pxscheduler::WindowsMachine machine;
+  return pxscheduler::Run<pxscheduler::WindowsMachine, pxscheduler::WindowsComponents>(machine);
 }
+#else
+int main(int argument_count, char** arguments) {
+  pxscheduler::LinuxMachine machine(argument_count, arguments);
+  return pxscheduler::Run<pxscheduler::LinuxMachine, pxscheduler::LinuxComponents>(machine);
+}
+#endif

@@ -19,7 +19,7 @@ class ByteArena {
   // Keeps a copy of the bytes, in one piece of memory.
   Position Append(std::string_view bytes) {
     if (bytes.size() > capacity_ - used_) AddChunk(bytes.size());
-    const Position position = ((chunks_.size() - 1) << kOffsetBits) | used_;
+    const Position position = (Position{chunks_.size() - 1} << kOffsetBits) | used_;
     bytes.copy(chunks_.back().get() + used_, bytes.size());
     used_ += bytes.size();
     return position;
@@ -27,7 +27,8 @@ class ByteArena {
 
   // The byte at the position; those of the same piece follow. Valid as long as the arena.
   const char* At(Position position) const {
-    return chunks_[position >> kOffsetBits].get() + (position & kOffsetMask);
+    return chunks_[static_cast<std::size_t>(position >> kOffsetBits)].get() +
+           (position & kOffsetMask);
   }
 
  private:

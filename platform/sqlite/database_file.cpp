@@ -43,8 +43,11 @@ bool IsIdleWriteAheadFile(const std::filesystem::path& file) {
 
 // The file as a URI (RFC 3986), which is how the engine takes the "immutable" flag.
 std::string ImmutableUri(const std::filesystem::path& file) {
-  std::string uri = "file:";
-  for (const char character : Utf8Of(file)) {
+  std::string path = Utf8Of(file);
+  std::replace(path.begin(), path.end(), '\\', '/');
+  // A drive or a server name is part of the path, not the URI's authority.
+  std::string uri = file.has_root_name() ? "file:///" : "file:";
+  for (const char character : path) {
     constexpr std::string_view kHexadecimal = "0123456789ABCDEF";
     const auto byte = static_cast<unsigned char>(character);
     if (character == '%' || character == '?' || character == '#') {

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "platform/platform.h"
+#include "platform/windows/machine.h"
+
+namespace pxscheduler {
+
+// The components that a run on Windows uses: ADO, the system's ODBC or the embedded engine as data
+// access, mail over Winsock, and the rich-text component where it is registered. The machine must
+// outlive them.
+class WindowsComponents : public Components {
+ public:
+  explicit WindowsComponents(WindowsMachine& machine) : machine_(machine) {}
+
+  std::unique_ptr<Connection> NewConnection() override;
+  std::unique_ptr<Recordset> NewRecordset() override;
+  std::unique_ptr<MailComponent> NewMailComponent() override;
+  std::unique_ptr<TextControl> NewTextControl() override;
+
+ private:
+  WindowsMachine& machine_;
+};
+
+}  // namespace pxscheduler
