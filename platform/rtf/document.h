@@ -4,6 +4,7 @@
 #include <compare>
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -152,6 +153,14 @@ struct Picture {
   std::wstring description;
 };
 
+// Why a picture is left out, or not shown as the document has it.
+enum class PictureProblem : std::uint8_t {
+  kMetafile,    // mail programs do not show WMF and EMF
+  kTooLarge,    // more bytes than a message should carry
+  kUnreadable,  // none of the known forms, or damaged
+  kNotCropped,  // shown whole
+};
+
 struct ListLevel {
   // As in the "type" of an HTML list: '1', 'a', 'A', 'i', 'I'; 0 for bullets.
   wchar_t number_style = 0;
@@ -193,6 +202,7 @@ struct Document {
   std::vector<Paragraph> paragraphs;
   std::vector<RowFormat> rows;
   std::vector<Picture> pictures;
+  std::map<PictureProblem, std::size_t> picture_problems;  // how many pictures have each
   std::vector<std::wstring> bookmarks;
   std::vector<Link> links;
   std::vector<List> lists;

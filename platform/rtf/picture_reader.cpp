@@ -1,7 +1,11 @@
 #include "platform/rtf/picture_reader.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <utility>
+
+#include "platform/picture_cropping.h"
+#include "platform/rtf/dib_picture.h"
 
 namespace pxscheduler {
 namespace {
@@ -14,55 +18,56 @@ int HexDigit(char character) {
   return lowered >= 'a' && lowered <= 'f' ? lowered - 'a' + 10 : -1;
 }
 
-std::uint32_t LittleEndian(std::string_view bytes, std::size_t at, std::size_t length) {
-  std::uint32_t number = 0;
-  for (std::size_t i = length; i > 0; --i)
-    number = number << 8 | static_cast<unsigned char>(bytes[at + i - 1]);
-  return number;
+// The length of a side of the whole picture before scaling, in twips; 0 where the document does not
+// say.
+std::int32_t WholeSide(std::int32_t goal, std::int32_t pixels) {
+  if (goal > 0) return goal;
+  return static_cast<std::int32_t>(
+      std::clamp<std::int64_t>(std::int64_t{pixels} * kTwipsPerPixel, 0, INT32_MAX));
 }
 
-std::string LittleEndianBytes(std::uint32_t number) {
-  std::string bytes;
-  for (int shift = 0; shift < 32; shift += 8) bytes += static_cast<char>(number >> shift & 0xFF);
-  return bytes;
-}
-
-// A BMP file of a device-independent bitmap: the file header, which says where the pixels begin,
-// and the bitmap as it is (Windows, BITMAPFILEHEADER and BITMAPINFOHEADER). "" for anything else.
-std::string BmpOfDib(const std::string& dib) {
-  constexpr std::size_t kCoreHeader = 12;
-  constexpr std::size_t kInfoHeader = 40;
-  constexpr std::uint32_t kBitFields = 3;
-  if (dib.size() < kCoreHeader) return {};
-  const std::uint32_t header = LittleEndian(dib, 0, 4);
-  std::size_t palette = 0;
-  if (header == kCoreHeader) {
-    const std::uint32_t depth = LittleEndian(dib, 10, 2);
-    palette = depth <= 8 ? (std::size_t{1} << depth) * 3 : 0;
-  } else if (header >= kInfoHeader && header <= 124 && dib.size() >= kInfoHeader) {
-    const std::uint32_t depth = LittleEndian(dib, 14, 2);
-    const std::uint32_t used = LittleEndian(dib, 32, 4);
-    if (used > 256) return {};
-    palette = (used > 0 ? used : depth <= 8 ? std::size_t{1} << depth : 0) * 4;
-    if (header == kInfoHeader && LittleEndian(dib, 16, 4) == kBitFields) palette += 12;
-  } else {
-    return {};
-  }
-  const std::size_t pixels = 14 + header + palette;
-  if (pixels > dib.size() + 14) return {};
-  return "BM" + LittleEndianBytes(static_cast<std::uint32_t>(dib.size() + 14)) +
-         LittleEndianBytes(0) + LittleEndianBytes(static_cast<std::uint32_t>(pixels)) + dib;
-}
-
-// The size on paper of one dimension, in twips; 0 where the document does not say.
-std::int32_t ShownSize(std::int32_t goal, std::int32_t pixels, std::int32_t scale,
-                       std::int32_t crop_before, std::int32_t crop_after) {
+// The length of a side on paper.
+std::int32_t ShownSide(std::int32_t whole, std::int32_t scale, std::int32_t cut_before,
+                       std::int32_t cut_after) {
   constexpr std::int64_t kLongest = 31680;  // 22 inches, the largest page
-  std::int64_t size = goal > 0 ? goal : std::int64_t{std::max(0, pixels)} * kTwipsPerPixel;
-  if (size == 0) return 0;
-  size -= std::int64_t{crop_before} + crop_after;
-  size = size * (scale > 0 ? scale : 100) / 100;
-  return static_cast<std::int32_t>(std::clamp<std::int64_t>(size, 1, kLongest));
+  if (whole == 0) return 0;
+  std::int64_t side = std::int64_t{whole} - cut_before - cut_after;
+  side = side * (scale > 0 ? scale : 100) / 100;
+  return static_cast<std::int32_t>(std::clamp<std::int64_t>(side, 1, kLongest));
+}
+
+// Space that is added around a picture is left out.
+PictureCropping CroppingOf(const PictureInProgress& picture) {
+  PictureCropping cropping;
+  cropping.width = WholeSide(picture.width_goal, picture.width);
+  cropping.height = WholeSide(picture.height_goal, picture.height);
+  cropping.left = std::max(0, picture.crop_left);
+  cropping.top = std::max(0, picture.crop_top);
+  cropping.right = std::max(0, picture.crop_right);
+  cropping.bottom = std::max(0, picture.crop_bottom);
+  return cropping;
+}
+
+// What the bytes are counts, not what the control word says; "" where they are nothing known.
+std::string MediaTypeOf(const PictureInProgress& picture) {
+  if (picture.bytes.starts_with("\x89PNG\r\n\x1A\n")) return "image/png";
+  if (picture.bytes.starts_with("\xFF\xD8\xFF")) return "image/jpeg";
+  const bool dib =
+      picture.kind == PictureInProgress::Kind::kDib && !BmpOfDib(picture.bytes).empty();
+  return dib ? "image/bmp" : "";
+}
+
+// Cuts the bytes as the cropping says, or makes it cut nothing where that cannot be done.
+bool CropBytes(std::string& bytes, bool is_dib, PictureCropping& cropping) {
+  if (!cropping.CutsAnything()) return true;
+  std::optional<std::string> cropped =
+      is_dib ? CropDib(bytes, cropping) : CropPicture(bytes, cropping);
+  const bool done = cropped && !cropped->empty();
+  if (done)
+    bytes = *std::move(cropped);
+  else
+    cropping.left = cropping.top = cropping.right = cropping.bottom = 0;
+  return done;
 }
 
 }  // namespace
@@ -92,26 +97,23 @@ void PictureInProgress::AppendBytes(std::string_view more) {
   bytes += more;
 }
 
-std::optional<Picture> FinishPicture(PictureInProgress picture) {
+FinishedPicture FinishPicture(PictureInProgress picture) {
+  if (picture.too_large) return {std::nullopt, PictureProblem::kTooLarge};
+  if (picture.bytes.empty()) return {};
   Picture finished;
-  finished.width = ShownSize(picture.width_goal, picture.width, picture.scale_x, picture.crop_left,
-                             picture.crop_right);
-  finished.height = ShownSize(picture.height_goal, picture.height, picture.scale_y,
-                              picture.crop_top, picture.crop_bottom);
+  finished.media_type = MediaTypeOf(picture);
+  if (finished.media_type.empty())
+    return {std::nullopt, picture.kind == PictureInProgress::Kind::kMetafile
+                              ? PictureProblem::kMetafile
+                              : PictureProblem::kUnreadable};
+  const bool is_dib = finished.media_type == "image/bmp";
+  PictureCropping cropping = CroppingOf(picture);
+  const bool cropped = CropBytes(picture.bytes, is_dib, cropping);
+  finished.width = ShownSide(cropping.width, picture.scale_x, cropping.left, cropping.right);
+  finished.height = ShownSide(cropping.height, picture.scale_y, cropping.top, cropping.bottom);
   finished.description = std::move(picture.description);
-  // What the bytes are counts, not what the control word says.
-  if (picture.bytes.starts_with("\x89PNG\r\n\x1A\n")) {
-    finished.media_type = "image/png";
-    finished.bytes = std::move(picture.bytes);
-  } else if (picture.bytes.starts_with("\xFF\xD8\xFF")) {
-    finished.media_type = "image/jpeg";
-    finished.bytes = std::move(picture.bytes);
-  } else if (picture.kind == PictureInProgress::Kind::kDib) {
-    finished.media_type = "image/bmp";
-    finished.bytes = BmpOfDib(picture.bytes);
-  }
-  if (finished.bytes.empty()) return std::nullopt;
-  return finished;
+  finished.bytes = is_dib ? BmpOfDib(picture.bytes) : std::move(picture.bytes);
+  return {std::move(finished), cropped ? std::nullopt : std::optional(PictureProblem::kNotCropped)};
 }
 
 }  // namespace pxscheduler

@@ -36,7 +36,12 @@ struct PictureInProgress {
   void AppendBytes(std::string_view more);
 };
 
-// The picture in a form that mail programs show, a DIB as a BMP file. Nothing where it has none.
-std::optional<Picture> FinishPicture(PictureInProgress picture);
+struct FinishedPicture {
+  std::optional<Picture> picture;
+  std::optional<PictureProblem> problem;  // neither where the document has no bytes for it
+};
+
+// The picture in a form that mail programs show, a DIB as a BMP file, cropped as the document says.
+FinishedPicture FinishPicture(PictureInProgress picture);
 
 }  // namespace pxscheduler

@@ -175,9 +175,7 @@ void Reading::EndDestination(Destination destination) {
       EndField();
       break;
     case Destination::kPicture:
-      if (auto finished = FinishPicture(std::move(picture)); finished && ShowsObjects())
-        builder.AppendPicture(std::move(*finished), state.character, state.link);
-      picture = {};
+      EndPicture();
       break;
     case Destination::kBookmark:
       if (!captured.empty() && ShowsObjects()) builder.AppendBookmark(std::exchange(captured, {}));
@@ -229,6 +227,15 @@ void Reading::EndFont() {
   }
   fonts[font.number] = entry;
   font = {};
+}
+
+void Reading::EndPicture() {
+  PictureInProgress ended = std::exchange(picture, {});
+  if (!ShowsObjects() || state.character.hidden) return;
+  FinishedPicture finished = FinishPicture(std::move(ended));
+  if (finished.problem) ++document.picture_problems[*finished.problem];
+  if (finished.picture)
+    builder.AppendPicture(*std::move(finished.picture), state.character, state.link);
 }
 
 void Reading::EndStyle() {

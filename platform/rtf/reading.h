@@ -205,6 +205,7 @@ class Reading {
   void Flush();
   void Take(std::wstring_view text);
   void EndFont();
+  void EndPicture();
   void EndStyle();
   void EndField();
 

@@ -79,6 +79,28 @@ std::string HtmlOfText(std::wstring_view text, const PageLayout& page) {
   return html + HtmlEnd();
 }
 
+std::wstring Explanation(PictureProblem problem) {
+  switch (problem) {
+    case PictureProblem::kMetafile:
+      return L"left out: WMF or EMF, which mail programs do not show";
+    case PictureProblem::kTooLarge:
+      return L"left out: larger than 16 MB";
+    case PictureProblem::kUnreadable:
+      return L"left out: not PNG, JPEG or DIB, or damaged";
+    case PictureProblem::kNotCropped:
+      break;
+  }
+  return L"shown whole: not to be cropped, compressed in a rare way or damaged";
+}
+
+// One line for each kind of picture that the message cannot carry as the document has it.
+void WarnOfPictures(const Document& document, const std::wstring& path, System& system) {
+  for (const auto& [problem, count] : document.picture_problems)
+    system.Warn(path + L": " +
+                (count == 1 ? L"a picture is " : std::to_wstring(count) + L" pictures are ") +
+                Explanation(problem));
+}
+
 }  // namespace
 
 RichTextControl::RichTextControl(System& system, const CodePages& code_pages,
@@ -95,6 +117,7 @@ void RichTextControl::Load(const std::wstring& path, std::int16_t offset, std::i
   document_page_ = {};
   if (document.starts_with("{\\rtf")) {
     Document read = ReadRtf(document, code_pages_);
+    WarnOfPictures(read, path, system_);
     document_page_ = read.page;
     document_ = std::move(read);
   } else if (BeginsWithMark(document)) {

@@ -59,6 +59,32 @@ TEST_F(RichTextControlTest, RefusesWhatIsNoDocument) {
   EXPECT_THROW(control_.Load(L"missing.qzw", 30, TextControl::kFormatRichText), RuntimeError);
 }
 
+TEST_F(RichTextControlTest, TellsOfPicturesThatAreNotShownAsTheyAre) {
+  const std::string png = "{\\pict\\pngblip 89504e470d0a1a0a";
+  const std::string metafile = "{\\pict\\wmetafile8 0102}";
+  const std::string too_large(std::size_t{16} << 20, 'x');
+  const struct {
+    std::string rtf;
+    std::vector<std::wstring> warnings;
+  } cases[] = {
+      {png + "}", {}},
+      {"{\\*\\shppict" + png + "}}{\\nonshppict" + metafile + "}{\\v" + metafile + "}{\\pict}", {}},
+      {metafile, {L"a picture is left out: WMF or EMF"}},
+      {metafile + "{\\pict\\emfblip 01}{\\pict\\jpegblip 0102}",
+       {L"2 pictures are left out: WMF or EMF", L"a picture is left out: not PNG"}},
+      {"{\\pict\\jpegblip\\bin16777217 " + too_large + "x}", {L"a picture is left out: larger"}},
+      {png + "\\piccropl100}", {L"a picture is shown whole"}},
+  };
+  for (const auto& c : cases) {
+    system_.warnings.clear();
+    Converted(kHeader + "{\\rtf1 x" + c.rtf + "}");
+    ASSERT_EQ(system_.warnings.size(), c.warnings.size()) << c.rtf.substr(0, 99);
+    for (std::size_t i = 0; i < c.warnings.size(); ++i)
+      EXPECT_TRUE(system_.warnings[i].starts_with(L"letter.qzw: " + c.warnings[i]))
+          << ToUtf8(system_.warnings[i]);
+  }
+}
+
 TEST_F(RichTextControlTest, KnowsThePageOfTheDocument) {
   const auto values = [&](const std::string& rtf) {
     Converted(kHeader + rtf);

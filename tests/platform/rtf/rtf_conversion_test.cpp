@@ -212,6 +212,24 @@ TEST(RtfConversion, Pictures) {
   });
 }
 
+// A bitmap of two pixels, of which the second is shown; a PNG that cannot be cropped is shown
+// whole.
+TEST(RtfConversion, CroppedPictures) {
+  Expect({
+      {"{\\pict\\dibitmap0\\picwgoal600\\pichgoal300\\piccropl300\\piccropt-90\\picscalex200 "
+       "2800000002000000010000000100180000000000080000000000000000000000000000000000000001020304050"
+       "600"
+       "00}",
+       "<p style=\"margin:0\"><img "
+       "src=\"data:image/bmp;base64,Qk06AAAAAAAAADYAAAAoAAAAAQAAAAEAAAABABgA"
+       "AAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAABAUGAA==\" width=\"40\" height=\"20\" alt=\"\" "
+       "border=\"0\"></p>"},
+      {"{\\pict\\pngblip\\picwgoal600\\pichgoal300\\piccropl300 89504e470d0a1a0a00}",
+       "<p style=\"margin:0\"><img src=\"data:image/png;base64,iVBORw0KGgoA\" width=\"40\" "
+       "height=\"20\" alt=\"\" border=\"0\"></p>"},
+  });
+}
+
 TEST(RtfConversion, ReadsOnWhateverIsWrong) {
   const Case cases[] = {
       {"a}}} b", "a\n"},  // the document ends with its first group
