@@ -1,8 +1,5 @@
 #include "platform/odbc/column.h"
 
-#include <sqlext.h>
-#include <sqlucode.h>
-
 #include <algorithm>
 #include <array>
 #include <chrono>

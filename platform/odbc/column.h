@@ -1,7 +1,5 @@
 #pragma once
 
-#include <sql.h>
-
 #include <cstddef>
 #include <span>
 #include <string>
@@ -10,6 +8,7 @@
 
 #include "platform/data/row_store.h"
 #include "platform/odbc/handles.h"
+#include "platform/odbc/odbc_headers.h"
 
 namespace pxscheduler {
 

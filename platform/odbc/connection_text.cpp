@@ -23,6 +23,10 @@ void CheckExpressible(const wchar_t* what, std::wstring_view value) {
   }
 }
 
+std::wstring Braced(std::wstring_view value) {
+  return L'{' + ReplaceAll(value, L"}", L"}}") + L'}';
+}
+
 std::wstring Quoted(Dialect dialect, std::wstring_view value) {
   const bool plain = !value.empty() && value.front() != L'{' && !Contains(value, L';') &&
                      TrimBlanks(value) == value;
@@ -30,9 +34,7 @@ std::wstring Quoted(Dialect dialect, std::wstring_view value) {
     return std::wstring(value);
   }
   if (value.empty()) return {};
-  return L'{' +
-         (dialect == Dialect::kFreeTds ? std::wstring(value) : ReplaceAll(value, L"}", L"}}")) +
-         L'}';
+  return dialect == Dialect::kFreeTds ? L'{' + std::wstring(value) + L'}' : Braced(value);
 }
 
 }  // namespace
@@ -43,19 +45,25 @@ std::wstring ConnectionText(const OdbcSettings& settings) {
     CheckExpressible(what, value);
     text.append(keyword).append(1, L'=').append(Quoted(settings.dialect, value)).append(1, L';');
   };
-  add(L"DRIVER", L"name of the driver", settings.driver);
-  add(L"SERVER", L"name of the server", settings.host + L',' + std::to_wstring(settings.port));
+  const bool is_free_tds = settings.dialect == Dialect::kFreeTds;
+  const std::wstring server = settings.host + L',' + std::to_wstring(settings.port);
+  CheckExpressible(L"name of the driver", settings.driver);
+  text.append(L"DRIVER=");
+  text.append(is_free_tds ? Quoted(settings.dialect, settings.driver) : Braced(settings.driver));
+  text += L';';
+  // The others would try shared memory and pipes on the way.
+  add(L"SERVER", L"name of the server", is_free_tds ? server : L"tcp:" + server);
   add(L"UID", L"user name", settings.user_id);
   add(L"PWD", L"password", settings.password);
   if (!settings.database.empty()) add(L"DATABASE", L"name of the database", settings.database);
   text += L"APP=PXScheduler;";
   const bool whole_session = settings.encryption == Encryption::kWholeSession;
-  if (settings.dialect == Dialect::kFreeTds) {
+  if (is_free_tds) {
     // Without a version this driver does not keep its login time-out; without a character set it
     // squeezes every text through ISO 8859-1.
     text += L"TDS_Version=7.4;ClientCharset=UTF-8;Encryption=";
     text += whole_session ? L"require;" : L"request;";
-  } else {
+  } else if (settings.dialect == Dialect::kStandard) {
     text += whole_session ? L"Encrypt=yes;TrustServerCertificate=yes;" : L"Encrypt=no;";
   }
   return text;

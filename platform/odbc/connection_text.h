@@ -7,8 +7,9 @@ namespace pxscheduler {
 
 // How a driver reads the values of a connection string.
 enum class Dialect {
-  kFreeTds,   // "{" begins a value that ends at the first "};"; nothing is doubled
-  kStandard,  // "{" begins a value in which "}" is doubled
+  kFreeTds,     // "{" begins a value that ends at the first "};"; nothing is doubled
+  kStandard,    // "{" begins a value in which "}" is doubled
+  kWindowsOwn,  // the same; the driver "SQL Server" of the system, which checks any certificate
 };
 
 enum class Encryption {

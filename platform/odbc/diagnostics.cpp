@@ -1,7 +1,5 @@
 #include "platform/odbc/diagnostics.h"
 
-#include <sqlext.h>
-
 #include <algorithm>
 #include <array>
 #include <string_view>

@@ -1,11 +1,10 @@
 #pragma once
 
-#include <sql.h>
-
 #include <cstdint>
 #include <string>
 #include <vector>
 
+#include "platform/odbc/odbc_headers.h"
 #include "platform/runtime_error.h"
 
 namespace pxscheduler {

@@ -1,9 +1,5 @@
 #include "platform/odbc/driver_library.h"
 
-#include <sql.h>
-#include <sqlext.h>
-#include <sqlucode.h>
-
 #include <algorithm>
 #include <array>
 #include <filesystem>
@@ -12,6 +8,7 @@
 
 #include "platform/code_page.h"
 #include "platform/letter_case.h"
+#include "platform/odbc/default_drivers.h"
 #include "platform/odbc/handles.h"
 #include "platform/odbc/provider_error.h"
 #include "platform/odbc/wide_text.h"
@@ -19,22 +16,10 @@
 namespace pxscheduler {
 namespace {
 
-// Debian's folder for libraries of the architecture that the program is built for comes first.
-constexpr std::array<const char*, 5> kFreeTdsLibraries = {
-    "/usr/lib/" PXSCHEDULER_LIBRARY_ARCHITECTURE "/odbc/libtdsodbc.so",
-    "/usr/lib/odbc/libtdsodbc.so",
-    "/usr/lib64/libtdsodbc.so.0",
-    "/usr/lib/libtdsodbc.so",
-    "/usr/local/lib/libtdsodbc.so",
-};
-
-bool IsFile(const std::filesystem::path& path) {
-  std::error_code ignored;
-  return std::filesystem::is_regular_file(path, ignored);
-}
+bool IsLibrary(const std::wstring& driver) { return driver.find(L'/') != std::wstring::npos; }
 
 // Whether the driver manager knows a driver by this name; names compare without case.
-bool IsInstalled(const std::wstring& name) {
+bool IsRegistered(const std::wstring& name) {
   const Environment environment;
   std::array<SQLWCHAR, 512> installed;
   std::array<SQLWCHAR, 2> no_attributes;
@@ -52,29 +37,33 @@ bool IsInstalled(const std::wstring& name) {
   return false;
 }
 
-Dialect DialectOf(const std::wstring& driver) {
-  const std::wstring name = LowerCase(driver.substr(driver.rfind(L'/') + 1));
-  return name.find(L"tds") == std::wstring::npos ? Dialect::kStandard : Dialect::kFreeTds;
+bool IsInstalled(const std::wstring& driver) {
+  if (!IsLibrary(driver)) return IsRegistered(driver);
+  const std::string path = ToUtf8(driver);
+  std::error_code ignored;
+  return std::filesystem::is_regular_file(std::u8string(path.begin(), path.end()), ignored);
 }
 
 }  // namespace
 
+Dialect DialectOf(const std::wstring& driver) {
+  const std::wstring name = LowerCase(driver.substr(driver.rfind(L'/') + 1));
+  if (name.find(L"tds") != std::wstring::npos) return Dialect::kFreeTds;
+  return name == L"sql server" ? Dialect::kWindowsOwn : Dialect::kStandard;
+}
+
 Driver FindDriver(const std::wstring& wanted) {
   if (!wanted.empty()) {
-    const bool is_library = wanted.find(L'/') != std::wstring::npos;
-    if (is_library ? !IsFile(ToUtf8(wanted)) : !IsInstalled(wanted)) {
-      throw ProviderFailure(L"PXSCHEDULER_ODBC_DRIVER names the " +
-                            std::wstring(is_library ? L"library " : L"driver ") + wanted +
-                            L", which is not installed.");
-    }
-    return {wanted, DialectOf(wanted)};
+    if (IsInstalled(wanted)) return {wanted, DialectOf(wanted)};
+    throw ProviderFailure(L"PXSCHEDULER_ODBC_DRIVER names the " +
+                          std::wstring(IsLibrary(wanted) ? L"library " : L"driver ") + wanted +
+                          L", which is not installed.");
   }
-  for (const char* library : kFreeTdsLibraries) {
-    if (IsFile(library)) return {FromUtf8(library), Dialect::kFreeTds};
+  for (const std::wstring& driver : DefaultDrivers()) {
+    if (IsInstalled(driver)) return {driver, DialectOf(driver)};
   }
-  throw ProviderFailure(
-      L"There is no ODBC driver for SQL Server: install the package tdsodbc, or name a driver or "
-      L"its library in PXSCHEDULER_ODBC_DRIVER.");
+  throw ProviderFailure(L"There is no ODBC driver for SQL Server: install " + DriverToInstall() +
+                        L", or name a driver in PXSCHEDULER_ODBC_DRIVER.");
 }
 
 }  // namespace pxscheduler

@@ -1,11 +1,9 @@
 #pragma once
 
-#include <sql.h>
-#include <sqlext.h>
-
 #include <algorithm>
 
 #include "platform/odbc/diagnostics.h"
+#include "platform/odbc/odbc_headers.h"
 
 namespace pxscheduler {
 

@@ -5,15 +5,16 @@
 #include <string>
 #include <string_view>
 
+#include "platform/odbc/host_lookup.h"
+
 namespace pxscheduler {
 
 inline constexpr std::uint16_t kSqlBrowserPort = 1434;
 
 // The TCP port of a named instance, as the SQL Server Browser of its host tells it ([MC-SQLR],
 // CLNT_UCAST_INST). Every address of the host is asked, once a second until `timeout` is over.
-// Raises a provider failure (-2147467259) where the host is unknown, nobody answers, or the answer
-// holds no TCP port.
-std::uint16_t FindInstancePort(const std::wstring& host, const std::wstring& instance,
+// Raises a provider failure (-2147467259) where nobody answers, or the answer holds no TCP port.
+std::uint16_t FindInstancePort(const ResolvedHost& host, const std::wstring& instance,
                                std::chrono::milliseconds timeout,
                                std::uint16_t browser_port = kSqlBrowserPort);
 

@@ -1,7 +1,5 @@
 #include "platform/odbc/row_set_reader.h"
 
-#include <sqlext.h>
-
 #include <algorithm>
 #include <cstddef>
 #include <span>

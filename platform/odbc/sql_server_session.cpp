@@ -1,8 +1,5 @@
 #include "platform/odbc/sql_server_session.h"
 
-#include <sqlext.h>
-#include <sqlucode.h>
-
 #include <algorithm>
 #include <string_view>
 #include <utility>
@@ -12,6 +9,7 @@
 #include "platform/odbc/connection_text.h"
 #include "platform/odbc/driver_library.h"
 #include "platform/odbc/handles.h"
+#include "platform/odbc/host_lookup.h"
 #include "platform/odbc/instance_lookup.h"
 #include "platform/odbc/provider_error.h"
 #include "platform/odbc/row_set_reader.h"
@@ -146,7 +144,8 @@ class SqlServerSession : public Session {
   seconds command_timeout_;
 };
 
-std::unique_ptr<Session> OpenWith(const Driver& driver, const SqlServerOptions& options,
+std::unique_ptr<Session> OpenWith(const Driver& driver, Resolver& resolver,
+                                  const SqlServerOptions& options,
                                   const ConnectionSettings& settings) {
   const Clock::time_point deadline = Clock::now() + options.login_timeout;
   const ServerAddress address = ParseServerAddress(settings.data_source);
@@ -158,8 +157,11 @@ std::unique_ptr<Session> OpenWith(const Driver& driver, const SqlServerOptions& 
                     .password = settings.password,
                     .database = settings.initial_catalog};
   std::wstring text = ConnectionText(odbc);
+  // The driver gets the name, which the server may want to know; but it would wait for the system's
+  // resolver without an end.
+  const ResolvedHost host = ResolveHost(resolver, address.host, options.login_timeout);
   if (!address.instance.empty()) {
-    odbc.port = FindInstancePort(address.host, address.instance,
+    odbc.port = FindInstancePort(host, address.instance,
                                  std::min(options.login_timeout, kLongestInstanceLookup));
     text = ConnectionText(odbc);
   }
@@ -199,11 +201,13 @@ SqlServerOptions ReadSqlServerOptions(const System& system) {
 
 std::unique_ptr<Session> OpenSqlServerSession(const SqlServerOptions& options,
                                               const ConnectionSettings& settings) {
-  return OpenWith(FindDriver(options.driver), options, settings);
+  Resolver resolver;
+  return OpenWith(FindDriver(options.driver), resolver, options, settings);
 }
 
 SessionOpener SqlServerOpener(System& system) {
-  return [&system, warned = false](const ConnectionSettings& settings) mutable {
+  return [&system, resolver = std::make_shared<Resolver>(),
+          warned = false](const ConnectionSettings& settings) mutable {
     const SqlServerOptions options = ReadSqlServerOptions(system);
     Driver driver;
     try {
@@ -212,7 +216,7 @@ SessionOpener SqlServerOpener(System& system) {
       if (!std::exchange(warned, true)) system.Warn(error.description);
       throw;
     }
-    return OpenWith(driver, options, settings);
+    return OpenWith(driver, *resolver, options, settings);
   };
 }
 

@@ -1,6 +1,7 @@
 #include "platform/odbc/wide_text.h"
 
 #include "platform/code_page.h"
+#include "platform/utf8_code_points.h"
 
 namespace pxscheduler {
 namespace {
@@ -27,11 +28,8 @@ char32_t NextCharacter(std::span<const SQLWCHAR>& text) {
 std::vector<SQLWCHAR> ToDriverText(std::wstring_view text) {
   std::vector<SQLWCHAR> units;
   units.reserve(text.size() + 1);
-  for (const wchar_t wide : text) {
-    auto character = static_cast<char32_t>(wide);
-    if (sizeof(wchar_t) > sizeof(SQLWCHAR) && (IsSurrogate(character) || character > 0x10FFFF)) {
-      character = kReplacement;
-    }
+  for (std::size_t position = 0; position < text.size();) {
+    const char32_t character = NextCodePoint(text, position);
     if (character > 0xFFFF) {
       units.push_back(static_cast<SQLWCHAR>(0xD800 + ((character - 0x10000) >> 10)));
       units.push_back(static_cast<SQLWCHAR>(0xDC00 + ((character - 0x10000) & 0x3FF)));

@@ -1,11 +1,11 @@
 #pragma once
 
-#include <sql.h>
-
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "platform/odbc/odbc_headers.h"
 
 namespace pxscheduler {
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/code_page.h"
 #include "platform/data/session.h"
 #include "platform/odbc/driver_library.h"
 
@@ -37,8 +38,13 @@ TEST(ConnectionTextTest, IsCompleteForEachDialect) {
   settings = WithPassword(Dialect::kStandard, L"tonal");
   settings.driver = L"ODBC Driver 18 for SQL Server";
   EXPECT_EQ(ConnectionText(settings),
-            L"DRIVER=ODBC Driver 18 for SQL Server;SERVER=db1,1433;UID=appuser;PWD=tonal;"
+            L"DRIVER={ODBC Driver 18 for SQL Server};SERVER=tcp:db1,1433;UID=appuser;PWD=tonal;"
             L"DATABASE=Agency;APP=PXScheduler;Encrypt=yes;TrustServerCertificate=yes;");
+  settings.dialect = Dialect::kWindowsOwn;
+  settings.driver = L"SQL Server";
+  EXPECT_EQ(ConnectionText(settings),
+            L"DRIVER={SQL Server};SERVER=tcp:db1,1433;UID=appuser;PWD=tonal;DATABASE=Agency;"
+            L"APP=PXScheduler;");
 }
 
 TEST(ConnectionTextTest, QuotesAsTheDriverReads) {
@@ -77,6 +83,23 @@ TEST(ConnectionTextTest, RefusesWhatNoQuotingCarries) {
                   L"The password holds characters that an ODBC connection string cannot carry.");
       }
     }
+  }
+}
+
+TEST(DriverLibraryTest, KnowsHowEachDriverReads) {
+  const struct {
+    const wchar_t* driver;
+    Dialect dialect;
+  } cases[] = {
+      {L"/usr/lib/odbc/libtdsodbc.so", Dialect::kFreeTds},
+      {L"FreeTDS", Dialect::kFreeTds},
+      {L"/opt/tds/libmsodbcsql-18.so", Dialect::kStandard},
+      {L"ODBC Driver 18 for SQL Server", Dialect::kStandard},
+      {L"ODBC Driver 17 for SQL Server", Dialect::kStandard},
+      {L"sql server", Dialect::kWindowsOwn},
+  };
+  for (const auto& each : cases) {
+    EXPECT_EQ(DialectOf(each.driver), each.dialect) << ToUtf8(each.driver);
   }
 }
 

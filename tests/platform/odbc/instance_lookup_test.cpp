@@ -1,16 +1,15 @@
 #include "platform/odbc/instance_lookup.h"
 
-#include <arpa/inet.h>
 #include <gtest/gtest.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 #include <array>
+#include <atomic>
+#include <span>
 #include <string>
 #include <thread>
 
 #include "platform/runtime_error.h"
+#include "platform/sockets/socket_calls.h"
 
 namespace pxscheduler {
 namespace {
@@ -44,19 +43,18 @@ TEST(InstanceLookupTest, ReadsAnswers) {
 // A browser on a free UDP port that ignores the first request, as if it had been lost.
 class LossyBrowser {
  public:
-  LossyBrowser() : socket_(socket(AF_INET, SOCK_DGRAM, 0)) {
+  LossyBrowser() {
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     socklen_t size = sizeof address;
-    (void)bind(socket_, reinterpret_cast<sockaddr*>(&address), size);
-    (void)getsockname(socket_, reinterpret_cast<sockaddr*>(&address), &size);
+    (void)bind(socket_.Handle(), reinterpret_cast<sockaddr*>(&address), size);
+    (void)getsockname(socket_.Handle(), reinterpret_cast<sockaddr*>(&address), &size);
     port_ = ntohs(address.sin_port);
   }
   ~LossyBrowser() {
-    shutdown(socket_, SHUT_RDWR);
+    is_over_ = true;
     if (server_.joinable()) server_.join();
-    close(socket_);
   }
   LossyBrowser(const LossyBrowser&) = delete;
   LossyBrowser& operator=(const LossyBrowser&) = delete;
@@ -64,39 +62,65 @@ class LossyBrowser {
   std::uint16_t Port() const { return port_; }
   void Serve(const std::string& expected_request, const std::string& answer) {
     server_ = std::thread([this, expected_request, answer] {
-      std::array<char, 100> buffer{};
-      sockaddr_in client{};
-      for (int request = 0; request < 2; ++request) {
+      const SocketHandle socket = socket_.Handle();
+      for (int requests = 0; !is_over_;) {
+        if (PollSockets(std::span(&socket, 1), SocketEvent::kReadable, milliseconds(20)) !=
+            PollResult::kReady) {
+          continue;
+        }
+        constexpr int kLongest = 100;
+        std::array<char, kLongest> buffer{};
+        sockaddr_storage client{};
         socklen_t size = sizeof client;
-        const ssize_t got = recvfrom(socket_, buffer.data(), buffer.size(), 0,
-                                     reinterpret_cast<sockaddr*>(&client), &size);
+        const auto got = recvfrom(socket, buffer.data(), kLongest, 0,
+                                  reinterpret_cast<sockaddr*>(&client), &size);
         if (got <= 0 ||
             std::string(buffer.data(), static_cast<std::size_t>(got)) != expected_request) {
           return;
         }
+        if (++requests == 2) {
+          std::size_t sent = 0;
+          (void)StartConnecting(socket, client, size);
+          (void)SendSome(socket, answer, sent);
+        }
       }
-      sendto(socket_, answer.data(), answer.size(), 0, reinterpret_cast<sockaddr*>(&client),
-             sizeof client);
     });
   }
 
  private:
-  int socket_;
+  SocketLibrary library_;
+  Socket socket_{AF_INET, SOCK_DGRAM};
   std::uint16_t port_ = 0;
+  std::atomic<bool> is_over_ = false;
   std::thread server_;
 };
+
+ResolvedHost Loopback() {
+  Resolver resolver;
+  return ResolveHost(resolver, L"127.0.0.1", milliseconds(1000));
+}
 
 TEST(InstanceLookupTest, AsksAgainWhenARequestIsLost) {
   LossyBrowser browser;
   browser.Serve(std::string("\x04Orbalis\0", 9), BrowserAnswer("tcp;1444;;"));
-  EXPECT_EQ(FindInstancePort(L"127.0.0.1", L"Orbalis", milliseconds(5000), browser.Port()), 1444);
+  EXPECT_EQ(FindInstancePort(Loopback(), L"Orbalis", milliseconds(5000), browser.Port()), 1444);
 }
 
 TEST(InstanceLookupTest, GivesUpInTime) {
   const LossyBrowser silent;
+  const std::uint16_t nobody = LossyBrowser().Port();
+  for (const std::uint16_t port : {silent.Port(), nobody}) {
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_THROW(FindInstancePort(Loopback(), L"Orbalis", milliseconds(300), port), RuntimeError);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, milliseconds(1500));
+  }
+}
+
+TEST(HostLookupTest, SaysThatAHostIsUnknownOrTakesTooLong) {
+  Resolver resolver;
+  EXPECT_THROW(ResolveHost(resolver, L"no host at all", milliseconds(5000)), RuntimeError);
   const auto start = std::chrono::steady_clock::now();
-  EXPECT_THROW(FindInstancePort(L"127.0.0.1", L"Orbalis", milliseconds(300), silent.Port()),
-               RuntimeError);
+  EXPECT_THROW(ResolveHost(resolver, L"host.invalid", milliseconds(0)), RuntimeError);
   EXPECT_LT(std::chrono::steady_clock::now() - start, milliseconds(1500));
 }
 

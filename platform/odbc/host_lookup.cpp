@@ -1,0 +1,22 @@
+#include "platform/odbc/host_lookup.h"
+
+#include "platform/code_page.h"
+#include "platform/odbc/provider_error.h"
+
+namespace pxscheduler {
+
+ResolvedHost ResolveHost(Resolver& resolver, const std::wstring& name,
+                         std::chrono::milliseconds time) {
+  ResolvedHost host{.name = name, .addresses = {}};
+  switch (resolver.Resolve(ToUtf8(name), time, host.addresses)) {
+    case ResolveResult::kUnknown:
+      throw ProviderFailure(L"The server " + name + L" is unknown.");
+    case ResolveResult::kTimedOut:
+      throw ProviderFailure(L"Looking up the address of the server " + name + L" took too long.");
+    case ResolveResult::kResolved:
+      break;
+  }
+  return host;
+}
+
+}  // namespace pxscheduler
