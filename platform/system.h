@@ -25,6 +25,10 @@ struct RunProgress {
   std::size_t rows = 0;
 };
 
+// The line that shows it: a carriage return, so that it is drawn over the last one, which is never
+// longer, and the counts.
+std::wstring ProgressLine(const RunProgress& progress);
+
 // A text file open for appending.
 class AppendFile {
  public:
@@ -75,7 +79,7 @@ class System {
   virtual std::wstring RealPath(const std::wstring& path) const = 0;
   // Makes these bytes the whole content of the file in one step: a reader sees the old content or
   // the new. Raises PathNotFound, PermissionDenied, DiskFull or FileAccessError.
-  virtual void ReplaceFile(const std::wstring& path, std::string_view bytes) = 0;
+  virtual void ReplaceContent(const std::wstring& path, std::string_view bytes) = 0;
 };
 
 }  // namespace pxscheduler

@@ -18,7 +18,7 @@ class TextControl {
   // System::ReadFile, or InvalidFileFormat (321) naming the file where it holds no document of a
   // known form.
   virtual void Load(const std::wstring& path, std::int16_t offset, std::int16_t format) = 0;
-  // Writes the document over the file. Raises the errors of System::ReplaceFile.
+  // Writes the document over the file. Raises the errors of System::ReplaceContent.
   virtual void Save(const std::wstring& path, std::int16_t offset, std::int16_t format) = 0;
 
   // Page values in twentieths of a point, index 0 to 5 in the order above. The document's are those

@@ -152,11 +152,7 @@ void LinuxSystem::ShowProgress(const RunProgress& progress) {
   const auto now = std::chrono::steady_clock::now();
   if (now < next_drawing_ && !is_done) return;
   next_drawing_ = now + kProgressInterval;
-  // Back to the start of the line and over what stands there, which is never longer.
-  ShowOnStandardError(L"\rSent " + std::to_wstring(progress.sent) + L", failed " +
-                      std::to_wstring(progress.failed) + L", " +
-                      std::to_wstring(progress.rows_done) + L" of " +
-                      std::to_wstring(progress.rows) + L" clients");
+  static_cast<void>(WriteAll(STDERR_FILENO, ToNative(ProgressLine(progress))));
   progress_line_is_open_ = true;
   if (is_done) EndProgressLine();
 }
@@ -203,7 +199,7 @@ std::wstring LinuxSystem::RealPath(const std::wstring& path) const {
   return FromNativePath(real.data());
 }
 
-void LinuxSystem::ReplaceFile(const std::wstring& path, std::string_view bytes) {
+void LinuxSystem::ReplaceContent(const std::wstring& path, std::string_view bytes) {
   ReplaceNativeFile(CheckedPath(path), bytes);
 }
 

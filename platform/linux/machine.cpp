@@ -88,10 +88,10 @@ const Regional& LinuxMachine::TheRegional() {
 
 const Passwords& LinuxMachine::ThePasswords() {
   if (passwords_ == nullptr) {
-    passwords_ = std::make_unique<LinuxPasswords>(
+    passwords_ = std::make_unique<CredentialPasswords>(LinuxPasswords(
         std::vector<std::string>{NativeEnvironmentVariable("CREDENTIALS_DIRECTORY"),
                                  NativeEnvironmentVariable("PXSCHEDULER_CREDENTIALS")},
-        [this](const std::wstring& line) { system_->Warn(line); });
+        [this](const std::wstring& line) { system_->Warn(line); }));
   }
   return *passwords_;
 }

@@ -139,7 +139,7 @@ void RichTextControl::Save(const std::wstring& path, std::int16_t offset, std::i
     html = WriteHtml(*document, document_page_);
   else
     html = HtmlOfText(std::get<std::wstring>(document_), document_page_);
-  system_.ReplaceFile(path, html);
+  system_.ReplaceContent(path, html);
   if (converted_ != nullptr) converted_->Add(path, path_);
 }
 

@@ -42,8 +42,8 @@ const Regional& WindowsMachine::TheRegional() {
 
 const Passwords& WindowsMachine::ThePasswords() {
   if (passwords_ == nullptr) {
-    passwords_ = std::make_unique<WindowsPasswords>(
-        [this](const std::wstring& line) { system_->Warn(line); });
+    passwords_ = std::make_unique<CredentialPasswords>(
+        WindowsPasswords([this](const std::wstring& line) { system_->Warn(line); }));
   }
   return *passwords_;
 }

@@ -127,7 +127,7 @@ std::wstring FakeSystem::RealPath(const std::wstring& path) const {
   return real;
 }
 
-void FakeSystem::ReplaceFile(const std::wstring& path, std::string_view bytes) {
+void FakeSystem::ReplaceContent(const std::wstring& path, std::string_view bytes) {
   RaiseIfSet(replace_errors, path);
   RequireParent(*this, path);
   files[path] = bytes;

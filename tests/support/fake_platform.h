@@ -79,7 +79,7 @@ class FakeSystem : public System {
   std::unique_ptr<AppendFile> OpenForAppend(const std::wstring& path) override;
   std::string ReadFile(const std::wstring& path) const override;
   std::wstring RealPath(const std::wstring& path) const override;
-  void ReplaceFile(const std::wstring& path, std::string_view bytes) override;
+  void ReplaceContent(const std::wstring& path, std::string_view bytes) override;
 };
 
 // ISO 8859-1: the first 256 characters, each one byte.

@@ -20,8 +20,8 @@
 #include "platform/linux/files.h"
 #include "platform/linux/linux_passwords.h"
 #include "platform/linux/native_text.h"
-#include "platform/linux/secret_box.h"
 #include "platform/runtime_error.h"
+#include "platform/secrets/secret_box.h"
 
 namespace pxscheduler {
 namespace {

@@ -148,14 +148,14 @@ TEST_F(LinuxSystemTest, ReadsFiles) {
 TEST_F(LinuxSystemTest, ReplacesFiles) {
   folder_.Write("file", "old");
   std::filesystem::create_hard_link(folder_.Path("file"), folder_.Path("reader"));
-  system_.ReplaceFile(Path("file"), "new");
+  system_.ReplaceContent(Path("file"), "new");
   EXPECT_EQ(folder_.Read("file"), "new");
   EXPECT_EQ(folder_.Read("reader"), "old");  // whoever had opened it reads on in the old one
   EXPECT_EQ(ModeOf(folder_.Path("file")), 0600U);
 
   std::filesystem::create_directory(folder_.Path("taken"));
-  EXPECT_EQ(ErrorNumber([&] { system_.ReplaceFile(Path("taken"), "x"); }), 75);
-  EXPECT_EQ(ErrorNumber([&] { system_.ReplaceFile(Path("missing\\file"), "x"); }), 76);
+  EXPECT_EQ(ErrorNumber([&] { system_.ReplaceContent(Path("taken"), "x"); }), 75);
+  EXPECT_EQ(ErrorNumber([&] { system_.ReplaceContent(Path("missing\\file"), "x"); }), 76);
   std::vector<std::string> left;
   for (const auto& entry : std::filesystem::directory_iterator(folder_.Path())) {
     left.push_back(entry.path().filename());

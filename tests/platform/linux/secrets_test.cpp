@@ -5,7 +5,7 @@
 #include <cstdlib>
 
 #include "platform/linux/linux_passwords.h"
-#include "platform/linux/secret_box.h"
+#include "platform/secrets/secret_box.h"
 #include "tests/support/scratch_folder.h"
 
 namespace pxscheduler {
@@ -55,9 +55,9 @@ TEST(SecretKey, ReadsOnlyKeys) {
 
 class CredentialsTest : public testing::Test {
  protected:
-  LinuxPasswords Passwords() {
-    return {{"", first_.Path(), second_.Path()},
-            [this](const std::wstring& line) { warnings_.push_back(line); }};
+  CredentialPasswords Passwords() {
+    return LinuxPasswords({"", first_.Path(), second_.Path()},
+                          [this](const std::wstring& line) { warnings_.push_back(line); });
   }
 
   ScratchFolder first_;

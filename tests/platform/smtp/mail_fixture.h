@@ -27,7 +27,7 @@ class QuietSystem : public System {
   std::unique_ptr<AppendFile> OpenForAppend(const std::wstring& /*path*/) override { return {}; }
   std::string ReadFile(const std::wstring& path) const override;
   std::wstring RealPath(const std::wstring& path) const override { return path; }
-  void ReplaceFile(const std::wstring& /*path*/, std::string_view /*bytes*/) override {}
+  void ReplaceContent(const std::wstring& /*path*/, std::string_view /*bytes*/) override {}
 };
 
 // UTF-8 under several names, and an ANSI code page in which every byte is its own character.

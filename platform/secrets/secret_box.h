@@ -26,7 +26,7 @@ class SecretKey {
 
   // The key in base64 (RFC 4648).
   std::string Text() const;
-  const unsigned char* Bytes() const { return bytes_.data(); }
+  const std::array<unsigned char, kBytes>& Bytes() const { return bytes_; }
 
  private:
   SecretKey() = default;
