@@ -116,7 +116,7 @@ class BlockWriter {
 
   void WriteParagraph(const std::vector<Block>& blocks, std::size_t at) {
     const Paragraph& paragraph = document_.paragraphs[blocks[at].index];
-    const ParagraphFormat& format = FormatOf(blocks[at]);
+    ParagraphFormat format = FormatOf(blocks[at]);
     // Without text, the end of the paragraph gives it its height.
     const CharacterFormat& otherwise =
         paragraph.run_count > 0 ? around_ : document_.character_formats[paragraph.mark_format];
@@ -126,6 +126,11 @@ class BlockWriter {
     std::int32_t before = format.space_before;
     std::int32_t after = format.space_after;
     std::string name = format.heading > 0 ? "h" + std::to_string(format.heading) : "p";
+    const std::optional<TabLine> tab_line = LayOutTabs(document_, paragraph);
+    if (tab_line) {
+      name = "div";
+      left += std::exchange(format.first_indent, 0);
+    }
     Css css;
     if (format.list > 0) {
       CloseBox();
@@ -156,7 +161,10 @@ class BlockWriter {
     if (format.right_to_left) html_ += " dir=\"rtl\"";
     html_ += ">";
     const std::size_t empty = html_.size();
-    WriteRuns(document_, linked_places_, paragraph, prevailing, html_);
+    if (tab_line)
+      WriteTabLine(document_, linked_places_, paragraph, *tab_line, prevailing, html_);
+    else
+      WriteRuns(document_, linked_places_, paragraph, prevailing, html_);
     if (html_.size() == empty) html_ += "&nbsp;";
     if (name != "li") html_ += "</" + name + ">\n";
   }

@@ -4,10 +4,12 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <span>
 #include <utility>
 
 #include "platform/base64.h"
 #include "platform/code_page.h"
+#include "platform/html/text_width.h"
 
 namespace pxscheduler {
 namespace {
@@ -85,32 +87,38 @@ Tag LinkTag(const Document& document, std::uint32_t link, const CharacterFormat&
   return tag;
 }
 
-// How wide a character is, as far as can be told without its font, in hundredths of its size.
-std::int64_t RoughWidth(wchar_t character) {
-  if (std::wstring_view(L" .,:;'!|ijltfIr()[]\u00A0").find(character) != std::wstring_view::npos)
-    return 28;
-  if (character >= L'A' && character <= L'Z') return 67;
-  return character >= 0x2E80 ? 100 : 50;
+std::string_view LeaderLine(TabLeader leader) {
+  switch (leader) {
+    case TabLeader::kDots:
+      return "1pt dotted #000000";
+    case TabLeader::kHyphens:
+      return "1pt dashed #000000";
+    case TabLeader::kThickLine:
+      return "2pt solid #000000";
+    case TabLeader::kDoubleLine:
+      return "3pt double #000000";
+    case TabLeader::kLine:
+    case TabLeader::kNone:
+      break;
+  }
+  return "1pt solid #000000";
 }
 
 class RunWriter {
  public:
   RunWriter(const Document& document, const std::set<std::wstring>& linked_places,
-            const Paragraph& paragraph, const CharacterFormat& around, std::string& html)
+            const ParagraphFormat& format, const CharacterFormat& around, std::string& html)
       : document_(document),
         linked_places_(linked_places),
-        paragraph_(paragraph),
-        format_(document.paragraph_formats[paragraph.format]),
+        format_(format),
         around_(around),
         html_(html),
         position_(std::int64_t{format_.left_indent} + format_.first_indent) {}
 
-  void Write() {
-    for (std::uint32_t i = 0; i < paragraph_.run_count && !has_tabs_; ++i)
-      has_tabs_ =
-          TextOf(document_.runs[paragraph_.first_run + i]).find(L'\t') != std::wstring_view::npos;
-    for (std::uint32_t i = 0; i < paragraph_.run_count; ++i)
-      WriteRun(document_.runs[paragraph_.first_run + i]);
+  void Write(std::span<const Run> runs) {
+    has_tabs_ = std::ranges::any_of(
+        runs, [&](const Run& run) { return TextOf(run).find(L'\t') != std::wstring_view::npos; });
+    for (const Run& run : runs) WriteRun(run);
     Close(element_);
     Close(link_element_);
   }
@@ -226,12 +234,7 @@ class RunWriter {
 
   // A tab as blanks, about as many as lead to the next stop.
   void WriteTab(const CharacterFormat& format) {
-    const TabStops& tabs = format_.tabs;
-    std::int64_t stop = (position_ / document_.default_tab + 1) * document_.default_tab;
-    const auto* end = tabs.positions.begin() + tabs.count;
-    const auto* next = std::find_if(tabs.positions.begin(), end,
-                                    [&](std::int64_t tab) { return tab > position_; });
-    if (next != end) stop = *next;
+    std::int64_t stop = NextTabStop(document_, format_, position_).position;
     if (position_ < format_.left_indent) stop = std::min<std::int64_t>(stop, format_.left_indent);
     const std::int64_t blank = std::max<std::int64_t>(1, 25 * format.half_points / 10);
     const auto blanks = static_cast<std::size_t>((stop - position_ + blank / 2) / blank);
@@ -243,7 +246,6 @@ class RunWriter {
 
   const Document& document_;
   const std::set<std::wstring>& linked_places_;
-  const Paragraph& paragraph_;
   const ParagraphFormat& format_;
   const CharacterFormat& around_;
   std::string& html_;
@@ -311,7 +313,45 @@ std::set<std::wstring> LinkedPlaces(const Document& document) {
 
 void WriteRuns(const Document& document, const std::set<std::wstring>& linked_places,
                const Paragraph& paragraph, const CharacterFormat& around, std::string& html) {
-  RunWriter(document, linked_places, paragraph, around, html).Write();
+  const auto runs = std::span(document.runs).subspan(paragraph.first_run, paragraph.run_count);
+  RunWriter(document, linked_places, document.paragraph_formats[paragraph.format], around, html)
+      .Write(runs);
+}
+
+void WriteTabLine(const Document& document, const std::set<std::wstring>& linked_places,
+                  const Paragraph& paragraph, const TabLine& line, const CharacterFormat& around,
+                  std::string& html) {
+  Css table;
+  table.Add("margin", "0");
+  table.Add("border-collapse", "collapse");
+  if (line.width > 0) table.Add("width", Points(line.width));
+  // Not every mail program hands the font around down to a table.
+  CharacterFormat nothing = around;
+  nothing.font = 0;
+  nothing.half_points = 0;
+  AddFont(document, around, nothing, table);
+  html += R"(<table cellspacing="0" cellpadding="0" border="0")" + table.Attribute() +
+          "><tr valign=\"bottom\">";
+  for (const TabCell& cell : line.cells) {
+    Css css;
+    if (cell.takes_rest)
+      css.Add("width", "100%");
+    else if (cell.width > 0)
+      css.Add("width", Points(cell.width));
+    if (cell.leader != TabLeader::kNone) css.Add("border-bottom", LeaderLine(cell.leader));
+    if (cell.alignment == Alignment::kCentre) css.Add("text-align", "center");
+    if (cell.alignment == Alignment::kRight) css.Add("text-align", "right");
+    const bool goes_on = line.width == 0 && &cell == &line.cells.back();
+    if (!cell.runs.empty() && !goes_on && (cell.width == 0 || cell.alignment != Alignment::kLeft))
+      css.Add("white-space", "nowrap");
+    html += "<td" + css.Attribute() + ">";
+    const std::size_t empty = html.size();
+    RunWriter(document, linked_places, document.paragraph_formats[paragraph.format], around, html)
+        .Write(cell.runs);
+    if (html.size() == empty) html += "&nbsp;";
+    html += "</td>";
+  }
+  html += "</tr></table>";
 }
 
 }  // namespace pxscheduler

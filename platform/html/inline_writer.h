@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "platform/html/css.h"
+#include "platform/html/tab_line.h"
 #include "platform/rtf/document.h"
 
 namespace pxscheduler {
@@ -28,5 +29,10 @@ std::set<std::wstring> LinkedPlaces(const Document& document);
 // neighbouring runs that differ from it in the same way become one element.
 void WriteRuns(const Document& document, const std::set<std::wstring>& linked_places,
                const Paragraph& paragraph, const CharacterFormat& around, std::string& html);
+
+// The same for a paragraph that is set with tab stops, as a table of one row.
+void WriteTabLine(const Document& document, const std::set<std::wstring>& linked_places,
+                  const Paragraph& paragraph, const TabLine& line, const CharacterFormat& around,
+                  std::string& html);
 
 }  // namespace pxscheduler

@@ -237,13 +237,13 @@ std::vector<TextBlock> LayOutTable(TextTable table, std::size_t width) {
   if (const auto aligned = AlignedTable(table, width)) {
     TextBlock block;
     block.text = *aligned;
-    block.blank_lines_before = 1;
+    block.blank_lines_before = table.size() > 1 ? 1 : 0;
     block.preformatted = true;
     return {block};
   }
   std::vector<TextBlock> blocks;
   for (std::vector<TextCell>& row : table) {
-    bool first_of_row = row.size() > 1;
+    bool first_of_row = row.size() > 1 && table.size() > 1;
     for (TextCell& cell : row) {
       for (TextBlock& block : cell.blocks) {
         if (std::exchange(first_of_row, false)) block.blank_lines_before = 1;

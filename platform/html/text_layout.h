@@ -32,6 +32,7 @@ std::vector<std::wstring> LayOut(const std::vector<TextBlock>& blocks, std::size
 
 // The table as blocks: one preformatted block of aligned columns where they fit in `width`
 // characters and no row becomes too high to be read across, else the cells one below the other.
+// Rows stand apart from what is before them; a single row does not.
 std::vector<TextBlock> LayOutTable(TextTable table, std::size_t width);
 
 }  // namespace pxscheduler

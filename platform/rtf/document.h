@@ -62,8 +62,20 @@ using Borders = std::array<Border, 4>;  // by side
 enum class Alignment : std::uint8_t { kLeft, kCentre, kRight, kJustified };
 enum class LineSpacing : std::uint8_t { kNormal, kMultiple, kAtLeast, kExact };
 
+enum class TabKind : std::uint8_t { kLeft, kCentre, kRight, kDecimal };
+enum class TabLeader : std::uint8_t { kNone, kDots, kHyphens, kLine, kThickLine, kDoubleLine };
+
+struct TabStop {
+  std::int32_t position = 0;  // from the left page margin
+  TabKind kind = TabKind::kLeft;
+  TabLeader leader = TabLeader::kNone;  // between what stands before it and what it sets
+
+  // NOLINTNEXTLINE(modernize-use-nullptr): it looks into the comparison that the compiler writes
+  friend auto operator<=>(const TabStop&, const TabStop&) = default;
+};
+
 struct TabStops {
-  std::array<std::uint16_t, 12> positions{};  // ascending, from the left page margin
+  std::array<TabStop, 12> stops{};  // by ascending position
   std::uint8_t count = 0;
 
   // NOLINTNEXTLINE(modernize-use-nullptr): it looks into the comparison that the compiler writes

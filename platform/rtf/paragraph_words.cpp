@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <string_view>
+#include <utility>
 
 #include "platform/rtf/reading.h"
 
@@ -20,10 +21,22 @@ void Align(Reading& reading, const Word&) {
 
 void AddTabStop(Reading& reading, const Word& word) {
   TabStops& tabs = reading.state.paragraph.tabs;
-  const std::int32_t position = word.Or(0);
-  if (position <= 0 || position > kLongestIndent || tabs.count == tabs.positions.size()) return;
-  tabs.positions.at(tabs.count++) = static_cast<std::uint16_t>(position);
-  std::sort(tabs.positions.begin(), tabs.positions.begin() + tabs.count);
+  TabStop stop = std::exchange(reading.tab_stop, {});
+  stop.position = word.Or(0);
+  if (stop.position <= 0 || stop.position > kLongestIndent || tabs.count == tabs.stops.size())
+    return;
+  tabs.stops.at(tabs.count++) = stop;
+  std::sort(tabs.stops.begin(), tabs.stops.begin() + tabs.count);
+}
+
+template <TabKind kKind>
+void SetTabKind(Reading& reading, const Word&) {
+  reading.tab_stop.kind = kKind;
+}
+
+template <TabLeader kLeader>
+void SetTabLeader(Reading& reading, const Word&) {
+  reading.tab_stop.leader = kLeader;
 }
 
 void SetLineHeight(Reading& reading, const Word& word) {
@@ -103,6 +116,16 @@ void AddParagraphWords(WordTable& words) {
   add("sl", SetLineHeight);
   add("slmult", SetMultipleLineHeight);
   add("tx", AddTabStop);
+  add("tb", [](Reading& r, const Word&) { r.tab_stop = {}; });  // a line down the page, no stop
+  add("tqc", SetTabKind<TabKind::kCentre>);
+  add("tqr", SetTabKind<TabKind::kRight>);
+  add("tqdec", SetTabKind<TabKind::kDecimal>);
+  add("tldot", SetTabLeader<TabLeader::kDots>);
+  add("tlmdot", SetTabLeader<TabLeader::kDots>);
+  add("tlhyph", SetTabLeader<TabLeader::kHyphens>);
+  add("tlul", SetTabLeader<TabLeader::kLine>);
+  add("tlth", SetTabLeader<TabLeader::kThickLine>);
+  add("tleq", SetTabLeader<TabLeader::kDoubleLine>);
   add("rtlpar", [](Reading& r, const Word&) { r.state.paragraph.right_to_left = true; });
   add("ltrpar", [](Reading& r, const Word&) { r.state.paragraph.right_to_left = false; });
   add("pagebb", [](Reading& r, const Word& w) { r.state.paragraph.page_break_before = w.On(); });

@@ -111,6 +111,7 @@ void Reading::ResetParagraph() {
   state.paragraph = {};
   state.table_depth = 0;
   paragraph_pattern = 0;
+  tab_stop = {};
 }
 
 void Reading::SetFont(std::int32_t number) {

@@ -141,6 +141,7 @@ class Reading {
   DocumentBuilder builder{document};
   GroupState state;
   BorderTarget border_target;
+  TabStop tab_stop;  // what is known of the next one; its position comes last
 
   // The header's tables while they are read, by the numbers that the document refers to them with.
   struct {

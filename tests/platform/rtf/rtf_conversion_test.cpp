@@ -141,6 +141,50 @@ TEST(RtfConversion, FieldsNotesAndBookmarks) {
   });
 }
 
+// Stops that blanks cannot stand for make the line one row of cells.
+TEST(RtfConversion, TabStops) {
+  const auto table = [](const std::string& width, const std::string& cells) {
+    return "<table cellspacing=\"0\" cellpadding=\"0\" border=\"0\" "
+           "style=\"margin:0;border-collapse:collapse" +
+           width + ";font-family:Arial,sans-serif;font-size:12pt\"><tr valign=\"bottom\">" + cells +
+           "</tr></table></div>";
+  };
+  const std::string div = "<div style=\"margin:0\">";
+  const std::string text = R"(<td style="white-space:nowrap">)";
+  const std::string right = R"(<td style="text-align:right;white-space:nowrap">)";
+  Expect({
+      {R"(\tqr\tx5000 [First {\b Name]}\tab 12)",
+       div + table(";width:250pt", text + R"([First Name]</td><td style="width:100%">&nbsp;</td>)" +
+                                       right + "12</td>")},
+      {R"(\li400\fi-300\tqr\tldot\tx5000 a\tab [Number])",
+       "<div style=\"margin:0 0 0 5pt\">" +
+           table(";width:245pt", text +
+                                     "a</td><td style=\"width:100%;border-bottom:1pt dotted "
+                                     "#000000\">&nbsp;</td>" +
+                                     right + "[Number]</td>")},
+      {R"(\tqr\tx1000\tqc\tx3000\tab 1\tab two\tab end)",
+       div + table("", R"(<td style="width:50pt;text-align:right;white-space:nowrap">1</td>)"
+                       R"(<td style="width:85pt">&nbsp;</td>)"
+                       R"(<td style="width:30pt;text-align:center;white-space:nowrap">two</td>)"
+                       R"(<td style="width:15pt">&nbsp;</td><td>end</td>)")},
+      {R"(\tlul\tx3000 Name:\tab)",
+       div +
+           table(";width:150pt", text + "Name:</td><td style=\"width:100%;border-bottom:1pt solid "
+                                        "#000000\">&nbsp;</td>")},
+      {R"(\tqdec\tx2000\tab 9.50)",
+       div + table(";width:115.35pt",
+                   R"(<td style="width:115.35pt;text-align:right;white-space:nowrap">9.50</td>)")},
+  });
+  // Blanks stay where they do, and where cells would not.
+  for (const char* rtf :
+       {R"(\tx3000 a\tab b)", R"(\tx1000\tqr\tx9000 a\tab b)", R"(\tqr\tx5000 a\tab b\line c)",
+        R"(\qc\tqr\tx5000 a\tab b)", R"(\tqr\tb500\tx5000 a\tab b)", R"(\tqr\pard\tx5000 a\tab b)",
+        R"(\tqr\tx5000 a)"})
+    EXPECT_EQ(Body(rtf).find("<table"), std::string::npos) << rtf;
+  EXPECT_EQ(Plain(R"(\tqr\tx5000 Lisbon\tab 899\par Rome\tab 1,099\par)"),
+            "Lisbon  899\nRome  1,099\n");
+}
+
 TEST(RtfConversion, Lists) {
   const std::string tables =
       "{\\*\\listtable{\\list{\\listlevel\\levelnfc23{\\leveltext\\'01\\u8226 ?;}{\\levelnumbers;}}"
