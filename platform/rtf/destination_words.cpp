@@ -68,10 +68,11 @@ void AddDestinationWords(WordTable& words) {
     r.AppendText(std::to_wstring(in_note ? r.notes : r.notes + 1));
   });
 
-  for (const char* transparent : {"shp", "shppict", "object", "result", "shpgrp", "ud"})
+  for (const char* transparent : {"shp", "shppict", "object", "result", "shpgrp"})
     begin(transparent, PassThrough);
+  begin("upr", Begin<Destination::kSkipText>);
+  begin("ud", [](Reading& r, const Word&) { r.BeginUnicodeText(); });
   begin("shpinst", Begin<Destination::kSkipText>);
-  begin("upr", PassThrough);
   begin("sp", Begin<Destination::kSkipText>);
   begin("sn", Begin<Destination::kPropertyName>);
   begin("sv", Begin<Destination::kPropertyValue>);

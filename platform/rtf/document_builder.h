@@ -16,6 +16,7 @@ namespace pxscheduler {
 // format of their "[".
 class DocumentBuilder {
  public:
+  static constexpr std::size_t kDeepestStory = 8;
   static constexpr int kDeepestTable = 8;  // tables nested deeper become part of the one outside
 
   // Content that does not stand where it is met. A note goes to the document's notes; a box goes
@@ -40,6 +41,8 @@ class DocumentBuilder {
   void EndCell(const ParagraphFormat& format, const CharacterFormat& mark, int depth);
   void EndRow(const RowFormat& format, int depth);
 
+  // Whether no more stories may be begun inside the open one.
+  bool InDeepestStory() const { return stories_.size() == kDeepestStory; }
   void BeginStory(StoryKind kind);
   void EndStory(const ParagraphFormat& format, const CharacterFormat& mark);
 

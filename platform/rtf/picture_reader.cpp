@@ -81,10 +81,11 @@ void PictureInProgress::AppendHex(std::string_view digits) {
       half_byte = digit;
       continue;
     }
-    bytes += static_cast<char>(half_byte * 16 + digit);
+    const char byte = static_cast<char>(half_byte * 16 + digit);
     half_byte = -1;
+    AppendBytes({&byte, 1});
+    if (too_large) return;
   }
-  AppendBytes({});
 }
 
 void PictureInProgress::AppendBytes(std::string_view more) {

@@ -95,8 +95,10 @@ void Reading::BeginStory(DocumentBuilder::StoryKind kind) {
   if (!InBody() && state.destination != Destination::kSkipText) return;
   if (unsaved_groups_ > 0) return;
   Flush();
-  builder.BeginStory(kind);
   state.destination = Destination::kText;
+  // Content that is nested deeper becomes part of the content around it.
+  if (builder.InDeepestStory()) return;
+  builder.BeginStory(kind);
   state.began_story = true;
   ResetParagraph();
   ResetCharacter();
@@ -157,6 +159,12 @@ void Reading::BeginField() {
   if (unsaved_groups_ > 0 || state.began_field) return;
   fields.emplace_back();
   state.began_field = true;
+}
+
+void Reading::BeginUnicodeText() {
+  if (unsaved_groups_ > 0 || groups_.size() < 2) return;
+  if (groups_.back().destination != Destination::kSkipText) return;
+  state.destination = groups_[groups_.size() - 2].destination;
 }
 
 void Reading::EndDestination(Destination destination) {

@@ -118,6 +118,8 @@ class Reading {
   void Begin(Destination destination);
   void BeginStory(DocumentBuilder::StoryKind kind);
   void BeginField();
+  // {\upr{text for old readers}{\*\ud{the same in Unicode}}}: the second text counts.
+  void BeginUnicodeText();
   void AppendText(std::wstring_view text);
   void EndParagraph();
   void BreakPage();

@@ -91,8 +91,33 @@ TEST(CodePages, ComeFromFontsAndTheDocument) {
   // The second byte of a character, as an escape and as the letter that it is.
   EXPECT_EQ(text("{\\rtf1" + fonts + "\\f3\\'83\\'41\\'83A\\'83\\'5c x}"),
             "\u30A2\u30A2\u30BD x\n");
-  EXPECT_EQ(text("{\\rtf1\\mac\\'8e}{"), "\u00E9\n");
+  EXPECT_EQ(text("{\\rtf1\\mac\\'8e\\'d0}{"), "\u00E9\u2013\n");
+  EXPECT_EQ(text("{\\rtf1\\pc\\'82\\'9b}{"), "\u00E9\u00A2\n");
+  EXPECT_EQ(text("{\\rtf1\\pca\\'82\\'9b}{"), "\u00E9\u00F8\n");
+  EXPECT_EQ(text("{\\rtf1\\mac" + fonts + "\\'8e{\\f2\\'e8}}"), "\u00E9\u0438\n");
   EXPECT_EQ(text("{\\rtf1\\ansicpg65001 \xC3\xA9}"), "\u00E9\n");
+}
+
+// The letter of the demonstration, cut off anywhere: what is left of it is a document, and each
+// merge token that was whole before the cut is whole in it.
+TEST(CutOffLetter, KeepsItsTokensWhole) {
+  std::ifstream file(TEST_DATA_FOLDER "/../../demo/birthday.qzw", std::ios::binary);
+  std::string letter{std::istreambuf_iterator<char>(file), {}};
+  letter.erase(0, 30);
+  ASSERT_GT(letter.size(), 5000U);
+  ASSERT_EQ(Count(Html(letter), "[First Name]"), 1U);
+  std::size_t tokens_before = 0;
+  for (std::size_t length = 0; length <= letter.size(); ++length) {
+    const std::string html = Html(letter.substr(0, length));
+    ASSERT_TRUE(html.ends_with("</html>\n")) << length;
+    std::size_t tokens = 0;
+    for (const char* token :
+         {"[Birthday]", "[Email Address]", "[First Name]", "[Number]", "[Salutation]"})
+      tokens += Count(html, token);
+    ASSERT_GE(tokens, tokens_before) << length;
+    tokens_before = tokens;
+  }
+  EXPECT_GE(tokens_before, 5U);
 }
 
 }  // namespace

@@ -19,7 +19,8 @@ std::string Html(const std::string& rtf) { return WriteHtml(ReadRtf(rtf, FakeCod
 std::string Body(const std::string& content) {
   const std::string html = Html(
       "{\\rtf1\\ansi\\deff0{\\fonttbl{\\f0\\fswiss Arial;}{\\f1\\froman Times New Roman;}"
-      "{\\f2\\fcharset2 Symbol;}}{\\colortbl;\\red255\\green0\\blue0;\\red0\\green0\\blue255;}" +
+      "{\\f2\\fcharset2 Symbol;}{\\f3\\fcharset2 Wingdings;}{\\f4\\fcharset2 "
+      "Other;}}{\\colortbl;\\red255\\green0\\blue0;\\red0\\green0\\blue255;}" +
       content + "}");
   const std::size_t start = html.find(">\n", html.find("<body")) + 2;
   std::string body = html.substr(start, html.rfind("</body>") - start);
@@ -60,6 +61,12 @@ TEST(RtfConversion, Characters) {
       {R"(\u-10180?\u-8318? \u-8318?)", "<p style=\"margin:0\">\U0001F382 \uFFFD</p>"},
       {"\\u8226\\par next", "<p style=\"margin:0\">\u2022</p><p style=\"margin:0\">next</p>"},
       {R"(\f2 \'b7\'61)", "<p style=\"margin:0\">\u2022\u03B1</p>"},
+      {R"({\f3 \'fc\'a7\'01}{\f4 \u-3844?}\u-3913?)",
+       "<p style=\"margin:0\">\u2714\u25AA\u2714<span "
+       "style=\"font-family:Arial,sans-serif\">\u2022</span></p>"},
+      {R"(a{\upr{b?{\b c}}{\*\ud{\u8364?c}}}d)", "<p style=\"margin:0\">a\u20ACcd</p>"},
+      {R"({\v{\upr{gone}{\*\ud gone}}}{\*\x{\upr{gone}{\*\ud gone}}}{\*\ud kept})",
+       "<p style=\"margin:0\">kept</p>"},
       {"a  b\\line  c", "<p style=\"margin:0\">a &nbsp;b<br>&nbsp;c</p>"},
       {R"({\v hidden}{\*\unknown {gone}}{\known kept}{\header h}{\info{\title t}})",
        "<p style=\"margin:0\">kept</p>"},
@@ -252,6 +259,14 @@ TEST(RtfConversion, Pictures) {
            "\\wmetafile8 00}}z",
        "<p style=\"margin:0\"><img src=\"data:image/jpeg;base64,/9j/fQ==\" alt=\"\" "
        "border=\"0\">z</p>"},
+      // In a shape, beside what a reader that knows no shapes shows, and in an embedded object.
+      {"{\\shp{\\*\\shpinst{\\sp{\\sn pib}{\\sv{\\pict\\pngblip " + png +
+           "}}}}{\\shprslt{\\pict\\pngblip 00}}}z",
+       "<p style=\"margin:0\"><img src=\"data:image/png;base64,iVBORw0KGgoA\" alt=\"\" "
+       "border=\"0\">z</p>"},
+      {"{\\object\\objemb{\\*\\objdata 0102}{\\result{\\pict\\pngblip " + png + "}}}",
+       "<p style=\"margin:0\"><img src=\"data:image/png;base64,iVBORw0KGgoA\" alt=\"\" "
+       "border=\"0\"></p>"},
       {"{\\pict\\wmetafile8 0102}only a metafile", "<p style=\"margin:0\">only a metafile</p>"},
   });
 }
