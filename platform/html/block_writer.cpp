@@ -1,7 +1,10 @@
 #include "platform/html/block_writer.h"
 
 #include <algorithm>
+#include <span>
 #include <utility>
+
+#include "platform/html/tab_line_writer.h"
 
 namespace pxscheduler {
 namespace {
@@ -119,7 +122,9 @@ void BlockWriter::WriteParagraph(const std::vector<Block>& blocks, std::size_t a
   if (tab_line)
     WriteTabLine(document_, linked_places_, paragraph, *tab_line, prevailing, html_);
   else
-    WriteRuns(document_, linked_places_, paragraph, prevailing, html_);
+    WriteRuns(document_, linked_places_, format,
+              std::span(document_.runs).subspan(paragraph.first_run, paragraph.run_count),
+              prevailing, html_);
   if (html_.size() == empty) html_ += "&nbsp;";
   if (name != "li") html_ += "</" + name + ">\n";
 }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cwchar>
 #include <memory>
 
 #include "platform/code_page.h"
@@ -111,6 +112,14 @@ std::wstring_view AttributeValue(const HtmlAttributes& attributes, std::string_v
   const auto found = std::ranges::find(
       attributes, name, [](const auto& pair) -> std::string_view { return pair.first; });
   return found == attributes.end() ? std::wstring_view() : std::wstring_view(found->second);
+}
+
+long NumberAttribute(const HtmlAttributes& attributes, std::string_view name, long otherwise) {
+  constexpr std::size_t kMostDigits = 9;
+  const std::wstring start(AttributeValue(attributes, name).substr(0, kMostDigits));
+  wchar_t* end = nullptr;
+  const long number = std::wcstol(start.c_str(), &end, 10);
+  return end == start.c_str() ? otherwise : number;
 }
 
 void ParseHtml(std::wstring_view html, HtmlHandler& handler) {

@@ -14,6 +14,9 @@ using HtmlAttributes = std::vector<std::pair<std::string, std::wstring>>;
 // "" where the element has no such attribute.
 std::wstring_view AttributeValue(const HtmlAttributes& attributes, std::string_view name);
 
+// The whole number that the value begins with.
+long NumberAttribute(const HtmlAttributes& attributes, std::string_view name, long otherwise);
+
 // What a parser tells about a document, in its order. Every element that starts also ends, and they
 // nest, however broken the document is. Element names are in lower case.
 class HtmlHandler {

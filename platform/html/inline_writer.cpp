@@ -4,11 +4,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
-#include <span>
 #include <utility>
 
 #include "platform/base64.h"
 #include "platform/code_page.h"
+#include "platform/html/tab_line.h"
 #include "platform/html/text_width.h"
 
 namespace pxscheduler {
@@ -85,23 +85,6 @@ Tag LinkTag(const Document& document, std::uint32_t link, const CharacterFormat&
   AppendEscaped(document.links[link - 1].address, tag.start);
   tag.start += "\"" + css.Attribute() + ">";
   return tag;
-}
-
-std::string_view LeaderLine(TabLeader leader) {
-  switch (leader) {
-    case TabLeader::kDots:
-      return "1pt dotted #000000";
-    case TabLeader::kHyphens:
-      return "1pt dashed #000000";
-    case TabLeader::kThickLine:
-      return "2pt solid #000000";
-    case TabLeader::kDoubleLine:
-      return "3pt double #000000";
-    case TabLeader::kLine:
-    case TabLeader::kNone:
-      break;
-  }
-  return "1pt solid #000000";
 }
 
 class RunWriter {
@@ -312,46 +295,9 @@ std::set<std::wstring> LinkedPlaces(const Document& document) {
 }
 
 void WriteRuns(const Document& document, const std::set<std::wstring>& linked_places,
-               const Paragraph& paragraph, const CharacterFormat& around, std::string& html) {
-  const auto runs = std::span(document.runs).subspan(paragraph.first_run, paragraph.run_count);
-  RunWriter(document, linked_places, document.paragraph_formats[paragraph.format], around, html)
-      .Write(runs);
-}
-
-void WriteTabLine(const Document& document, const std::set<std::wstring>& linked_places,
-                  const Paragraph& paragraph, const TabLine& line, const CharacterFormat& around,
-                  std::string& html) {
-  Css table;
-  table.Add("margin", "0");
-  table.Add("border-collapse", "collapse");
-  if (line.width > 0) table.Add("width", Points(line.width));
-  // Not every mail program hands the font around down to a table.
-  CharacterFormat nothing = around;
-  nothing.font = 0;
-  nothing.half_points = 0;
-  AddFont(document, around, nothing, table);
-  html += R"(<table cellspacing="0" cellpadding="0" border="0")" + table.Attribute() +
-          "><tr valign=\"bottom\">";
-  for (const TabCell& cell : line.cells) {
-    Css css;
-    if (cell.takes_rest)
-      css.Add("width", "100%");
-    else if (cell.width > 0)
-      css.Add("width", Points(cell.width));
-    if (cell.leader != TabLeader::kNone) css.Add("border-bottom", LeaderLine(cell.leader));
-    if (cell.alignment == Alignment::kCentre) css.Add("text-align", "center");
-    if (cell.alignment == Alignment::kRight) css.Add("text-align", "right");
-    const bool goes_on = line.width == 0 && &cell == &line.cells.back();
-    if (!cell.runs.empty() && !goes_on && (cell.width == 0 || cell.alignment != Alignment::kLeft))
-      css.Add("white-space", "nowrap");
-    html += "<td" + css.Attribute() + ">";
-    const std::size_t empty = html.size();
-    RunWriter(document, linked_places, document.paragraph_formats[paragraph.format], around, html)
-        .Write(cell.runs);
-    if (html.size() == empty) html += "&nbsp;";
-    html += "</td>";
-  }
-  html += "</tr></table>";
+               const ParagraphFormat& format, std::span<const Run> runs,
+               const CharacterFormat& around, std::string& html) {
+  RunWriter(document, linked_places, format, around, html).Write(runs);
 }
 
 }  // namespace pxscheduler

@@ -1,11 +1,11 @@
 #pragma once
 
 #include <set>
+#include <span>
 #include <string>
 #include <string_view>
 
 #include "platform/html/css.h"
-#include "platform/html/tab_line.h"
 #include "platform/rtf/document.h"
 
 namespace pxscheduler {
@@ -25,14 +25,10 @@ void AddFont(const Document& document, const CharacterFormat& format, const Char
 // The bookmarks that a link of the document leads to.
 std::set<std::wstring> LinkedPlaces(const Document& document);
 
-// Appends a paragraph's content. `around` is the format that the paragraph's element has already;
-// neighbouring runs that differ from it in the same way become one element.
+// Appends runs of a paragraph of this format. `around` is the format that the element around them
+// has already; neighbouring runs that differ from it in the same way become one element.
 void WriteRuns(const Document& document, const std::set<std::wstring>& linked_places,
-               const Paragraph& paragraph, const CharacterFormat& around, std::string& html);
-
-// The same for a paragraph that is set with tab stops, as a table of one row.
-void WriteTabLine(const Document& document, const std::set<std::wstring>& linked_places,
-                  const Paragraph& paragraph, const TabLine& line, const CharacterFormat& around,
-                  std::string& html);
+               const ParagraphFormat& format, std::span<const Run> runs,
+               const CharacterFormat& around, std::string& html);
 
 }  // namespace pxscheduler

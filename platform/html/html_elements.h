@@ -1,0 +1,19 @@
+#pragma once
+
+#include <initializer_list>
+#include <string_view>
+
+namespace pxscheduler {
+
+// What the elements of HTML are for whoever renders them, by their names in small letters.
+
+// Whether it is one of these.
+bool IsElement(std::string_view name, std::initializer_list<std::string_view> names);
+bool IsHeading(std::string_view name);
+// Nothing of its content is shown.
+bool IsUnseen(std::string_view name);
+bool IsBlock(std::string_view name);
+// Blocks that stand apart from their neighbours unless their style says otherwise.
+bool StandsApart(std::string_view name);
+
+}  // namespace pxscheduler
