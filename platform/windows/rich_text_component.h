@@ -1,0 +1,19 @@
+#pragma once
+
+#include <memory>
+
+#include "platform/code_page.h"
+#include "platform/system.h"
+#include "platform/text_control.h"
+
+namespace pxscheduler {
+
+// The rich-text component of this machine, hosted on a hidden window; its errors are its own, with
+// their number and text. Where the component is not installed, or its licence does not extend to
+// this program (which is said on the system's warning line), our own text control stands in.
+//
+// Both arguments must outlive the control. Raises CannotCreateObject (429) for a component that is
+// registered but cannot be loaded.
+std::unique_ptr<TextControl> NewWindowsTextControl(System& system, const CodePages& code_pages);
+
+}  // namespace pxscheduler
