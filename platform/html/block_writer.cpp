@@ -85,10 +85,9 @@ void BlockWriter::WriteParagraph(const std::vector<Block>& blocks, std::size_t a
   std::int32_t after = format.space_after;
   std::string name = format.heading > 0 ? "h" + std::to_string(format.heading) : "p";
   const std::optional<TabLine> tab_line = LayOutTabs(document_, paragraph);
-  if (tab_line) {
-    name = "div";
-    left += std::exchange(format.first_indent, 0);
-  }
+  if (tab_line) name = "div";
+  // The row of a table has no first line of its own.
+  const std::int32_t table_indent = tab_line ? std::exchange(format.first_indent, 0) : 0;
   Css css;
   if (format.list > 0) {
     CloseBox();
@@ -107,7 +106,7 @@ void BlockWriter::WriteParagraph(const std::vector<Block>& blocks, std::size_t a
     }
   }
   space_above_ = after;
-  css.Add("margin", FourSides(before, box_ ? 0 : format.right_indent, after, left));
+  css.Add("margin", FourSides(before, box_ ? 0 : format.right_indent, after, left + table_indent));
   AddParagraphStyle(format, css);
   CharacterFormat outside = around_;
   if (format.heading > 0 && format.list == 0) {  // browsers show headings large and bold

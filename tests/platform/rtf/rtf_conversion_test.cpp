@@ -169,6 +169,12 @@ TEST(RtfConversion, TabStops) {
                                      "a</td><td style=\"width:100%;border-bottom:1pt dotted "
                                      "#000000\">&nbsp;</td>" +
                                      right + "[Number]</td>")},
+      {R"(\box\brdrs\brdrw20\li400\fi200\tqr\tx5000\tab 1)",
+       "<div style=\"margin:0 0 0 20pt;border:1pt solid #000000\"><div style=\"margin:0 0 0 "
+       "10pt\">" +
+           table(";width:220pt",
+                 R"(<td style="width:220pt;text-align:right;white-space:nowrap">1</td>)") +
+           "</div>"},
       {R"(\tqr\tx1000\tqc\tx3000\tab 1\tab two\tab end)",
        div + table("", R"(<td style="width:50pt;text-align:right;white-space:nowrap">1</td>)"
                        R"(<td style="width:85pt">&nbsp;</td>)"

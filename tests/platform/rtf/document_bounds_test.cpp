@@ -10,6 +10,7 @@
 #include <string>
 
 #include "platform/html/html_writer.h"
+#include "platform/html/plain_text.h"
 #include "platform/rtf/rtf_reader.h"
 #include "tests/support/fake_platform.h"
 
@@ -97,6 +98,24 @@ TEST(RtfBounds, CostsGrowWithTheDocument) {
     const std::size_t two = CostOf("{\\rtf1 " + Repeated(each.once, 2 * kCount)).all;
     EXPECT_LT(two, one * 5 / 2) << each.what;
     EXPECT_LT(two, 2 * kCount * 6000) << each.what;
+  }
+}
+
+TEST(HtmlBounds, CostsGrowWithTheDocument) {
+  constexpr std::size_t kCount = 5000;
+  for (const char* once :
+       {"no end of a line ", "<p>[First Name]", "<table><tr><td>", "<tr><td>x<td>y", "<ul><li>x",
+        "<a href=\"b\">", "<pre>x\n", "<br>", "<h1>[x", "</div></p>", "<b><i>", "&amp;&#65;",
+        "<blockquote>x", "<div style=\"margin:0;x", "<!--", "<img alt=\"x\">"}) {
+    const auto cost = [&](std::size_t count) {
+      const std::wstring html = FromUtf8(Repeated(once, count));
+      allocations.all = 0;
+      PlainTextOfHtml(html);
+      return allocations.all;
+    };
+    const std::size_t one = cost(kCount);
+    EXPECT_LT(cost(2 * kCount), one * 5 / 2) << once;
+    EXPECT_LT(one, kCount * 6000) << once;
   }
 }
 
