@@ -25,13 +25,14 @@ std::unique_ptr<MailComponent> WindowsComponents::NewMailComponent() {
   return NewSmtpMailComponent(
       system, machine_.TheCodePages(),
       {.plain_text = PlainTextOfHtml,
-       .take_inline_parts = [&system](std::wstring& html, const std::wstring& path) {
-         return TakePictures(html, path, system);
+       .take_inline_parts = [&system, &converted = converted_](std::wstring& html,
+                                                               const std::wstring& path) {
+         return TakePictures(html, converted.DocumentOf(path), system);
        }});
 }
 
 std::unique_ptr<TextControl> WindowsComponents::NewTextControl() {
-  return NewWindowsTextControl(machine_.TheSystem(), machine_.TheCodePages());
+  return NewWindowsTextControl(machine_.TheSystem(), machine_.TheCodePages(), &converted_);
 }
 
 }  // namespace pxscheduler

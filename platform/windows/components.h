@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/html/converted_files.h"
 #include "platform/platform.h"
 #include "platform/windows/machine.h"
 
@@ -7,7 +8,7 @@ namespace pxscheduler {
 
 // The components that a run on Windows uses: ADO, the system's ODBC or the embedded engine as data
 // access, mail over Winsock, and the rich-text component where it is registered. The machine must
-// outlive them.
+// outlive them, and they what they make.
 class WindowsComponents : public Components {
  public:
   explicit WindowsComponents(WindowsMachine& machine) : machine_(machine) {}
@@ -19,6 +20,7 @@ class WindowsComponents : public Components {
 
  private:
   WindowsMachine& machine_;
+  ConvertedFiles converted_;
 };
 
 }  // namespace pxscheduler

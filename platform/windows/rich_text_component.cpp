@@ -64,7 +64,8 @@ class RichTextComponent : public TextControl {
 
 }  // namespace
 
-std::unique_ptr<TextControl> NewWindowsTextControl(System& system, const CodePages& code_pages) {
+std::unique_ptr<TextControl> NewWindowsTextControl(System& system, const CodePages& code_pages,
+                                                   ConvertedFiles* converted) {
   if (FindClass(kProgramId)) {
     try {
       return std::make_unique<RichTextComponent>();
@@ -73,7 +74,7 @@ std::unique_ptr<TextControl> NewWindowsTextControl(System& system, const CodePag
       system.Warn(std::wstring(kProgramId) + L": " + error.description);
     }
   }
-  return std::make_unique<RichTextControl>(system, code_pages);
+  return std::make_unique<RichTextControl>(system, code_pages, converted);
 }
 
 }  // namespace pxscheduler

@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "platform/code_page.h"
+#include "platform/html/converted_files.h"
 #include "platform/system.h"
 #include "platform/text_control.h"
 
@@ -12,8 +13,10 @@ namespace pxscheduler {
 // their number and text. Where the component is not installed, or its licence does not extend to
 // this program (which is said on the system's warning line), our own text control stands in.
 //
-// Both arguments must outlive the control. Raises CannotCreateObject (429) for a component that is
+// All arguments must outlive the control; our own adds the files that it saves to `converted`, if
+// that is given. Raises CannotCreateObject (429) for a component that is
 // registered but cannot be loaded.
-std::unique_ptr<TextControl> NewWindowsTextControl(System& system, const CodePages& code_pages);
+std::unique_ptr<TextControl> NewWindowsTextControl(System& system, const CodePages& code_pages,
+                                                   ConvertedFiles* converted = nullptr);
 
 }  // namespace pxscheduler
