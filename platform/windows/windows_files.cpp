@@ -87,6 +87,8 @@ bool WriteAll(HANDLE file, std::string_view bytes) {
     // One call takes what is appended to a log in one step.
     const DWORD size = static_cast<DWORD>(std::min(bytes.size(), kMostBytesOfOneCall));
     if (::WriteFile(file, bytes.data(), size, &written, nullptr) == 0) return false;
+    // A pipe that does not wait takes nothing while it is full.
+    if (written == 0) return false;
     bytes.remove_prefix(written);
   }
   return true;
