@@ -7,11 +7,24 @@
 
 namespace pxscheduler {
 
+namespace {
+
+// Under Wine a place that the programs of the host know as well.
+std::filesystem::path ScratchRoot() {
+#ifdef _WIN32
+  return "Z:/tmp";
+#else
+  return std::filesystem::temp_directory_path();
+#endif
+}
+
+}  // namespace
+
 ScratchFolder::ScratchFolder() {
   std::random_device random;
   std::filesystem::path path;
   do {
-    path = std::filesystem::temp_directory_path() / ("scheduler-test-" + std::to_string(random()));
+    path = ScratchRoot() / ("scheduler-test-" + std::to_string(random()));
   } while (!std::filesystem::create_directory(path));
   path_ = path.string();
 }

@@ -1,32 +1,12 @@
 #pragma once
 
-#include <sys/types.h>
-
-#include <filesystem>
 #include <string>
 #include <vector>
 
+#include "tests/support/child_process.h"
 #include "tests/support/scratch_folder.h"
 
 namespace pxscheduler {
-
-// A process that a test starts and that ends with it.
-class ChildProcess {
- public:
-  // The program is looked for as a shell does; its output goes to `output`, "" for nowhere.
-  ChildProcess(const std::vector<std::string>& arguments, const std::filesystem::path& output);
-  ~ChildProcess();
-  ChildProcess(const ChildProcess&) = delete;
-  ChildProcess& operator=(const ChildProcess&) = delete;
-
- private:
-  pid_t process_ = -1;
-};
-
-std::string ReadWholeFile(const std::filesystem::path& path);
-
-// Waits until the file exists, at most ten seconds, and returns its content; "" when it never does.
-std::string AwaitFile(const std::filesystem::path& path);
 
 // tests/support/smtp_server.py, running.
 class ScriptedSmtpServer {

@@ -1,11 +1,11 @@
 #pragma once
 
-#include <sys/types.h>
-
 #include <cstdint>
-#include <filesystem>
 #include <string>
 #include <vector>
+
+#include "tests/support/child_process.h"
+#include "tests/support/scratch_folder.h"
 
 namespace pxscheduler {
 
@@ -19,9 +19,6 @@ class TdsServer {
 
   TdsServer() : TdsServer(Options{}) {}
   explicit TdsServer(const Options& options);
-  ~TdsServer();
-  TdsServer(const TdsServer&) = delete;
-  TdsServer& operator=(const TdsServer&) = delete;
 
   std::uint16_t Port() const { return port_; }
   // The server as a data source names it.
@@ -32,8 +29,8 @@ class TdsServer {
   std::vector<std::string> Log(const std::string& kind) const;
 
  private:
-  std::filesystem::path folder_;
-  pid_t process_ = -1;
+  ScratchFolder folder_;
+  ChildProcess process_;
   std::uint16_t port_ = 0;
 };
 

@@ -1,7 +1,8 @@
 """A made-up machine around the real executable: registry, agency database, clock and mail server.
 
 The executable is named by the environment variable PXSCHEDULER, as a command that may begin with an
-emulator; its companion by PXSECRET.
+emulator; its companion by PXSECRET. Where that command runs it by Wine, the registry is the one of
+Wine's prefix, which the tests of all classes share, and wine.py has what else differs.
 """
 
 import email
@@ -17,6 +18,8 @@ import tempfile
 import time
 import unittest
 from pathlib import Path
+
+import wine
 
 SMTP_SERVER = Path(__file__).resolve().parents[2] / "support" / "smtp_server.py"
 
@@ -113,7 +116,7 @@ class SchedulerTest(unittest.TestCase):
         self.registry = {
             USER_PRODUCT: {"DSN": "agency"},
             DATA_SOURCE: {
-                "Server": "sqlite:" + str(self.folder / "agency.db"),
+                "Server": "sqlite:" + self.path_text(self.folder / "agency.db"),
                 "Database": "Sunset Travel",
             },
             MAIL: {"EmailServer": "127.0.0.1:9", "EmailFrom": "office@sunset.example"},
@@ -177,7 +180,14 @@ class SchedulerTest(unittest.TestCase):
 
     # Running
 
+    @staticmethod
+    def path_text(path):
+        """A path as the executable knows it."""
+        return wine.path_text(path) if wine.IS_USED else str(path)
+
     def environment(self, now):
+        if wine.IS_USED:
+            return wine.environment(now, FAKETIME)
         return {
             "PATH": os.environ["PATH"],
             "TZ": "UTC",
@@ -197,7 +207,11 @@ class SchedulerTest(unittest.TestCase):
         the body file."""
         if self.registry is not None:
             self.write_file("agency.reg", self.registry_text().encode())
-        arguments = shlex.split(command_line.replace("{body}", shlex.quote(str(self.body_file))))
+        arguments = shlex.split(
+            command_line.replace("{body}", shlex.quote(self.path_text(self.body_file))))
+        if wine.IS_USED:
+            wine.import_registry(self.folder, self.registry)
+            arguments = wine.words(arguments)
         return subprocess.Popen(
             shlex.split(os.environ["PXSCHEDULER"]) + arguments,
             stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
@@ -226,6 +240,8 @@ class SchedulerTest(unittest.TestCase):
     def assert_stopped(self, result, number, *words):
         """The runtime's error report with this number, and status 1."""
         self.assertEqual((result.returncode, result.stdout), (1, ""), result.stderr)
+        if wine.IS_USED:
+            return  # the report is a window, which message_box_test.py looks at
         self.assertIn("Vantreo Scheduler", result.stderr)
         self.assertRegex(result.stderr, rf"(?<![0-9-]){number}(?![0-9])")
         for word in words:

@@ -1,13 +1,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <fstream>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/smtp/socket_network.h"
 #include "tests/platform/smtp/mail_fixture.h"
+#include "tests/support/trusted_certificates.h"
 
 namespace pxscheduler {
 namespace {
@@ -22,29 +23,32 @@ using ::testing::Not;
 class Certificates {
  public:
   Certificates() {
-    Make("trusted.pem", "localhost");
-    Make("stranger.pem", "localhost");
-    Make("elsewhere.pem", "elsewhere.example");
-    const std::string trusted = ReadWholeFile(folder_.Path("trusted.pem"));
-    const std::string elsewhere = ReadWholeFile(folder_.Path("elsewhere.pem"));
-    std::ofstream(folder_.Path("store.pem")) << trusted << elsewhere;
-    setenv("SSL_CERT_FILE", (folder_.Path("store.pem")).c_str(), 1);
+    Make("trusted.pem", "localhost", "DNS:localhost");
+    Make("stranger.pem", "localhost", "DNS:localhost");
+    Make("elsewhere.pem", "elsewhere.example", "DNS:elsewhere.example");
+    Make("address.pem", "127.0.0.1", "IP:127.0.0.1");
+    trusted_.emplace(folder_.Write(
+        "store.pem",
+        folder_.Read("trusted.pem") + folder_.Read("elsewhere.pem") + folder_.Read("address.pem")));
   }
 
   std::string File(const std::string& name) const { return folder_.Path(name); }
 
  private:
-  void Make(const std::string& file, const std::string& host) const {
-    const std::string path = folder_.Path(file);
-    const std::string command =
-        "openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes -days 2"
-        " -subj /CN=" +
-        host + " -addext subjectAltName=DNS:" + host + " -keyout " + path + ".key -out " + path +
-        ".crt 2>/dev/null && cat " + path + ".key " + path + ".crt > " + path;
-    ASSERT_EQ(std::system(command.c_str()), 0);  // NOLINT(cert-env33-c): a test's own words
+  void Make(const std::string& file, const std::string& subject, const std::string& name) const {
+    const std::string key = folder_.Path(file + ".key");
+    const std::string certificate = folder_.Path(file + ".crt");
+    ChildProcess openssl({"/usr/bin/openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt",
+                          "ec_paramgen_curve:prime256v1", "-nodes", "-days", "2", "-subj",
+                          "/CN=" + subject, "-addext", "subjectAltName=" + name, "-keyout",
+                          HostPath(key), "-out", HostPath(certificate)},
+                         folder_.Path("output"));
+    ASSERT_EQ(openssl.Wait(), 0) << folder_.Read("output");
+    folder_.Write(file, ReadWholeFile(key) + ReadWholeFile(certificate));
   }
 
   ScratchFolder folder_;
+  std::optional<TrustedCertificates> trusted_;
 };
 
 const Certificates& TestCertificates() {
@@ -55,8 +59,9 @@ const Certificates& TestCertificates() {
 std::string Script(const std::string& extensions, const std::string& certificate,
                    const std::string& rest = "") {
   const std::string file =
-      certificate.empty() ? ""
-                          : R"(, "certificate": ")" + TestCertificates().File(certificate) + R"(")";
+      certificate.empty()
+          ? ""
+          : R"(, "certificate": ")" + HostPath(TestCertificates().File(certificate)) + R"(")";
   return R"({"extensions": ["PIPELINING", )" + extensions +
          R"(], "users": {"user": "pass\u00e9 word"})" + file + rest + "}";
 }
@@ -115,6 +120,17 @@ TEST(ProtectionTest, EachSettingMeetsEachKindOfServer) {
       EXPECT_THAT(server.Messages(), IsEmpty());
       EXPECT_THAT(server.Commands(), Each(Not(HasSubstr("AUTH"))));
     }
+  }
+}
+
+TEST(ProtectionTest, ANumericAddressMustBeOneOfTheCertificates) {
+  for (const auto& [certificate, code] : {std::pair("address.pem", 0), {"trusted.pem", 16}}) {
+    SCOPED_TRACE(certificate);
+    const ScriptedSmtpServer server(Script(R"("STARTTLS", "AUTH PLAIN")", certificate));
+    TestMail mail(server.Port());
+    UsePassword(mail);
+    mail.Component().SetServerHost(L"127.0.0.1");
+    EXPECT_EQ(mail.SendTo(L"ann@example.com"), code);
   }
 }
 

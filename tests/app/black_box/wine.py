@@ -1,0 +1,68 @@
+"""What differs where the executable is the one for Windows, run by Wine."""
+
+import os
+import subprocess
+import unittest
+from pathlib import Path
+
+EMULATOR = Path(__file__).resolve().parents[3] / "scripts" / "wine"
+IS_USED = os.environ.get("PXSCHEDULER", "").startswith(str(EMULATOR))
+
+# What the tests leave in the registry that they share.
+KEYS = (
+    r"HKEY_LOCAL_MACHINE\Software\WOW6432Node\Kestrova",
+    r"HKEY_LOCAL_MACHINE\Software\WOW6432Node\ODBC\ODBC.INI",
+    r"HKEY_CURRENT_USER\Software\Kestrova",
+    r"HKEY_CURRENT_USER\Software\ODBC\ODBC.INI",
+)
+
+
+# Where the 32-bit view is, for a registry editor of 64 bits.
+VIEW = (r"HKEY_LOCAL_MACHINE\Software", r"HKEY_LOCAL_MACHINE\Software\WOW6432Node")
+
+
+def not_under(reason):
+    """Skips a test for the Windows executable."""
+    return unittest.skipIf(IS_USED, reason)
+
+
+def path_text(path):
+    return "Z:" + str(path).replace("/", "\\")
+
+
+def words(arguments):
+    """One argument a word: Wine puts one with blanks between quotation marks, which would then be
+    part of the command line."""
+    return " ".join(arguments).split(" ")
+
+
+def environment(now, faketime):
+    return {
+        "PATH": os.environ["PATH"],
+        "HOME": os.environ.get("HOME", "/"),
+        "WINEPREFIX": os.environ["WINEPREFIX"],
+        "WINEDEBUG": "-all",
+        "TZ": "UTC",
+        "LD_PRELOAD": str(faketime),
+        "FAKETIME": now,
+        "FAKETIME_DONT_FAKE_MONOTONIC": "1",
+        # Wine compares the times of its own files.
+        "NO_FAKE_STAT": "1",
+    }
+
+
+def import_registry(folder, keys):
+    """Makes these keys, in the 32-bit view, all that the product finds in Wine's registry."""
+    lines = ["Windows Registry Editor Version 5.00", ""]
+    lines += [f"[-{key}]" for key in KEYS]
+    home = path_text(folder / "home")
+    for key, values in (keys or {}).items():
+        key = key.replace(*VIEW)
+        lines += ["", f"[{key}]"]
+        for name, value in values.items():
+            text = value.replace("%USERPROFILE%", home).replace("\\", "\\\\").replace('"', '\\"')
+            lines.append(f'"{name}"="{text}"')
+    file = folder / "wine.reg"
+    file.write_bytes(("\r\n".join(lines) + "\r\n").encode("utf-16"))
+    subprocess.run([EMULATOR, "regedit", "/S", path_text(file)], check=True, timeout=60,
+                   stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)

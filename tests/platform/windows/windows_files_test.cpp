@@ -1,0 +1,100 @@
+#include "platform/windows/windows_files.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "platform/code_page.h"
+#include "platform/windows/windows_code_page.h"
+#include "platform/windows/windows_system.h"
+#include "tests/support/scratch_folder.h"
+
+namespace pxscheduler {
+namespace {
+
+std::int32_t NumberOf(const std::function<void()>& action) {
+  try {
+    action();
+  } catch (const RuntimeError& error) {
+    return error.number;
+  }
+  return 0;
+}
+
+class WindowsFilesTest : public testing::Test {
+ protected:
+  std::wstring Path(const std::string& name) const {
+    std::wstring path = FromUtf8(folder_.Path(name));
+    for (wchar_t& unit : path) {
+      if (unit == L'/') unit = L'\\';
+    }
+    return path;
+  }
+
+  ScratchFolder folder_;
+  WindowsCodePages code_pages_;
+  WindowsSystem system_{[this]() -> const CodePage& { return code_pages_.Ansi(); }};
+};
+
+TEST_F(WindowsFilesTest, AppendsBehindWhatAnotherRunHasWritten) {
+  const std::wstring path = Path("run.log");
+  const auto first = system_.OpenForAppend(path);
+  const auto second = system_.OpenForAppend(path);
+  first->Append(L"one\r\n");
+  second->Append(L"caf\u00E9\r\n");
+  first->Append(L"three\r\n");
+  EXPECT_EQ(folder_.Read("run.log"), "one\r\ncaf\xE9\r\nthree\r\n");
+}
+
+TEST_F(WindowsFilesTest, ReplacesTheWholeContent) {
+  system_.ReplaceContent(Path("scheduler.htm"), "a longer first content");
+  system_.ReplaceContent(Path("scheduler.htm"), "second");
+  EXPECT_EQ(system_.ReadFile(Path("scheduler.htm")), "second");
+  EXPECT_EQ(system_.FirstEntry(Path("scheduler.htm.*")), L"") << "left behind";
+}
+
+TEST_F(WindowsFilesTest, FindsAndMakesFolders) {
+  EXPECT_EQ(system_.FirstEntry(Path("Data")), L"");
+  system_.MakeFolder(Path("Data"));
+  EXPECT_EQ(system_.FirstEntry(Path("Data")), L"Data");
+  EXPECT_EQ(NumberOf([&] { system_.MakeFolder(Path("Data")); }), 75);
+  EXPECT_EQ(NumberOf([&] { system_.MakeFolder(Path("none\\below")); }), 76);
+}
+
+TEST_F(WindowsFilesTest, RaisesWhatThePlatformRaises) {
+  system_.MakeFolder(Path("folder"));
+  EXPECT_EQ(NumberOf([&] { system_.ReadFile(Path("none.htm")); }), 53);
+  EXPECT_EQ(NumberOf([&] { system_.ReadFile(Path("none\\none.htm")); }), 76);
+  EXPECT_EQ(NumberOf([&] { system_.ReadFile(Path("folder")); }), 70);
+  EXPECT_EQ(NumberOf([&] { system_.OpenForAppend(Path("none\\run.log")); }), 76);
+  EXPECT_EQ(NumberOf([&] { system_.ReplaceContent(Path("none\\x.htm"), ""); }), 76);
+  EXPECT_EQ(NumberOf([&] { system_.ReadFile(Path("x") + std::wstring(1, L'\0')); }), 75);
+}
+
+// Every call that takes a path must get along with one above the system's old limit.
+TEST_F(WindowsFilesTest, TakesLongPaths) {
+  std::wstring path = Path("");
+  for (int i = 0; i < 6; ++i) {
+    path += std::wstring(60, L'a') + L"\\";
+    system_.MakeFolder(path.substr(0, path.size() - 1));
+  }
+  const std::wstring file = path + L"letter.htm";
+  system_.ReplaceContent(file, "content");
+  EXPECT_EQ(system_.ReadFile(file), "content");
+  EXPECT_EQ(system_.FirstEntry(file), L"letter.htm");
+  system_.OpenForAppend(file)->Append(L"!");
+  EXPECT_EQ(system_.ReadFile(file), "content!");
+  EXPECT_EQ(system_.RealPath(file), file);
+}
+
+TEST_F(WindowsFilesTest, KnowsOneFileByItsRealPath) {
+  folder_.Write("logo.png", "x");
+  const std::wstring folder = system_.RealPath(Path(""));
+  const std::wstring roundabout =
+      folder + L"\\..\\" + folder.substr(folder.find_last_of(L'\\') + 1) + L"\\logo.png";
+  EXPECT_EQ(system_.RealPath(Path("logo.png")), system_.RealPath(roundabout));
+  EXPECT_EQ(NumberOf([&] { system_.RealPath(Path("none.png")); }), 76);
+}
+
+}  // namespace
+}  // namespace pxscheduler
