@@ -39,6 +39,8 @@ COLUMNS = (
     "ProfileNumber Prefix FirstName LastName FullName Attention Phone Fax Email SendEmail "
     "BirthDate AnniversaryDate TravelDate ReturnDate FirstDate LastDate"
 ).split()
+USAGE = ("Usage: PXScheduler /U[user name] /Q[saved query name] /S[subject] "
+         "/F[message body file]")
 COMMAND = '/QMailing "/SHello [First Name]" /F{body}'
 RUNNING = "Running query: Mailing"
 
@@ -185,6 +187,9 @@ class SchedulerTest(unittest.TestCase):
         """A path as the executable knows it."""
         return wine.path_text(path) if wine.IS_USED else str(path)
 
+    def converted_file(self):
+        return wine.converted_file() if wine.IS_USED else self.folder / "tmp" / "scheduler.htm"
+
     def environment(self, now):
         if wine.IS_USED:
             return wine.environment(now, FAKETIME)
@@ -241,11 +246,17 @@ class SchedulerTest(unittest.TestCase):
         """The runtime's error report with this number, and status 1."""
         self.assertEqual((result.returncode, result.stdout), (1, ""), result.stderr)
         if wine.IS_USED:
-            return  # the report is a window, which message_box_test.py looks at
+            return  # the report is a window that nobody sees here
         self.assertIn("Vantreo Scheduler", result.stderr)
         self.assertRegex(result.stderr, rf"(?<![0-9-]){number}(?![0-9])")
         for word in words:
             self.assertIn(word, result.stderr)
+
+    def assert_shows_usage(self, result):
+        self.assertEqual((result.returncode, result.stdout), (0, ""))
+        if not wine.IS_USED:
+            self.assertIn("Vantreo Scheduler", result.stderr)
+            self.assertIn(USAGE, result.stderr)
 
     def assert_log(self, *lines, encoding="cp1252"):
         expected = "".join(line + "\r\n" for line in lines).encode(encoding)

@@ -17,6 +17,10 @@ KEYS = (
 )
 
 
+SHELL_FOLDERS = (
+    r"HKEY_CURRENT_USER\Software\Microsoft\Windows\CurrentVersion\Explorer\User Shell Folders"
+)
+
 # Where the 32-bit view is, for a registry editor of 64 bits.
 VIEW = (r"HKEY_LOCAL_MACHINE\Software", r"HKEY_LOCAL_MACHINE\Software\WOW6432Node")
 
@@ -31,9 +35,14 @@ def path_text(path):
 
 
 def words(arguments):
-    """One argument a word: Wine puts one with blanks between quotation marks, which would then be
-    part of the command line."""
-    return " ".join(arguments).split(" ")
+    """One argument a word: Wine puts an argument that is empty or holds blanks between quotation
+    marks, which would then be part of the command line."""
+    return " ".join(arguments).split()
+
+
+def converted_file():
+    """The file that a letter of the word processor is converted into."""
+    return next(Path(os.environ["WINEPREFIX"]).glob("drive_c/users/*/Temp/scheduler.htm"))
 
 
 def environment(now, faketime):
@@ -55,6 +64,7 @@ def import_registry(folder, keys):
     """Makes these keys, in the 32-bit view, all that the product finds in Wine's registry."""
     lines = ["Windows Registry Editor Version 5.00", ""]
     lines += [f"[-{key}]" for key in KEYS]
+    lines += [f"[{SHELL_FOLDERS}]", '"Personal"=-']
     home = path_text(folder / "home")
     for key, values in (keys or {}).items():
         key = key.replace(*VIEW)

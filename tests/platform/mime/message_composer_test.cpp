@@ -2,13 +2,14 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <string>
 #include <vector>
 
 #include "platform/code_page.h"
-#include "tests/support/scripted_smtp_server.h"
+#include "tests/support/child_process.h"
+#include "tests/support/scratch_folder.h"
 
 namespace pxscheduler {
 namespace {
@@ -159,13 +160,14 @@ TEST(MessageComposerTest, StrictParsersFindWhatWasGiven) {
     std::ofstream(name + ".json", std::ios::binary) << Expectation(kind);
   }
   const std::string scripts =
-      std::filesystem::path(TEST_DATA_FOLDER).parent_path() / "platform/mime";
-  for (const std::string& parser :
-       {"python3 " + scripts + "/parse_strictly.py ", "perl " + scripts + "/parse_strictly.pl "}) {
+      HostPath(std::filesystem::path(TEST_DATA_FOLDER).parent_path() / "platform/mime");
+  for (const std::vector<std::string>& parser :
+       std::vector<std::vector<std::string>>{{"/usr/bin/python3", scripts + "/parse_strictly.py"},
+                                             {"/usr/bin/perl", scripts + "/parse_strictly.pl"}}) {
     const std::string report = folder.Path("report");
-    const std::string command = parser + folder.Path() + " > " + report + " 2>&1";
-    EXPECT_EQ(std::system(command.c_str()), 0)  // NOLINT(cert-env33-c): a test's own words
-        << ReadWholeFile(report);
+    std::vector<std::string> command = parser;
+    command.push_back(HostPath(folder.Path()));
+    EXPECT_EQ(ChildProcess(command, report).Wait(), 0) << parser[0] << ReadWholeFile(report);
   }
 }
 

@@ -44,7 +44,7 @@ class SqliteSessionTest : public testing::Test {
 
   void Make(const std::string& sql) const {
     sqlite3* database = nullptr;
-    ASSERT_EQ(sqlite3_open(file_.c_str(), &database), SQLITE_OK);
+    ASSERT_EQ(sqlite3_open(file_.string().c_str(), &database), SQLITE_OK);
     char* error = nullptr;
     EXPECT_EQ(sqlite3_exec(database, sql.c_str(), nullptr, nullptr, &error), SQLITE_OK) << error;
     sqlite3_close(database);
