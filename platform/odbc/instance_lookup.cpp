@@ -41,6 +41,7 @@ std::vector<Socket> OpenSockets(std::vector<SocketAddress> addresses, std::uint1
 // The first answer that names a port within `wait`, 0 where there is none.
 std::uint16_t AwaitPort(const std::vector<Socket>& sockets, milliseconds wait) {
   std::vector<SocketHandle> waiting;
+  waiting.reserve(sockets.size());
   for (const Socket& socket : sockets) waiting.push_back(socket.Handle());
   const auto until = Clock::now() + wait;
   for (;;) {

@@ -21,7 +21,7 @@ std::string ReadWholeFile(const std::filesystem::path& path) {
 std::string AwaitLine(const std::filesystem::path& path) {
   const auto deadline = std::chrono::steady_clock::now() + kPatience;
   for (;;) {
-    const std::string content = ReadWholeFile(path);
+    std::string content = ReadWholeFile(path);
     if (content.find('\n') != std::string::npos) {
       return content;
     }

@@ -122,7 +122,7 @@ std::string FakeSystem::ReadFile(const std::wstring& path) const {
 
 std::wstring FakeSystem::RealPath(const std::wstring& path) const {
   const auto link = links.find(path);
-  const std::wstring real = link == links.end() ? path : link->second;
+  std::wstring real = link == links.end() ? path : link->second;
   if (files.count(real) == 0 && folders.count(real) == 0) throw PathNotFound(path);
   return real;
 }

@@ -21,6 +21,12 @@ std::string Number(std::uint32_t number, int length) {
   return bytes;
 }
 
+// Counted from the highest bit of the first byte.
+void SetBit(std::string& bytes, std::size_t index) {
+  const auto byte = static_cast<unsigned char>(bytes[index / 8]);
+  bytes[index / 8] = static_cast<char>(byte | (0x80U >> (index % 8)));
+}
+
 // Part of a picture of 9 by 5 pixels, each of which is different from its neighbours.
 std::string Dib(const Form& form, const PixelRectangle& part) {
   std::string dib = Number(form.header, 4);
@@ -37,12 +43,12 @@ std::string Dib(const Form& form, const PixelRectangle& part) {
   }
   for (std::uint32_t i = 0; i < part.height; ++i) {
     const std::uint32_t y = part.top + (form.top_down ? i : part.height - 1 - i);
-    std::string row((part.width * form.bits + 31) / 32 * 4, '\0');
+    const std::size_t row_bytes = std::size_t{(part.width * form.bits + 31) / 32} * 4;
+    std::string row(row_bytes, '\0');
     for (std::uint32_t x = 0; x < part.width; ++x) {
       const std::uint32_t pixel = 0xA5C3 * (x + part.left + 1) + 0x3B7 * y;
       for (std::uint32_t bit = 0; bit < form.bits; ++bit)
-        if ((pixel >> bit & 1) != 0)
-          row[(x * form.bits + bit) / 8] |= static_cast<char>(0x80 >> ((x * form.bits + bit) % 8));
+        if ((pixel >> bit & 1) != 0) SetBit(row, x * form.bits + bit);
     }
     dib += row;
   }
