@@ -57,6 +57,9 @@ def environment(now, faketime):
         "FAKETIME_DONT_FAKE_MONOTONIC": "1",
         # Wine compares the times of its own files.
         "NO_FAKE_STAT": "1",
+        # The driver manager of the host, which Wine's own hands everything to.
+        **{name: os.environ[name] for name in ("ODBCSYSINI", "PXSCHEDULER_ODBC_DRIVER")
+           if name in os.environ},
     }
 
 
