@@ -37,7 +37,7 @@ class WindowsConnection : public Connection {
 
   void Open(const std::wstring& connection_string, const std::wstring& user_id,
             const std::wstring& password, int options) override {
-    if (State() == kStateClosed) Choose(ReadConnectionString(connection_string));
+    Choose(ReadConnectionString(connection_string));
     chosen_->Open(connection_string, user_id, password, options);
   }
   int State() const override { return chosen_ != nullptr ? chosen_->State() : kStateClosed; }
@@ -68,9 +68,12 @@ class WindowsConnection : public Connection {
   }
 
   void Choose(const ConnectionSettings& settings) {
+    const bool prefers_ado = PrefersAdo(settings);
+    // A second attempt is made on the same object, with no other call before it.
+    if (chosen_ != nullptr && (chosen_ != &data_) == prefers_ado) return;
     Connection* const before = std::exchange(chosen_, nullptr);
     failure_.reset();
-    if (PrefersAdo(settings)) {
+    if (prefers_ado) {
       try {
         if (!ado_) ado_.emplace();
       } catch (const RuntimeError& error) {

@@ -1,0 +1,81 @@
+#pragma once
+
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "platform/code_page.h"
+#include "platform/runtime_error.h"
+#include "tests/support/com_server/com_server.h"
+#include "tests/support/com_server/registration.h"
+#include "tests/support/fake_platform.h"
+
+namespace pxscheduler {
+
+// The test server with its record and its rows. Classes count as installed once Install is called.
+class ComFixture : public testing::Test {
+ protected:
+  ComFixture() {
+    std::error_code ignored;
+    std::filesystem::remove(record_, ignored);
+    ::SetEnvironmentVariableW(kComRecord, record_.c_str());
+    ::SetEnvironmentVariableW(kComRows, rows_.c_str());
+    ::SetEnvironmentVariableW(kComFailure, nullptr);
+  }
+  ~ComFixture() override {
+    std::error_code ignored;
+    std::filesystem::remove(record_, ignored);
+    std::filesystem::remove(rows_, ignored);
+  }
+  ComFixture(const ComFixture&) = delete;
+  ComFixture& operator=(const ComFixture&) = delete;
+
+  void Install(const std::wstring& program_id, const CLSID& class_id) {
+    installed_.push_back(std::make_unique<ComRegistration>(program_id, class_id));
+  }
+  void InstallDataObjects() {
+    Install(L"ADODB.Connection", kConnectionClass);
+    Install(L"ADODB.Recordset", kRecordsetClass);
+    Install(L"SQLOLEDB", kProviderClass);
+  }
+  void SetRows(const std::string& rows) const { std::ofstream(rows_, std::ios::binary) << rows; }
+  const std::filesystem::path& RecordFile() const { return record_; }
+  static void Fail(const wchar_t* failure) { ::SetEnvironmentVariableW(kComFailure, failure); }
+
+  std::vector<std::string> Calls() const {
+    std::ifstream file(record_);
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(file, line);) lines.push_back(line);
+    return lines;
+  }
+  template <typename Action>
+  static RuntimeError ErrorOf(const Action& action) {
+    try {
+      action();
+    } catch (const RuntimeError& error) {
+      return error;
+    }
+    return {0, L"no error"};
+  }
+
+  FakeSystem system_;
+
+ private:
+  std::filesystem::path Named(const char* ending) const {
+    return std::filesystem::temp_directory_path() /
+           (std::to_string(::GetCurrentProcessId()) + ending);
+  }
+
+  std::filesystem::path record_ = Named(".record");
+  std::filesystem::path rows_ = Named(".rows");
+  std::vector<std::unique_ptr<ComRegistration>> installed_;
+};
+
+}  // namespace pxscheduler
