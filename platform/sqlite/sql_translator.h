@@ -21,8 +21,7 @@ struct TranslatedSql {
 //  - "+" and "-" become functions unless both sides are known to be numbers;
 //  - date parts, types of CONVERT and CAST, and "name = value" in a select list take SQLite's form;
 //  - comparisons with a text ignore case; a text compared with a date is written as the engine
-//  writes
-//    dates; a sub-select that is compared must give one value.
+//    writes dates; a sub-select that is compared must give one value.
 // What it does not know passes through as it is. Raises SqlSyntaxError for a SET statement or a
 // literal that SQL Server would reject, and for nesting deeper than 200.
 TranslatedSql TranslateSql(std::string_view sql, const SqlSchema& schema);
