@@ -23,7 +23,14 @@ int Report(System& system, const RuntimeError& error) {
   return kEndedByError;
 }
 
-template <typename Machine, typename MachineComponents>
+#ifdef _WIN32
+using Machine = WindowsMachine;
+using MachineComponents = WindowsComponents;
+#else
+using Machine = LinuxMachine;
+using MachineComponents = LinuxComponents;
+#endif
+
 int Run(Machine& machine) {
   MachineComponents components(machine);
   try {
@@ -42,11 +49,11 @@ int Run(Machine& machine) {
 #ifdef _WIN32
 int main() {
   pxscheduler::WindowsMachine machine;
-  return pxscheduler::Run<pxscheduler::WindowsMachine, pxscheduler::WindowsComponents>(machine);
+  return pxscheduler::Run(machine);
 }
 #else
 int main(int argument_count, char** arguments) {
   pxscheduler::LinuxMachine machine(argument_count, arguments);
-  return pxscheduler::Run<pxscheduler::LinuxMachine, pxscheduler::LinuxComponents>(machine);
+  return pxscheduler::Run(machine);
 }
 #endif

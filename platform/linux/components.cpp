@@ -2,8 +2,7 @@
 
 #include "platform/data/data_connection.h"
 #include "platform/data/data_recordset.h"
-#include "platform/html/inline_pictures.h"
-#include "platform/html/plain_text.h"
+#include "platform/html/message_renderings.h"
 #include "platform/odbc/sql_server_session.h"
 #include "platform/rtf/rich_text_control.h"
 #include "platform/smtp/smtp_mail_component.h"
@@ -23,13 +22,8 @@ std::unique_ptr<Recordset> LinuxComponents::NewRecordset() {
 
 std::unique_ptr<MailComponent> LinuxComponents::NewMailComponent() {
   System& system = machine_.TheSystem();
-  return NewSmtpMailComponent(
-      system, machine_.TheCodePages(),
-      {.plain_text = PlainTextOfHtml,
-       .take_inline_parts = [&system, &converted = converted_](std::wstring& html,
-                                                               const std::wstring& path) {
-         return TakePictures(html, converted.DocumentOf(path), system);
-       }});
+  return NewSmtpMailComponent(system, machine_.TheCodePages(),
+                              MessageRenderings(system, converted_));
 }
 
 std::unique_ptr<TextControl> LinuxComponents::NewTextControl() {

@@ -15,6 +15,11 @@ std::string_view WithoutLineEnd(std::string_view text) {
   return text;
 }
 
+bool IsPasswordText(std::string_view bytes) {
+  const bool one_line = bytes.find_first_of(std::string_view("\r\n\0", 3)) == bytes.npos;
+  return one_line && !bytes.empty() && ToUtf8(FromUtf8(bytes)) == bytes;
+}
+
 CredentialPasswords::CredentialPasswords(CredentialReader credential,
                                          std::function<void(const std::wstring&)> warn)
     : credential_(std::move(credential)), warn_(std::move(warn)) {}

@@ -31,4 +31,7 @@ class CredentialPasswords : public Passwords {
 // Without one LF or CR LF at its end.
 std::string_view WithoutLineEnd(std::string_view text);
 
+// Whether the bytes can be a password: one line of UTF-8 text.
+bool IsPasswordText(std::string_view bytes);
+
 }  // namespace pxscheduler

@@ -1,8 +1,7 @@
 #include "platform/windows/components.h"
 
 #include "platform/data/session.h"
-#include "platform/html/inline_pictures.h"
-#include "platform/html/plain_text.h"
+#include "platform/html/message_renderings.h"
 #include "platform/odbc/sql_server_session.h"
 #include "platform/smtp/smtp_mail_component.h"
 #include "platform/sqlite/sqlite_session.h"
@@ -22,13 +21,8 @@ std::unique_ptr<Recordset> WindowsComponents::NewRecordset() { return NewWindows
 
 std::unique_ptr<MailComponent> WindowsComponents::NewMailComponent() {
   System& system = machine_.TheSystem();
-  return NewSmtpMailComponent(
-      system, machine_.TheCodePages(),
-      {.plain_text = PlainTextOfHtml,
-       .take_inline_parts = [&system, &converted = converted_](std::wstring& html,
-                                                               const std::wstring& path) {
-         return TakePictures(html, converted.DocumentOf(path), system);
-       }});
+  return NewSmtpMailComponent(system, machine_.TheCodePages(),
+                              MessageRenderings(system, converted_));
 }
 
 std::unique_ptr<TextControl> WindowsComponents::NewTextControl() {

@@ -16,7 +16,6 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/code_page.h"
 #include "platform/linux/files.h"
 #include "platform/linux/linux_passwords.h"
 #include "platform/linux/native_text.h"
@@ -107,12 +106,11 @@ int EncipherPassword(const std::string& key_path) {
   std::optional<std::string> password =
       ::isatty(STDIN_FILENO) != 0 ? AskForPassword() : std::optional(ReadStandardInput());
   if (!password || password->empty()) return Fail("no password given");
-  const bool one_line = password->find_first_of(std::string_view("\r\n\0", 3)) == password->npos;
-  const bool text = ToUtf8(FromUtf8(*password)) == *password;
+  const bool is_text = IsPasswordText(*password);
   std::optional<std::string> value;
-  if (one_line && text) value = Encipher(*key, *password);
+  if (is_text) value = Encipher(*key, *password);
   Wipe(*password);
-  if (!one_line || !text) return Fail("a password is one line of UTF-8 text");
+  if (!is_text) return Fail("a password is one line of UTF-8 text");
   if (!value) return Fail("the cipher is not available");
   std::cout << *value << std::endl;
   return std::cout ? kDone : Fail("standard output cannot be written");

@@ -107,10 +107,7 @@ std::optional<std::string> ReadPassword() {
     same = again == password;
     Wipe(again);
   }
-  const bool one_line = password.find_first_of(std::string_view("\r\n\0", 3)) == password.npos;
-  if (same && !password.empty() && one_line && ToUtf8(FromUtf8(password)) == password) {
-    return password;
-  }
+  if (same && IsPasswordText(password)) return password;
   Wipe(password);
   Fail(same ? "a password is one line of UTF-8 text" : "the two are not the same");
   return std::nullopt;
