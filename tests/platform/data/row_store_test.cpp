@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cmath>
 #include <cstdint>
+#include <iterator>
 #include <limits>
 #include <numeric>
 #include <optional>
@@ -86,10 +87,12 @@ Value RandomValue(std::mt19937& random) {
     case 7:
       return std::wstring(below(600), L'x');
     default: {
-      static constexpr std::wstring_view kLetters{L"aAbB@É é.ßΣσ\U0001F600\0", 14};
+      static constexpr std::wstring_view kLetters[] = {L"a", L"A", L"b",          L"B",      L"@",
+                                                       L"É", L" ", L"é",          L".",      L"ß",
+                                                       L"Σ", L"σ", L"\U0001F600", {L"\0", 1}};
       std::wstring text = below(2) == 1 ? L"client.of.the.agency" : L"";
       for (std::uint32_t length = below(8); length > 0; --length)
-        text += kLetters[below(kLetters.size())];
+        text += kLetters[below(std::size(kLetters))];
       return text;
     }
   }

@@ -70,7 +70,7 @@ Allocations CostOf(const std::string& rtf) {
 }
 
 TEST(RtfBounds, CostsGrowWithTheDocument) {
-  constexpr std::size_t kCount = 5000;
+  constexpr std::size_t kCount = 2000;
   const struct {
     const char* what;
     std::string once;
@@ -102,7 +102,7 @@ TEST(RtfBounds, CostsGrowWithTheDocument) {
 }
 
 TEST(HtmlBounds, CostsGrowWithTheDocument) {
-  constexpr std::size_t kCount = 5000;
+  constexpr std::size_t kCount = 2000;
   for (const char* once :
        {"no end of a line ", "<p>[First Name]", "<table><tr><td>", "<tr><td>x<td>y", "<ul><li>x",
         "<a href=\"b\">", "<pre>x\n", "<br>", "<h1>[x", "</div></p>", "<b><i>", "&amp;&#65;",
