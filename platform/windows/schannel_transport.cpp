@@ -24,6 +24,13 @@ constexpr std::size_t kMostPending = 1 << 18;
 constexpr int kMostRounds = 1000;
 constexpr std::chrono::milliseconds kFarewell{1000};
 
+// Whether a record may begin so: with one of the content types of RFC 8446 section 5.1.
+bool BeginsRecord(char content_type) {
+  constexpr char kChangeCipherSpec = 20;
+  constexpr char kApplicationData = 23;
+  return content_type >= kChangeCipherSpec && content_type <= kApplicationData;
+}
+
 SecBuffer BufferOf(ULONG type, char* bytes = nullptr, std::size_t size = 0) {
   return {static_cast<ULONG>(size), type, bytes};
 }
@@ -100,6 +107,10 @@ class SchannelTransport : public Transport {
     }
     bool asked_for_certificate = false;
     for (int round = 0; round < kMostRounds; ++round) {
+      // A server that goes on in the clear would have the system wait for the rest of a record.
+      if (!pending_.empty() && !BeginsRecord(pending_.front())) {
+        return IoResult::kBroken;
+      }
       SchannelToken token;
       const SECURITY_STATUS status = Step(token);
       if (status == SEC_I_INCOMPLETE_CREDENTIALS && !asked_for_certificate) {

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstdlib>
 #include <optional>
 
 #include "platform/code_page.h"
@@ -26,9 +27,13 @@ ConnectionSettings SettingsFor(const TdsServer& server) {
           .data_source = server.DataSource()};
 }
 
+// Through the driver that the whole program would use.
 std::unique_ptr<Session> Open(const ConnectionSettings& settings) {
-  return OpenSqlServerSession(
-      {.driver = {}, .login_timeout = seconds(2), .command_timeout = seconds(1)}, settings);
+  const char* const driver = std::getenv("PXSCHEDULER_ODBC_DRIVER");
+  return OpenSqlServerSession({.driver = FromUtf8(driver == nullptr ? "" : driver),
+                               .login_timeout = seconds(2),
+                               .command_timeout = seconds(1)},
+                              settings);
 }
 
 std::unique_ptr<Session> Open(const TdsServer& server) { return Open(SettingsFor(server)); }

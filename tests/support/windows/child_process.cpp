@@ -19,7 +19,8 @@ namespace {
 // argument is the folder for that, the second one the file for the output.
 constexpr char kShell[] = "/bin/sh";
 constexpr char kScript[] =
-    "folder=$1; output=$2; shift 2; timeout 300 \"$@\" </dev/null >>\"$output\" 2>&1 & "
+    "exec 2>/dev/null; folder=$1; output=$2; shift 2; timeout 300 \"$@\" </dev/null >>\"$output\" "
+    "2>&1 & "
     "echo $! >\"$folder/process\"; wait $!; echo $? >\"$folder/status\"";
 
 // As the C library of the host's programs gets it back: everything in quotes.

@@ -61,6 +61,9 @@ TrustedCertificates::TrustedCertificates(const std::string& file)
       added_->certificates.emplace_back(certificate);
     }
   }
+  // The chains are built from what the registry holds.
+  CertControlStore(added_->store.get(), CERT_STORE_CTRL_COMMIT_FORCE_FLAG, CERT_STORE_CTRL_COMMIT,
+                   nullptr);
 }
 
 TrustedCertificates::~TrustedCertificates() = default;
