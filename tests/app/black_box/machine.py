@@ -62,10 +62,10 @@ def unfinished_block(*lines, time="11/16/2026 3:07:41 PM"):
 class Message:
     """One message as the mail server got it."""
 
-    def __init__(self, path):
-        self.envelope = json.loads(path.with_suffix(".json").read_text())
-        self.raw = path.read_bytes()
-        self.parsed = email.message_from_bytes(self.raw, policy=email.policy.default)
+    def __init__(self, raw, envelope):
+        self.envelope = envelope
+        self.raw = raw
+        self.parsed = email.message_from_bytes(raw, policy=email.policy.default)
 
     @property
     def text(self):
@@ -75,6 +75,12 @@ class Message:
     @property
     def html(self):
         return self.parsed.get_body(("html",)).get_content()
+
+
+def filed_messages(mailbox):
+    """The messages in the folder of a server that files each one beside its envelope."""
+    return [Message(path.read_bytes(), json.loads(path.with_suffix(".json").read_text()))
+            for path in sorted(mailbox.glob("*.eml"))]
 
 
 class MailServer:
@@ -100,7 +106,7 @@ class MailServer:
 
     @property
     def messages(self):
-        return [Message(path) for path in sorted(self.mailbox.glob("*.eml"))]
+        return filed_messages(self.mailbox)
 
 
 class SchedulerTest(unittest.TestCase):
@@ -236,6 +242,13 @@ class SchedulerTest(unittest.TestCase):
         return subprocess.run(
             [*shlex.split(os.environ["PXSECRET"]), *arguments], input=input, capture_output=True,
             check=True, text=True, timeout=60).stdout
+
+    def encipher(self, password):
+        """The password as the registry holds it, with the key among the credentials."""
+        key = self.folder / "credentials" / "mailkey"
+        if not key.exists():
+            self.run_pxsecret("new-key", key)
+        return self.run_pxsecret("encipher", key, input=password + "\n").strip()
 
     # What must hold afterwards
 

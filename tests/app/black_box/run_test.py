@@ -244,9 +244,7 @@ class Messages(SchedulerTest):
     @wine.not_under("the key is in the Credential Manager")
     def test_logging_in(self):
         password = "S3cret \u00fcber;pass"
-        key = self.folder / "credentials" / "mailkey"
-        self.run_pxsecret("new-key", key)
-        stored = self.run_pxsecret("encipher", key, input=password + "\n").strip()
+        stored = self.encipher(password)
         self.assertRegex(stored, "^v1:")
         for text in (password, stored):
             self.registry[MAIL].update(
