@@ -225,9 +225,9 @@ class SchedulerTest(unittest.TestCase):
             arguments = wine.words(arguments)
         return subprocess.Popen(
             shlex.split(os.environ["PXSCHEDULER"]) + arguments,
-            stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
             cwd=self.folder / "work", env=self.environment(now), text=True, errors="replace",
-            **options)
+            **{"stdin": subprocess.DEVNULL, "stdout": subprocess.PIPE, "stderr": subprocess.PIPE,
+               **options})
 
     def run_scheduler(self, command_line=COMMAND, now=NOW, **options):
         with self.start(command_line, now, **options) as process:
