@@ -1,11 +1,11 @@
 """A SQL Server for tests: the parts of TDS 7.4 ([MS-TDS]) that a client meets, on loopback.
 
 Prints its port once it listens, and serves until it is ended. What it answers comes from a SQLite
-file or script, which stands for the database, and before that from a JSON file of scripted answers:
+file, which stands for the database, and before that from a JSON file of scripted answers:
 
     [{"statement": "SELECT 1", "procedure": false, "steps": [STEP, ...]}, ...]
 
-"pattern" in place of "statement" is a regular expression for the whole statement. A STEP is one of
+A STEP is one of
     {"columns": [["Email", "nvarchar(120)"], ...], "rows": [ROW or STEP, ...], "repeat": 1}
     {"count": 3}  (null: a statement that counts no rows)    {"database": "Other"}
     {"info": [NUMBER, SEVERITY, TEXT]}                       {"error": [NUMBER, SEVERITY, TEXT]}
@@ -18,57 +18,63 @@ Each login and each statement is a line of the log file: login, user, password, 
 """
 
 import argparse
-import atexit
+import contextlib
 import json
-import re
 import select
-import shutil
 import socket
+import socketserver
 import ssl
 import struct
 import subprocess
 import tempfile
-import threading
 from pathlib import Path
 
 from tds_values import collation, long_text, short_text, wire_type, with_length
-from transact_sql import Database, Rejected
+from transact_sql import Database
 
-SQL_BATCH, REPLY, ATTENTION, LOGIN7, PRELOGIN = 1, 4, 6, 16, 18
+SQL_BATCH, REPLY, ATTENTION, PRELOGIN = 1, 4, 6, 18
 END_OF_MESSAGE = 1
+PACKET_ROOM = 4096 - 8
+ERROR_MESSAGE, INFORMATION = 0xAA, 0xAB
 DONE, DONE_PROCEDURE, DONE_IN_PROCEDURE = 0xFD, 0xFE, 0xFF
 MORE, ERROR, COUNT, ATTENTION_ACKNOWLEDGED = 0x01, 0x02, 0x10, 0x20
-PLAIN_LOGIN_ONLY, ENCRYPT_ALL, NO_ENCRYPTION = 0, 1, 2
-
-
-class Hangup(Exception):
-    """The connection is over."""
-
-
-class Cancelled(Exception):
-    """The client has given up waiting for its answer."""
+ENCRYPT_LOGIN, ENCRYPT_ALL, NO_ENCRYPTION = 0, 1, 2
+USER = "appuser"
+VERSION = b"\x10\0\x10\0"  # SQL Server 2022
 
 
 # --- Packets ------------------------------------------------------------------------------------
+
+
+def packet(data, status, kind=REPLY):
+    return struct.pack(">BBHHBB", kind, status, len(data) + 8, 51, 1, 0) + data
 
 
 class Channel:
     """Messages over a socket, in TLS once both sides have agreed on it."""
 
     def __init__(self, peer):
-        self.peer, self.tls, self.packet_size = peer, None, 4096
-        self.peer.setsockopt(socket.IPPROTO_TCP, socket.TCP_NODELAY, 1)
-        self.pending = bytearray()
+        self.peer, self.tls, self.pending = peer, None, bytearray()
+        self.incoming, self.outgoing = ssl.MemoryBIO(), ssl.MemoryBIO()
+
+    def receive(self, count):
+        if data := self.peer.recv(count):
+            return data
+        raise EOFError
 
     def read(self, count):
         data = b""
         while len(data) < count:
             missing = count - len(data)
-            piece = self.tls_read(missing) if self.tls else self.peer.recv(missing)
-            if not piece:
-                raise Hangup
-            data += piece
+            data += self.read_tls(missing) if self.tls else self.receive(missing)
         return data
+
+    def read_tls(self, count):
+        while True:
+            try:
+                return self.tls.read(count)
+            except ssl.SSLWantReadError:
+                self.incoming.write(self.receive(65536))
 
     def write(self, data):
         if self.tls:
@@ -77,76 +83,52 @@ class Channel:
         self.peer.sendall(data)
 
     def read_message(self):
-        message = b""
-        while True:
+        message, status = b"", 0
+        while not status & END_OF_MESSAGE:
             kind, status, size = struct.unpack(">BBH4x", self.read(8))
             message += self.read(size - 8)
-            if status & END_OF_MESSAGE:
-                return kind, message
-
-    def packet(self, data, status, kind=REPLY):
-        return struct.pack(">BBHHBB", kind, status, len(data) + 8, 51, 1, 0) + data
+        return kind, message
 
     def reply(self, data):
+        """Adds to the message; the last packet's worth stays back for its end."""
         self.pending += data
-        room = self.packet_size - 8
-        if len(self.pending) > room:
-            full = len(self.pending) // room * room
-            if full == len(self.pending):
-                full -= room  # the end of the message goes out with its last packet
-            self.write(b"".join(self.packet(self.pending[at:at + room], 0)
-                                for at in range(0, full, room)))
+        if len(self.pending) > PACKET_ROOM:
+            full = (len(self.pending) - 1) // PACKET_ROOM * PACKET_ROOM
+            self.write(b"".join(packet(self.pending[at:at + PACKET_ROOM], 0)
+                                for at in range(0, full, PACKET_ROOM)))
             del self.pending[:full]
 
-    def end_reply(self):
-        self.write(self.packet(self.pending, END_OF_MESSAGE))
+    def end_reply(self, data=b""):
+        self.reply(data)
+        self.write(packet(self.pending, END_OF_MESSAGE))
         self.pending.clear()
 
     def break_off(self, how):
-        self.write(self.packet(self.pending, 0))
+        self.write(packet(self.pending, 0))
         if how == "reset":
             self.peer.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))
         self.peer.close()
-        raise Hangup
+        raise EOFError
 
-    def wait(self, seconds):
-        if select.select([self.peer], [], [], seconds)[0]:
-            if self.read_message()[0] == ATTENTION:
-                raise Cancelled
-            raise Hangup
+    def fall_silent(self):
+        while True:
+            self.receive(4096)
 
-    def start_tls(self, certificate):
-        context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
-        context.maximum_version = ssl.TLSVersion.TLSv1_2  # nothing may follow the handshake
-        context.load_cert_chain(certificate)
-        self.incoming, self.outgoing = ssl.MemoryBIO(), ssl.MemoryBIO()
+    def start_tls(self, context):
         tls = context.wrap_bio(self.incoming, self.outgoing, server_side=True)
-        while True:
-            try:
+        while not tls.version():
+            self.incoming.write(self.read_message()[1])
+            with contextlib.suppress(ssl.SSLWantReadError):
                 tls.do_handshake()
-                break
-            except ssl.SSLWantReadError:
-                if data := self.outgoing.read():
-                    self.write(self.packet(data, END_OF_MESSAGE, PRELOGIN))
-                self.incoming.write(self.read_message()[1])
-        self.write(self.packet(self.outgoing.read(), END_OF_MESSAGE, PRELOGIN))
+            if data := self.outgoing.read():
+                self.write(packet(data, END_OF_MESSAGE, PRELOGIN))
         self.tls = tls
-
-    def tls_read(self, count):
-        while True:
-            try:
-                return self.tls.read(count)
-            except ssl.SSLWantReadError:
-                data = self.peer.recv(65536)
-                if not data:
-                    return b""
-                self.incoming.write(data)
 
 
 # --- Tokens -------------------------------------------------------------------------------------
 
 
-def message_token(token, number, severity, text):
+def message(token, number, severity, text):
     body = struct.pack("<IBB", number, 1, severity) + long_text(text)
     body += short_text("TESTSERVER") + short_text("") + struct.pack("<I", 1)
     return bytes([token]) + with_length("<H", body)
@@ -158,7 +140,7 @@ def changed(what, new, old):
 
 def database_changed(new, old):
     text = f"Changed database context to '{new}'."
-    return changed(1, new, old) + message_token(0xAB, 5701, 0, text)
+    return changed(1, new, old) + message(INFORMATION, 5701, 0, text)
 
 
 def done(token, status, count=None):
@@ -175,22 +157,34 @@ def describe_columns(columns):
 
 
 def login_fields(data):
+    """The user, the password, the database and the application."""
     def text(place):
         offset, length = struct.unpack_from("<HH", data, place)
         return data[offset:offset + 2 * length]
 
-    hidden = bytes((byte ^ 0xA5) >> 4 | ((byte ^ 0xA5) << 4 & 0xF0) for byte in text(44))
-    names = [text(40), hidden, text(68), text(48)]
-    return [name.decode("utf-16-le", "replace") for name in names]
+    password = bytes((byte ^ 0xA5) >> 4 | ((byte ^ 0xA5) << 4 & 0xF0) for byte in text(44))
+    return [field.decode("utf-16-le") for field in (text(40), password, text(68), text(48))]
 
 
 # --- A session ----------------------------------------------------------------------------------
 
 
-class Session:
-    def __init__(self, peer, options):
-        self.channel, self.options = Channel(peer), options
-        self.database, self.rows = options.database, None
+class Session(socketserver.BaseRequestHandler):
+    def setup(self):
+        self.request.setsockopt(socket.IPPROTO_TCP, socket.TCP_NODELAY, 1)
+        self.channel, self.options = Channel(self.request), self.server.options
+        self.database = self.options.database
+        self.rows = Database(self.options.sqlite, lambda: self.database)
+
+    def handle(self):
+        try:
+            if self.options.mute:
+                self.channel.fall_silent()
+            if self.log_in(self.agree_on_encryption()):
+                while True:
+                    self.take_message(*self.channel.read_message())
+        except (EOFError, OSError):
+            pass  # the connection is over
 
     def log(self, *fields):
         if self.options.log:
@@ -198,168 +192,137 @@ class Session:
             with open(self.options.log, "a", encoding="utf-8") as log:
                 log.write(line + "\n")
 
-    def run(self):
-        try:
-            if self.options.mute:
-                self.fall_silent()
-            if not self.log_in():
-                return
-            while True:
-                kind, data = self.channel.read_message()
-                try:
-                    if kind == SQL_BATCH:
-                        self.answer(data[struct.unpack_from("<I", data)[0]:].decode("utf-16-le"))
-                    elif kind == ATTENTION:
-                        raise Cancelled
-                    else:
-                        self.refuse(0, f"No support for messages of type {kind}.")
-                except Cancelled:
-                    self.channel.reply(done(DONE, ATTENTION_ACKNOWLEDGED))
-                    self.channel.end_reply()
-        except (Hangup, OSError, ssl.SSLError):
-            pass
-        finally:
-            self.channel.peer.close()
-
-    def fall_silent(self):
-        while self.channel.peer.recv(4096):
-            pass
-        raise Hangup
-
-    def log_in(self):
+    def agree_on_encryption(self):
         _, offered = self.channel.read_message()
         place = next(at for at in range(0, 60, 5) if offered[at] == 1)
         wanted = offered[struct.unpack_from(">H", offered, place + 1)[0]]
-        mode = wanted if self.options.certificate and wanted != NO_ENCRYPTION else NO_ENCRYPTION
-        version = b"\x10\0\x10\0\0\0"  # SQL Server 2022
-        options = struct.pack(">BHHBHHB", 0, 11, 6, 1, 17, 1, 0xFF)
-        self.channel.reply(options + version + bytes([mode]))
-        self.channel.end_reply()
+        mode = wanted if self.options.tls and wanted != NO_ENCRYPTION else NO_ENCRYPTION
+        places = struct.pack(">BHHBHHB", 0, 11, 6, 1, 17, 1, 0xFF)
+        self.channel.end_reply(places + VERSION + b"\0\0" + bytes([mode]))
         if mode != NO_ENCRYPTION:
-            self.channel.start_tls(self.options.certificate)
+            self.channel.start_tls(self.options.tls)
+        return mode
+
+    def log_in(self, mode):
         _, data = self.channel.read_message()
-        if mode == PLAIN_LOGIN_ONLY:
+        if mode == ENCRYPT_LOGIN:
             self.channel.tls = None
         user, password, database, application = login_fields(data)
-        self.log("login", user, password, database,
-                 "encrypted" if mode == ENCRYPT_ALL else "plain", application)
-        if (user, password) != (self.options.user, self.options.password):
-            return self.refuse(18456, f"Login failed for user '{user}'.", 14)
-        if database and database.lower() != self.database.lower():
+        encryption = "encrypted" if mode == ENCRYPT_ALL else "plain"
+        self.log("login", user, password, database, encryption, application)
+        if database not in ("", self.database):
             text = f'Cannot open database "{database}" requested by the login. The login failed.'
-            self.channel.reply(message_token(0xAA, 4060, 11, text))
-            return self.refuse(18456, f"Login failed for user '{user}'.", 14)
-        product = "Microsoft SQL Server"
-        self.channel.reply(
-            database_changed(self.database, "master")
-            + b"\xe3" + with_length("<H", b"\x07" + with_length("<B", collation("cp1252")) + b"\0")
-            + changed(2, "us_english", "")
-            + message_token(0xAB, 5703, 0, "Changed language setting to us_english.")
-            + b"\xad" + with_length("<H", b"\x01\x74\0\0\x04" + short_text(product) + version[:4])
-            + changed(4, "4096", "4096") + done(DONE, 0))
-        self.channel.end_reply()
-        return True
-
-    def refuse(self, number, text, severity=16):
-        self.channel.reply(message_token(0xAA, number, severity, text) + done(DONE, ERROR))
-        self.channel.end_reply()
+            self.channel.reply(message(ERROR_MESSAGE, 4060, 11, text))
+        elif (user, password) == (USER, self.options.password):
+            self.welcome()
+            return True
+        self.refuse(18456, f"Login failed for user '{user}'.", 14)
         return False
+
+    def welcome(self):
+        sorting = b"\x07" + with_length("<B", collation("cp1252")) + b"\0"
+        product = b"\x01\x74\0\0\x04" + short_text("Microsoft SQL Server") + VERSION
+        self.channel.end_reply(
+            database_changed(self.database, "master")
+            + b"\xe3" + with_length("<H", sorting)
+            + b"\xad" + with_length("<H", product) + done(DONE, 0))
+
+    def refuse(self, number, text, severity):
+        self.channel.end_reply(message(ERROR_MESSAGE, number, severity, text) + done(DONE, ERROR))
+
+    def take_message(self, kind, data):
+        if kind == SQL_BATCH:
+            with contextlib.suppress(InterruptedError):
+                self.answer(data[struct.unpack_from("<I", data)[0]:].decode("utf-16-le"))
+        elif kind == ATTENTION:
+            self.channel.end_reply(done(DONE, ATTENTION_ACKNOWLEDGED))
+        else:
+            self.refuse(0, f"No support for messages of type {kind}.", 16)
 
     def answer(self, statement):
         self.log("statement", statement)
-        for scripted in self.options.answers:
-            if scripted.get("statement") == statement or (
-                    "pattern" in scripted and re.fullmatch(scripted["pattern"], statement, re.S)):
-                return self.perform(scripted["steps"], scripted.get("procedure", False))
-        if self.rows is None:
-            self.rows = Database(self.options.sqlite, lambda: self.database)
-        try:
-            return self.perform(self.rows.run(statement))
-        except Rejected as rejected:
-            return self.refuse(*rejected.args)
-
-    def perform(self, steps, procedure=False):
+        scripted = self.options.answers.get(statement) or {"steps": self.rows.run(statement)}
+        steps, procedure = scripted["steps"], scripted.get("procedure", False)
         finished = DONE_IN_PROCEDURE if procedure else DONE
         for place, step in enumerate(steps):
             last = place == len(steps) - 1 and not procedure
             self.take_step(step, finished, 0 if last else MORE)
         if procedure:
             self.channel.reply(b"\x79\0\0\0\0" + done(DONE_PROCEDURE, 0))
-        elif not steps or not any(key in steps[-1] for key in ("columns", "count", "error")):
+        elif not steps or not steps[-1].keys() & {"columns", "count", "error"}:
             self.channel.reply(done(DONE, 0))
         self.channel.end_reply()
 
     def take_step(self, step, finished, more):
-        if "columns" in step:
-            self.channel.reply(describe_columns(step["columns"]))
-            count = self.send_rows(step, finished)
-            self.channel.reply(done(finished, more, count))
-        elif "count" in step:
-            self.channel.reply(done(finished, more, step["count"]))
-        elif "info" in step:
-            self.channel.reply(message_token(0xAB, *step["info"]))
-        elif "error" in step:
-            self.channel.reply(message_token(0xAA, *step["error"]) + done(finished, more | ERROR))
-        elif "database" in step:
-            self.channel.reply(database_changed(step["database"], self.database))
-            self.database = step["database"]
-        elif "wait" in step:
-            self.channel.wait(step["wait"])
-        elif "silence" in step:
-            self.fall_silent()
-        elif "break" in step:
-            self.channel.break_off(step["break"])
+        match step:
+            case {"columns": columns, "rows": rows}:
+                self.channel.reply(describe_columns(columns))
+                count = self.send_rows(columns, rows, step.get("repeat", 1), finished)
+                self.channel.reply(done(finished, more, count))
+            case {"count": count}:
+                self.channel.reply(done(finished, more, count))
+            case {"info": information}:
+                self.channel.reply(message(INFORMATION, *information))
+            case {"error": error}:
+                self.channel.reply(
+                    message(ERROR_MESSAGE, *error) + done(finished, more | ERROR))
+            case {"database": name}:
+                self.channel.reply(database_changed(name, self.database))
+                self.database = name
+            case {"wait": seconds}:
+                if select.select([self.request], [], [], seconds)[0]:
+                    raise InterruptedError  # by an attention, which is the next message
+            case {"silence": _}:
+                self.channel.fall_silent()
+            case {"break": how}:
+                self.channel.break_off(how)
 
-    def send_rows(self, step, finished):
-        encoders = [wire_type(declared)[1] for _, declared in step["columns"]]
-        repeat, block, count = step.get("repeat", 1), bytearray(), 0
-        for row in step["rows"]:
+    def send_rows(self, columns, rows, repeat, finished):
+        encoders = [wire_type(declared)[1] for _, declared in columns]
+        block, count = bytearray(), 0
+        for row in rows:
             if isinstance(row, dict):
                 self.channel.reply(block)
                 block.clear()
                 self.take_step(row, finished, MORE)
-                continue
-            block += b"\xd1"
-            for encode, value in zip(encoders, row):
-                block += encode(value)
-            count += 1
+            else:
+                block += b"\xd1" + b"".join(map(lambda encode, value: encode(value), encoders, row))
+                count += 1
         for _ in range(repeat):
             self.channel.reply(block)
         return count * repeat
 
 
-def new_certificate():
-    """A PEM file with a key and a certificate for it."""
-    folder = Path(tempfile.mkdtemp())
-    atexit.register(shutil.rmtree, folder)
-    subprocess.run(
-        ["openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256",
-         "-nodes", "-subj", "/CN=localhost", "-keyout", folder / "pem", "-out", folder / "crt"],
-        check=True, stderr=subprocess.DEVNULL)
-    with open(folder / "pem", "a", encoding="ascii") as pem:
-        pem.write((folder / "crt").read_text("ascii"))
-    return folder / "pem"
+def tls_context():
+    """Encryption with a key and a certificate that are made for this run."""
+    context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
+    context.maximum_version = ssl.TLSVersion.TLSv1_2  # nothing may follow the handshake
+    with tempfile.NamedTemporaryFile() as pem:
+        subprocess.run(
+            ["openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:P-256",
+             "-nodes", "-subj", "/CN=localhost", "-keyout", pem.name, "-out", pem.name],
+            check=True, stderr=subprocess.DEVNULL)
+        context.load_cert_chain(pem.name)
+    return context
 
 
 def main():
     parser = argparse.ArgumentParser()
-    parser.add_argument("--port", type=int, default=0)
-    parser.add_argument("--user", default="appuser")
     parser.add_argument("--password", default="tonal")
     parser.add_argument("--database", default="SampleAgency")
-    parser.add_argument("--sqlite", help="a database file, or a .sql script")
+    parser.add_argument("--sqlite", help="a database file")
     parser.add_argument("--answers", type=Path, help="a JSON file of scripted answers")
     parser.add_argument("--log", help="the file that logins and statements are appended to")
     parser.add_argument("--tls", action="store_true", help="offer encryption")
     parser.add_argument("--mute", action="store_true", help="accept connections and say nothing")
     options = parser.parse_args()
-    options.answers = json.loads(options.answers.read_text("utf-8")) if options.answers else []
-    options.certificate = new_certificate() if options.tls else None
-    listener = socket.create_server(("127.0.0.1", options.port))
-    print(listener.getsockname()[1], flush=True)
-    while True:
-        session = Session(listener.accept()[0], options)
-        threading.Thread(target=session.run, daemon=True).start()
+    scripted = json.loads(options.answers.read_text("utf-8")) if options.answers else []
+    options.answers = {answer["statement"]: answer for answer in scripted}
+    options.tls = tls_context() if options.tls else None
+    server = socketserver.ThreadingTCPServer(("127.0.0.1", 0), Session)
+    server.daemon_threads, server.options = True, options
+    print(server.server_address[1], flush=True)
+    server.serve_forever()
 
 
 if __name__ == "__main__":

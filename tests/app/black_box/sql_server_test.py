@@ -119,7 +119,7 @@ class Access(SqlServerTest):
         mail_server = self.start_mail_server()
         self.registry[PRODUCT + r"\Other"] = self.registry.pop(MAIL)
         self.start_sql_server(answers=[{
-            "pattern": "SELECT QueryString .*", "steps": [
+            "statement": LOOKUP + "'Mailing'" + SHARED, "steps": [
                 {"columns": [["QueryString", "ntext"]], "rows": [[QUERY]]}, {"database": "Other"}]}])
         self.add_client("ann@example.com")
         self.assert_ended_well(self.run_scheduler())
@@ -188,7 +188,9 @@ class Results(SqlServerTest):
         self.assertEqual(mail_server.messages, [])
 
     def test_lock_timeout_that_is_no_number(self):
-        self.start_sql_server()
+        self.start_sql_server(answers=[{
+            "statement": "SET LOCK_TIMEOUT soon",
+            "steps": [{"error": [102, 15, "Incorrect syntax near 'soon'."]}]}])
         self.registry[PRODUCT] = {"LockTimeout": "soon"}
         self.assert_stopped(self.run_scheduler(), -2147217900, "soon", "102")
         self.assertEqual(self.statements(), ["SET LOCK_TIMEOUT soon"])
