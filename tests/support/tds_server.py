@@ -38,12 +38,9 @@ PACKET_ROOM = 4096 - 8
 ERROR_MESSAGE, INFORMATION = 0xAA, 0xAB
 DONE, DONE_PROCEDURE, DONE_IN_PROCEDURE = 0xFD, 0xFE, 0xFF
 MORE, ERROR, COUNT, ATTENTION_ACKNOWLEDGED = 0x01, 0x02, 0x10, 0x20
-ENCRYPT_LOGIN, ENCRYPT_ALL, NO_ENCRYPTION = 0, 1, 2
+ENCRYPT_ALL, NO_ENCRYPTION = 1, 2
 USER = "appuser"
 VERSION = b"\x10\0\x10\0"  # SQL Server 2022
-
-
-# --- Packets ------------------------------------------------------------------------------------
 
 
 def packet(data, status, kind=REPLY):
@@ -66,15 +63,11 @@ class Channel:
         data = b""
         while len(data) < count:
             missing = count - len(data)
-            data += self.read_tls(missing) if self.tls else self.receive(missing)
-        return data
-
-    def read_tls(self, count):
-        while True:
             try:
-                return self.tls.read(count)
+                data += self.tls.read(missing) if self.tls else self.receive(missing)
             except ssl.SSLWantReadError:
                 self.incoming.write(self.receive(65536))
+        return data
 
     def write(self, data):
         if self.tls:
@@ -125,22 +118,19 @@ class Channel:
         self.tls = tls
 
 
-# --- Tokens -------------------------------------------------------------------------------------
-
-
-def message(token, number, severity, text):
+def message_token(token, number, severity, text):
     body = struct.pack("<IBB", number, 1, severity) + long_text(text)
     body += short_text("TESTSERVER") + short_text("") + struct.pack("<I", 1)
     return bytes([token]) + with_length("<H", body)
 
 
-def changed(what, new, old):
-    return b"\xe3" + with_length("<H", bytes([what]) + short_text(new) + short_text(old))
+def environment_change(kind, new, old):
+    return b"\xe3" + with_length("<H", bytes([kind]) + new + old)
 
 
-def database_changed(new, old):
-    text = f"Changed database context to '{new}'."
-    return changed(1, new, old) + message(INFORMATION, 5701, 0, text)
+def database_change(new, old):
+    return (environment_change(1, short_text(new), short_text(old))
+            + message_token(INFORMATION, 5701, 0, f"Changed database context to '{new}'."))
 
 
 def done(token, status, count=None):
@@ -166,10 +156,9 @@ def login_fields(data):
     return [field.decode("utf-16-le") for field in (text(40), password, text(68), text(48))]
 
 
-# --- A session ----------------------------------------------------------------------------------
-
-
 class Session(socketserver.BaseRequestHandler):
+    """What happens on one connection, with the state that it keeps between statements."""
+
     def setup(self):
         self.request.setsockopt(socket.IPPROTO_TCP, socket.TCP_NODELAY, 1)
         self.channel, self.options = Channel(self.request), self.server.options
@@ -196,39 +185,37 @@ class Session(socketserver.BaseRequestHandler):
         _, offered = self.channel.read_message()
         place = next(at for at in range(0, 60, 5) if offered[at] == 1)
         wanted = offered[struct.unpack_from(">H", offered, place + 1)[0]]
-        mode = wanted if self.options.tls and wanted != NO_ENCRYPTION else NO_ENCRYPTION
+        is_encrypted = bool(self.options.tls) and wanted == ENCRYPT_ALL
         places = struct.pack(">BHHBHHB", 0, 11, 6, 1, 17, 1, 0xFF)
+        mode = ENCRYPT_ALL if is_encrypted else NO_ENCRYPTION
         self.channel.end_reply(places + VERSION + b"\0\0" + bytes([mode]))
-        if mode != NO_ENCRYPTION:
+        if is_encrypted:
             self.channel.start_tls(self.options.tls)
-        return mode
+        return is_encrypted
 
-    def log_in(self, mode):
-        _, data = self.channel.read_message()
-        if mode == ENCRYPT_LOGIN:
-            self.channel.tls = None
-        user, password, database, application = login_fields(data)
-        encryption = "encrypted" if mode == ENCRYPT_ALL else "plain"
+    def log_in(self, is_encrypted):
+        user, password, database, application = login_fields(self.channel.read_message()[1])
+        encryption = "encrypted" if is_encrypted else "plain"
         self.log("login", user, password, database, encryption, application)
-        if database not in ("", self.database):
+        if (user, password) == (USER, self.options.password):
+            if database in ("", self.database):
+                self.welcome()
+                return True
             text = f'Cannot open database "{database}" requested by the login. The login failed.'
-            self.channel.reply(message(ERROR_MESSAGE, 4060, 11, text))
-        elif (user, password) == (USER, self.options.password):
-            self.welcome()
-            return True
-        self.refuse(18456, f"Login failed for user '{user}'.", 14)
+            self.channel.reply(message_token(ERROR_MESSAGE, 4060, 11, text))
+        self.refuse(18456, 14, f"Login failed for user '{user}'.")
         return False
 
     def welcome(self):
-        sorting = b"\x07" + with_length("<B", collation("cp1252")) + b"\0"
         product = b"\x01\x74\0\0\x04" + short_text("Microsoft SQL Server") + VERSION
         self.channel.end_reply(
-            database_changed(self.database, "master")
-            + b"\xe3" + with_length("<H", sorting)
+            database_change(self.database, "master")
+            + environment_change(7, with_length("<B", collation("cp1252")), b"\0")
             + b"\xad" + with_length("<H", product) + done(DONE, 0))
 
-    def refuse(self, number, text, severity):
-        self.channel.end_reply(message(ERROR_MESSAGE, number, severity, text) + done(DONE, ERROR))
+    def refuse(self, *error):
+        self.take_step({"error": error}, DONE, 0)
+        self.channel.end_reply()
 
     def take_message(self, kind, data):
         if kind == SQL_BATCH:
@@ -237,7 +224,7 @@ class Session(socketserver.BaseRequestHandler):
         elif kind == ATTENTION:
             self.channel.end_reply(done(DONE, ATTENTION_ACKNOWLEDGED))
         else:
-            self.refuse(0, f"No support for messages of type {kind}.", 16)
+            self.refuse(0, 16, f"No support for messages of type {kind}.")
 
     def answer(self, statement):
         self.log("statement", statement)
@@ -262,12 +249,12 @@ class Session(socketserver.BaseRequestHandler):
             case {"count": count}:
                 self.channel.reply(done(finished, more, count))
             case {"info": information}:
-                self.channel.reply(message(INFORMATION, *information))
+                self.channel.reply(message_token(INFORMATION, *information))
             case {"error": error}:
-                self.channel.reply(
-                    message(ERROR_MESSAGE, *error) + done(finished, more | ERROR))
+                self.channel.reply(message_token(ERROR_MESSAGE, *error))
+                self.channel.reply(done(finished, more | ERROR))
             case {"database": name}:
-                self.channel.reply(database_changed(name, self.database))
+                self.channel.reply(database_change(name, self.database))
                 self.database = name
             case {"wait": seconds}:
                 if select.select([self.request], [], [], seconds)[0]:
@@ -286,7 +273,7 @@ class Session(socketserver.BaseRequestHandler):
                 block.clear()
                 self.take_step(row, finished, MORE)
             else:
-                block += b"\xd1" + b"".join(map(lambda encode, value: encode(value), encoders, row))
+                block += b"\xd1" + b"".join(encode(value) for encode, value in zip(encoders, row))
                 count += 1
         for _ in range(repeat):
             self.channel.reply(block)

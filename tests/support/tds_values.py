@@ -50,13 +50,10 @@ def moment(text):
     return since.days, ticks, ahead // timedelta(minutes=1)
 
 
-def since_1900(units_a_day):
+def since_1900(text, units_a_day):
     """The days since 1 January 1900, and the units of time in the day."""
-    def fields(text):
-        days, ticks, _ = moment(text)
-        return days - DAYS_TO_1900, int(ticks * units_a_day / TICKS_A_DAY + 0.5)
-
-    return fields
+    days, ticks, _ = moment(text)
+    return days - DAYS_TO_1900, int(ticks * units_a_day / TICKS_A_DAY + 0.5)
 
 
 FIXED_LENGTH = {  # the type that allows Null, the one that does not, the fields and their values
@@ -70,107 +67,83 @@ FIXED_LENGTH = {  # the type that allows Null, the one that does not, the fields
     "float": (0x6D, 0x3E, "<d", itself),
     "money": (0x6E, 0x3C, "<iI", lambda value: divmod(scaled(value, 4), 1 << 32)),
     "smallmoney": (0x6E, 0x7A, "<i", lambda value: [scaled(value, 4)]),
-    "datetime": (0x6F, 0x3D, "<iI", since_1900(300 * 86400)),
-    "smalldatetime": (0x6F, 0x3A, "<HH", since_1900(24 * 60)),
+    "datetime": (0x6F, 0x3D, "<iI", lambda value: since_1900(value, 300 * 86400)),
+    "smalldatetime": (0x6F, 0x3A, "<HH", lambda value: since_1900(value, 24 * 60)),
 }
 DATES_AND_TIMES = {"date": 0x28, "time": 0x29, "datetime2": 0x2A, "datetimeoffset": 0x2B}
 CHARACTERS = {"char": 0xAF, "varchar": 0xA7, "nchar": 0xEF, "nvarchar": 0xE7}
 TEXTS = {"text": (0x23, 0x7FFFFFFF), "ntext": (0x63, 0x7FFFFFFE)}
 
 
-def exact_number(size, scale):
-    def encode(value):
-        number = scaled(value, scale)
-        return bytes([number >= 0]) + abs(number).to_bytes(size - 1, "little")
-
-    return encode
+def exact_number(value, size, scale):
+    number = scaled(value, scale)
+    return bytes([number >= 0]) + abs(number).to_bytes(size - 1, "little")
 
 
-def date_and_time(name, scale):
+def date_and_time(value, name, scale):
+    days, ticks, offset = moment("0001-01-01 " + value if name == "time" else value)
     size = 3 if scale <= 2 else 4 if scale <= 4 else 5
-
-    def encode(value):
-        days, ticks, offset = moment("0001-01-01 " + value if name == "time" else value)
-        day = days.to_bytes(3, "little")
-        time = (ticks // 10 ** (7 - scale)).to_bytes(size, "little")
-        return {"date": day, "time": time, "datetime2": time + day,
-                "datetimeoffset": time + day + struct.pack("<h", offset)}[name]
-
-    return encode
+    day, time = days.to_bytes(3, "little"), (ticks // 10 ** (7 - scale)).to_bytes(size, "little")
+    return {"date": day, "time": time, "datetime2": time + day,
+            "datetimeoffset": time + day + struct.pack("<h", offset)}[name]
 
 
-def characters(code_page, width=0):
-    return lambda value: str(value).ljust(width).encode(code_page, "replace")
+def in_chunks(data):  # PLP
+    pieces = [with_length("<I", data[at:at + 5000]) for at in range(0, len(data), 5000)]
+    unknown_length = struct.pack("<Q", 0xFFFFFFFFFFFFFFFE)
+    return unknown_length + b"".join(pieces) + bytes(4)
 
 
-def nullable(null, encode):
-    return lambda value: null if value is None else encode(value)
+# Null, and how the bytes of any other value are delimited.
+SHORT = b"\0", lambda data: with_length("<B", data)
+MEDIUM = b"\xff\xff", lambda data: with_length("<H", data)
+CHUNKED = b"\xff" * 8, in_chunks
+TEXT_POINTER = b"\0", lambda data: b"\x10dummy textptr\0\0\0dummyTS\0" + with_length("<I", data)
 
 
-def short_value(encode):
-    return nullable(b"\0", lambda value: with_length("<B", encode(value)))
-
-
-def medium_value(encode):
-    return nullable(b"\xff\xff", lambda value: with_length("<H", encode(value)))
-
-
-def chunked_value(encode):  # PLP
-    def chunks(value):
-        data, unknown_length = encode(value), b"\xfe" + b"\xff" * 7
-        pieces = [with_length("<I", data[at:at + 5000]) for at in range(0, len(data), 5000)]
-        return unknown_length + b"".join(pieces) + bytes(4)
-
-    return nullable(b"\xff" * 8, chunks)
-
-
-def text_pointer_value(encode):
-    pointer = b"\x10" + b"dummy textptr\0\0\0" + b"dummyTS\0"
-    return nullable(b"\0", lambda value: pointer + with_length("<I", encode(value)))
-
-
-def fixed_length_type(with_null, without_null, form, fields, not_null):
-    def encode(value):
-        return struct.pack(form, *fields(value))
-
-    if not_null:
-        return bytes([without_null]), encode
-    return bytes([with_null, struct.calcsize(form)]), short_value(encode)
+def nullable(delimiting, encode):
+    null, delimited = delimiting
+    return lambda value: null if value is None else delimited(encode(value))
 
 
 def character_type(name, size, code_page):
-    sorting = collation(code_page)
-    is_wide = name.startswith("n")
-    if is_wide:
-        code_page = "utf-16-le"
+    sorting, width, padding = collation(code_page), 1, 0
+    if name.startswith("n"):
+        code_page, width = "utf-16-le", 2
+    if name in ("char", "nchar"):
+        padding = int(size)
+
+    def encode(value):
+        return str(value).ljust(padding).encode(code_page, "replace")
+
     if name in TEXTS:
         table = b"\x01" + long_text("Clients")
-        return (struct.pack("<BI", *TEXTS[name]) + sorting + table,
-                text_pointer_value(characters(code_page)))
-    token = CHARACTERS[name]
-    if size == "max":
-        return struct.pack("<BH", token, 0xFFFF) + sorting, chunked_value(characters(code_page))
-    length = int(size)
-    encode = characters(code_page, 0 if "var" in name else length)
-    return struct.pack("<BH", token, length * (1 + is_wide)) + sorting, medium_value(encode)
+        return struct.pack("<BI", *TEXTS[name]) + sorting + table, nullable(TEXT_POINTER, encode)
+    length, delimiting = (0xFFFF, CHUNKED) if size == "max" else (int(size) * width, MEDIUM)
+    return struct.pack("<BH", CHARACTERS[name], length) + sorting, nullable(delimiting, encode)
 
 
 def wire_type(declared):
     """How a type is announced (TYPE_INFO) and the function that writes a value of it."""
     name, size, scale, not_null, code_page = TYPE.fullmatch(declared).groups()
-    if name in FIXED_LENGTH:
-        return fixed_length_type(*FIXED_LENGTH[name], not_null)
     if name in CHARACTERS or name in TEXTS:
         return character_type(name, size, code_page or "cp1252")
     size, scale = int(size or 0), int(scale or 0)
+    if name in FIXED_LENGTH:
+        with_null, without_null, form, fields = FIXED_LENGTH[name]
+        if not_null:
+            return bytes([without_null]), lambda value: struct.pack(form, *fields(value))
+        return (bytes([with_null, struct.calcsize(form)]),
+                nullable(SHORT, lambda value: struct.pack(form, *fields(value))))
     if name == "decimal":
         length = 5 + 4 * sum(size > limit for limit in (9, 19, 28))
-        return bytes([0x6A, length, size, scale]), short_value(exact_number(length, scale))
+        return (bytes([0x6A, length, size, scale]),
+                nullable(SHORT, lambda value: exact_number(value, length, scale)))
     if name in DATES_AND_TIMES:
-        announced = bytes([DATES_AND_TIMES[name]] + [size] * (name != "date"))
-        return announced, short_value(date_and_time(name, size))
+        announced = [DATES_AND_TIMES[name]] if name == "date" else [DATES_AND_TIMES[name], size]
+        return bytes(announced), nullable(SHORT, lambda value: date_and_time(value, name, size))
     if name == "uniqueidentifier":
-        return b"\x24\x10", short_value(lambda value: uuid.UUID(value).bytes_le)
+        return b"\x24\x10", nullable(SHORT, lambda value: uuid.UUID(value).bytes_le)
     if name == "varbinary":
-        return struct.pack("<BH", 0xA5, size), medium_value(bytes.fromhex)
+        return struct.pack("<BH", 0xA5, size), nullable(MEDIUM, bytes.fromhex)
     raise ValueError(f"no type is called {declared}")
