@@ -241,10 +241,22 @@ class SchedulerTest(unittest.TestCase):
     def run_pxsecret(self, *arguments, input=None):
         return subprocess.run(
             [*shlex.split(os.environ["PXSECRET"]), *arguments], input=input, capture_output=True,
-            check=True, text=True, timeout=60).stdout
+            check=True, encoding="utf-8", timeout=60).stdout
+
+    def keep_password(self, password):
+        """Makes it the machine's own password for the database login."""
+        if wine.IS_USED:
+            self.addCleanup(wine.forget_credentials)
+            self.run_pxsecret("store", "appuser", input=password)
+        else:
+            self.write_file("credentials/appuser", password.encode())
 
     def encipher(self, password):
-        """The password as the registry holds it, with the key among the credentials."""
+        """The password as the registry holds it, with a key among the credentials."""
+        if wine.IS_USED:
+            self.addCleanup(wine.forget_credentials)
+            self.run_pxsecret("new-key")
+            return self.run_pxsecret("encipher", input=password + "\n").strip()
         key = self.folder / "credentials" / "mailkey"
         if not key.exists():
             self.run_pxsecret("new-key", key)

@@ -15,7 +15,7 @@ BROKEN = "There was a problem with the connection;and a socket error occurred."
 NO_LOGIN = "The selected ESMTP Authentication mode;is not supported by the server."
 
 
-@wine.not_under("the mail key and the trusted certificates are in stores of Windows")
+@wine.not_under("the trusted certificates are in a store of Windows")
 class MailServerTest(SchedulerTest):
     def setUp(self):
         super().setUp()

@@ -241,7 +241,6 @@ class Messages(SchedulerTest):
         self.assertEqual(pictures, [picture])
         self.assertRegex(message.html, r'<img src="cid:[^"]+"><img src="other\.gif">')
 
-    @wine.not_under("the key is in the Credential Manager")
     def test_logging_in(self):
         password = "S3cret \u00fcber;pass"
         stored = self.encipher(password)

@@ -84,7 +84,7 @@ class Access(SqlServerTest):
         self.start_mail_server()
         self.add_client("ann@example.com")
         secret = " {s=cret} \u00e9"
-        self.write_file("credentials/appuser", secret.encode())
+        self.keep_password(secret)
         for accepted, tried in ((secret, [secret]), ("tonal", [secret, "tonal"])):
             self.start_sql_server("--password", accepted)
             self.server_log.unlink(missing_ok=True)

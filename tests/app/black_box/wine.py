@@ -2,6 +2,7 @@
 
 import os
 import subprocess
+import tempfile
 import unittest
 from pathlib import Path
 
@@ -16,6 +17,8 @@ KEYS = (
     r"HKEY_CURRENT_USER\Software\ODBC\ODBC.INI",
 )
 
+# Where Wine has what Windows keeps in the Credential Manager.
+CREDENTIALS = r"HKEY_CURRENT_USER\Software\Wine\Credential Manager"
 
 SHELL_FOLDERS = (
     r"HKEY_CURRENT_USER\Software\Microsoft\Windows\CurrentVersion\Explorer\User Shell Folders"
@@ -65,8 +68,7 @@ def environment(now, faketime):
 
 def import_registry(folder, keys):
     """Makes these keys, in the 32-bit view, all that the product finds in Wine's registry."""
-    lines = ["Windows Registry Editor Version 5.00", ""]
-    lines += [f"[-{key}]" for key in KEYS]
+    lines = [f"[-{key}]" for key in KEYS]
     lines += [f"[{SHELL_FOLDERS}]", '"Personal"=-']
     home = path_text(folder / "home")
     for key, values in (keys or {}).items():
@@ -75,7 +77,18 @@ def import_registry(folder, keys):
         for name, value in values.items():
             text = value.replace("%USERPROFILE%", home).replace("\\", "\\\\").replace('"', '\\"')
             lines.append(f'"{name}"="{text}"')
-    file = folder / "wine.reg"
-    file.write_bytes(("\r\n".join(lines) + "\r\n").encode("utf-16"))
-    subprocess.run([EMULATOR, "regedit", "/S", path_text(file)], check=True, timeout=60,
-                   stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    edit_registry(lines)
+
+
+def forget_credentials():
+    edit_registry([f"[-{CREDENTIALS}]"])
+
+
+def edit_registry(lines):
+    lines = ["Windows Registry Editor Version 5.00", "", *lines]
+    with tempfile.NamedTemporaryFile(suffix=".reg") as file:
+        file.write(("\r\n".join(lines) + "\r\n").encode("utf-16"))
+        file.flush()
+        subprocess.run([EMULATOR, "regedit", "/S", path_text(file.name)], check=True, timeout=60,
+                       stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                       stderr=subprocess.DEVNULL)
