@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <span>
-#include <utility>
 
 #include "platform/html/tab_line_writer.h"
 
@@ -14,6 +13,11 @@ bool HasBox(const ParagraphFormat& format) {
          std::ranges::any_of(format.borders, [](const Border& border) {
            return border.style != BorderStyle::kNone;
          });
+}
+
+// A first line that begins further to the left stands in the box too.
+std::int32_t BoxEdge(const ParagraphFormat& format) {
+  return format.left_indent + std::min(0, format.first_indent);
 }
 
 }  // namespace
@@ -84,10 +88,14 @@ void BlockWriter::WriteParagraph(const std::vector<Block>& blocks, std::size_t a
   std::int32_t before = format.space_before;
   std::int32_t after = format.space_after;
   std::string name = format.heading > 0 ? "h" + std::to_string(format.heading) : "p";
-  const std::optional<TabLine> tab_line = LayOutTabs(document_, paragraph);
-  if (tab_line) name = "div";
-  // The row of a table has no first line of its own.
-  const std::int32_t table_indent = tab_line ? std::exchange(format.first_indent, 0) : 0;
+  const std::vector<TabLine> tab_lines = LayOutTabs(document_, paragraph);
+  // From the left edge of the paragraph: each line says itself where it begins.
+  std::int32_t lines_indent = 0;
+  if (!tab_lines.empty()) {
+    name = "div";
+    lines_indent = std::ranges::min(tab_lines, {}, &TabLine::left).left - format.left_indent;
+    format.first_indent = 0;
+  }
   Css css;
   if (format.list > 0) {
     CloseBox();
@@ -101,15 +109,16 @@ void BlockWriter::WriteParagraph(const std::vector<Block>& blocks, std::size_t a
     if (opens_box) OpenBox(blocks, at);
     before = opens_box ? 0 : SpaceBefore(before);
     if (box_) {
-      left = 0;
+      left -= BoxEdge(format);
       if (at == box_end_) after = 0;
     }
   }
   space_above_ = after;
-  css.Add("margin", FourSides(before, box_ ? 0 : format.right_indent, after, left + table_indent));
+  css.Add("margin", FourSides(before, box_ ? 0 : format.right_indent, after, left + lines_indent));
   AddParagraphStyle(format, css);
   CharacterFormat outside = around_;
-  if (format.heading > 0 && format.list == 0) {  // browsers show headings large and bold
+  if (format.heading > 0 && format.list == 0 &&
+      tab_lines.empty()) {  // browsers show headings large and bold
     outside.half_points = 0;
     outside.bold = true;
   }
@@ -118,8 +127,9 @@ void BlockWriter::WriteParagraph(const std::vector<Block>& blocks, std::size_t a
   if (format.right_to_left) html_ += " dir=\"rtl\"";
   html_ += ">";
   const std::size_t empty = html_.size();
-  if (tab_line)
-    WriteTabLine(document_, linked_places_, paragraph, *tab_line, prevailing, html_);
+  if (!tab_lines.empty())
+    WriteTabLines(document_, linked_places_, format, tab_lines, format.left_indent + lines_indent,
+                  prevailing, html_);
   else
     WriteRuns(document_, linked_places_, format,
               std::span(document_.runs).subspan(paragraph.first_run, paragraph.run_count),
@@ -151,7 +161,7 @@ void BlockWriter::AddParagraphStyle(const ParagraphFormat& format, Css& css) con
 
 bool BlockWriter::InBox(const ParagraphFormat& format) const {
   return HasBox(format) && format.borders == box_->borders && format.shading == box_->shading &&
-         format.left_indent == box_->left_indent && format.right_indent == box_->right_indent;
+         BoxEdge(format) == BoxEdge(*box_) && format.right_indent == box_->right_indent;
 }
 
 std::int32_t BlockWriter::SpaceBefore(std::int32_t space) const {
@@ -169,7 +179,7 @@ void BlockWriter::OpenBox(const std::vector<Block>& blocks, std::size_t at) {
   // The spaces around the first and the last paragraph are outside the borders.
   Css css;
   const std::string margin = FourSides(SpaceBefore(format.space_before), format.right_indent,
-                                       box_space_after_, format.left_indent);
+                                       box_space_after_, BoxEdge(format));
   if (margin != "0") css.Add("margin", margin);
   AddBorders(format.borders, css);
   const auto space = [&](Side side) { return format.borders.at(side).space; };

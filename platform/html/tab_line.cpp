@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <span>
 #include <string_view>
 #include <utility>
 
@@ -21,9 +22,12 @@ struct Segment {
   bool Empty() const { return width == 0; }
 };
 
-void AddText(const Document& document, const Run& run, std::wstring_view text, Segment& segment) {
-  if (text.empty()) return;
+// `text` is that of the run, empty for a picture or a bookmark.
+void AddPiece(const Document& document, const Run& run, std::wstring_view text, Segment& segment) {
   segment.runs.push_back(run);
+  if (run.kind == Run::Kind::kPicture)
+    segment.width += std::max(15, document.pictures[run.begin].width);
+  if (run.kind != Run::Kind::kText) return;
   const std::uint16_t half_points = document.character_formats[run.format].half_points;
   const std::int64_t width = RoughWidth(text, half_points);
   segment.width += width;
@@ -34,47 +38,58 @@ void AddText(const Document& document, const Run& run, std::wstring_view text, S
     segment.fraction = RoughWidth(text.substr(point), half_points);
 }
 
-std::vector<Segment> SplitAtTabs(const Document& document, const Paragraph& paragraph) {
-  std::vector<Segment> segments(1);
-  for (std::uint32_t i = 0; i < paragraph.run_count; ++i) {
-    Run run = document.runs[paragraph.first_run + i];
+// Hands over the pieces of each run that stand between two separators, and tells of each separator.
+template <typename AddPiece, typename Separate>
+void SplitRuns(const Document& document, std::span<const Run> runs, wchar_t separator,
+               AddPiece add_piece, Separate separate) {
+  for (Run run : runs) {
     if (run.kind != Run::Kind::kText) {
-      segments.back().runs.push_back(run);
-      if (run.kind == Run::Kind::kPicture)
-        segments.back().width += std::max(15, document.pictures[run.begin].width);
+      add_piece(run, std::wstring_view());
       continue;
     }
     std::wstring_view text = std::wstring_view(document.text).substr(run.begin, run.length);
     for (;;) {
-      const std::size_t end = std::min(text.find(L'\t'), text.size());
+      const std::size_t end = std::min(text.find(separator), text.size());
       run.length = static_cast<std::uint32_t>(end);
-      AddText(document, run, text.substr(0, end), segments.back());
+      if (end > 0) add_piece(run, text.substr(0, end));
       if (end == text.size()) break;
+      separate();
       run.begin += run.length + 1;
       text.remove_prefix(end + 1);
-      segments.emplace_back();
     }
   }
+}
+
+std::vector<Segment> SplitAtTabs(const Document& document, std::span<const Run> runs) {
+  std::vector<Segment> segments(1);
+  SplitRuns(
+      document, runs, L'\t',
+      [&](const Run& run, std::wstring_view text) {
+        AddPiece(document, run, text, segments.back());
+      },
+      [&] { segments.emplace_back(); });
   return segments;
 }
 
-bool MayBeCells(const Document& document, const Paragraph& paragraph) {
-  const ParagraphFormat& format = document.paragraph_formats[paragraph.format];
+std::vector<std::vector<Run>> SplitAtLineBreaks(const Document& document,
+                                                const Paragraph& paragraph) {
+  std::vector<std::vector<Run>> lines(1);
+  SplitRuns(
+      document, std::span(document.runs).subspan(paragraph.first_run, paragraph.run_count), L'\n',
+      [&](const Run& run, std::wstring_view) { lines.back().push_back(run); },
+      [&] { lines.emplace_back(); });
+  return lines;
+}
+
+bool IsPlain(const TabStop& stop) {
+  return stop.kind == TabKind::kLeft && stop.leader == TabLeader::kNone;
+}
+
+bool MayHaveCells(const ParagraphFormat& format) {
   const auto* end = format.tabs.stops.begin() + format.tabs.count;
-  const bool plain = std::all_of(format.tabs.stops.begin(), end, [](const TabStop& stop) {
-    return stop.kind == TabKind::kLeft && stop.leader == TabLeader::kNone;
-  });
-  if (plain || format.list > 0 || format.heading > 0 || format.right_to_left ||
-      format.alignment == Alignment::kCentre || format.alignment == Alignment::kRight)
-    return false;
-  for (std::uint32_t i = 0; i < paragraph.run_count; ++i) {
-    const Run& run = document.runs[paragraph.first_run + i];
-    if (run.kind == Run::Kind::kText &&
-        std::wstring_view(document.text).substr(run.begin, run.length).find(L'\n') !=
-            std::wstring_view::npos)
-      return false;
-  }
-  return true;
+  return !std::all_of(format.tabs.stops.begin(), end, IsPlain) && format.list == 0 &&
+         !format.right_to_left && format.alignment != Alignment::kCentre &&
+         format.alignment != Alignment::kRight;
 }
 
 // Puts segments one after another.
@@ -132,6 +147,7 @@ class LineBuilder {
     const bool flexible = gaps == 1 && others == 0 && !ends_open_;
     for (TabCell& cell : line_.cells)
       if (!flexible) cell.takes_rest = false;
+    line_.left = static_cast<std::int32_t>(left_);
     if (!ends_open_) line_.width = static_cast<std::int32_t>(at_ - left_);
     return std::move(line_);
   }
@@ -177,6 +193,30 @@ class LineBuilder {
   std::int64_t open_width_ = 0;  // of the last cell's text
 };
 
+// Without cells where blanks are enough.
+TabLine LayOutLine(const Document& document, const ParagraphFormat& format, std::int64_t left,
+                   std::vector<Run> runs) {
+  std::vector<Segment> segments = SplitAtTabs(document, runs);
+  std::vector<TabStop> stops;
+  std::int64_t position = left + segments.front().width;
+  for (std::size_t i = 1; i < segments.size(); ++i) {
+    stops.push_back(NextTabStop(document, format, position));
+    const std::int64_t width = segments[i].width;
+    position = stops.back().position + (stops.back().kind == TabKind::kLeft     ? width
+                                        : stops.back().kind == TabKind::kCentre ? width / 2
+                                                                                : 0);
+  }
+  if (std::ranges::all_of(stops, IsPlain))
+    return {static_cast<std::int32_t>(left), {}, 0, std::move(runs)};
+  LineBuilder line(left, std::move(segments.front()));
+  for (std::size_t i = 0; i < stops.size(); ++i) {
+    const std::int64_t next =
+        i + 1 < stops.size() ? stops[i + 1].position : std::int64_t{stops[i].position} * 2;
+    line.Add(stops[i], std::move(segments[i + 1]), next);
+  }
+  return line.Finish();
+}
+
 }  // namespace
 
 TabStop NextTabStop(const Document& document, const ParagraphFormat& format,
@@ -192,31 +232,17 @@ TabStop NextTabStop(const Document& document, const ParagraphFormat& format,
   return stop;
 }
 
-std::optional<TabLine> LayOutTabs(const Document& document, const Paragraph& paragraph) {
-  if (!MayBeCells(document, paragraph)) return std::nullopt;
+std::vector<TabLine> LayOutTabs(const Document& document, const Paragraph& paragraph) {
   const ParagraphFormat& format = document.paragraph_formats[paragraph.format];
-  std::vector<Segment> segments = SplitAtTabs(document, paragraph);
-  const std::int64_t left = std::int64_t{format.left_indent} + format.first_indent;
-  std::vector<TabStop> stops;
-  std::int64_t position = left + segments.front().width;
-  for (std::size_t i = 1; i < segments.size(); ++i) {
-    stops.push_back(NextTabStop(document, format, position));
-    const std::int64_t width = segments[i].width;
-    position = stops.back().position + (stops.back().kind == TabKind::kLeft     ? width
-                                        : stops.back().kind == TabKind::kCentre ? width / 2
-                                                                                : 0);
+  if (!MayHaveCells(format)) return {};
+  std::vector<TabLine> lines;
+  std::int64_t left = std::int64_t{format.left_indent} + format.first_indent;
+  for (std::vector<Run>& runs : SplitAtLineBreaks(document, paragraph)) {
+    lines.push_back(LayOutLine(document, format, left, std::move(runs)));
+    left = format.left_indent;
   }
-  const bool plain = std::ranges::all_of(stops, [](const TabStop& stop) {
-    return stop.kind == TabKind::kLeft && stop.leader == TabLeader::kNone;
-  });
-  if (plain) return std::nullopt;
-  LineBuilder line(left, std::move(segments.front()));
-  for (std::size_t i = 0; i < stops.size(); ++i) {
-    const std::int64_t next =
-        i + 1 < stops.size() ? stops[i + 1].position : std::int64_t{stops[i].position} * 2;
-    line.Add(stops[i], std::move(segments[i + 1]), next);
-  }
-  return line.Finish();
+  if (std::ranges::all_of(lines, [](const TabLine& line) { return line.cells.empty(); })) return {};
+  return lines;
 }
 
 }  // namespace pxscheduler

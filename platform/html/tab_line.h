@@ -1,15 +1,14 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 #include <vector>
 
 #include "platform/rtf/document.h"
 
 namespace pxscheduler {
 
-// A paragraph of one line that is set with tab stops, as the cells of one row of a table: what
-// stands between two tabs is a cell.
+// A line that is set with tab stops, as the cells of one row of a table: what stands between two
+// tabs is a cell.
 struct TabCell {
   std::vector<Run> runs;  // none in a gap
   Alignment alignment = Alignment::kLeft;
@@ -19,13 +18,15 @@ struct TabCell {
 };
 
 struct TabLine {
-  std::vector<TabCell> cells;
-  std::int32_t width = 0;  // twips; 0 for as wide as its cells
+  std::int32_t left = 0;       // where it begins, from the left page margin
+  std::vector<TabCell> cells;  // none for a line where blanks are enough
+  std::int32_t width = 0;      // twips; 0 for as wide as its cells
+  std::vector<Run> runs;       // of a line without cells
 };
 
-// Nothing where blanks are enough or cells would not do: tabs to plain stops on the left, several
-// lines, an item of a list, a heading, a text that is not set from the left.
-std::optional<TabLine> LayOutTabs(const Document& document, const Paragraph& paragraph);
+// The lines of a paragraph, or none where blanks are enough for all of them or cells would not do:
+// tabs to plain stops on the left, an item of a list, a text that is not set from the left.
+std::vector<TabLine> LayOutTabs(const Document& document, const Paragraph& paragraph);
 
 // The stop that a tab leads to from a position, both from the left page margin in twips. A document
 // has stops of its own at equal distances after those of the paragraph.

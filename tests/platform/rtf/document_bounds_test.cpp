@@ -87,6 +87,7 @@ TEST(RtfBounds, CostsGrowWithTheDocument) {
       {"notes", "{\\footnote n}"},
       {"boxes", "{\\shptxt b"},
       {"tabs", "\\pard\\tqr\\tldot\\tx5000 a\\tab b\\par "},
+      {"lines with tabs", "\\tqr\\tx5000 a\\tab b\\line "},
       {"lists", "{\\*\\listtable{\\list{\\listlevel{\\leveltext\\'01.;}}\\listid1}}"},
       {"fonts", "{\\fonttbl{\\f1 A;}}\\f1 x"},
       {"pictures", "{\\pict\\pngblip 89504e470d0a1a0a}"},

@@ -107,6 +107,10 @@ TEST(RtfConversion, ParagraphFormats) {
       {R"(\box\brdrs\brdrw20\brsp40\cbpat1 a\par b\par\pard c)",
        "<div style=\"border:1pt solid #000000;padding:2pt;background-color:#ff0000\">"
        "<p style=\"margin:0\">a</p><p style=\"margin:0\">b</p></div><p style=\"margin:0\">c</p>"},
+      // What hangs out of the paragraph stands in its box.
+      {R"(\box\brdrs\brdrw20\li400\fi-200 a\par\pard c)",
+       "<div style=\"margin:0 0 0 10pt;border:1pt solid #000000\">"
+       "<p style=\"margin:0 0 0 10pt;text-indent:-10pt\">a</p></div><p style=\"margin:0\">c</p>"},
       {R"(a\par\par b\page c)",
        "<p style=\"margin:0\">a</p><p style=\"margin:0\">&nbsp;</p><p style=\"margin:0\">b</p>"
        "<p style=\"margin:0;page-break-before:always\">c</p>"},
@@ -150,11 +154,15 @@ TEST(RtfConversion, FieldsNotesAndBookmarks) {
 
 // Stops that blanks cannot stand for make the line one row of cells.
 TEST(RtfConversion, TabStops) {
-  const auto table = [](const std::string& width, const std::string& cells) {
-    return "<table cellspacing=\"0\" cellpadding=\"0\" border=\"0\" "
-           "style=\"margin:0;border-collapse:collapse" +
-           width + ";font-family:Arial,sans-serif;font-size:12pt\"><tr valign=\"bottom\">" + cells +
-           "</tr></table></div>";
+  const auto row = [](const std::string& width, const std::string& cells,
+                      const std::string& margin = "0") {
+    return "<table cellspacing=\"0\" cellpadding=\"0\" border=\"0\" style=\"margin:" + margin +
+           ";border-collapse:collapse" + width +
+           ";font-family:Arial,sans-serif;font-size:12pt\"><tr valign=\"bottom\">" + cells +
+           "</tr></table>";
+  };
+  const auto table = [&](const std::string& width, const std::string& cells) {
+    return row(width, cells) + "</div>";
   };
   const std::string div = "<div style=\"margin:0\">";
   const std::string text = R"(<td style="white-space:nowrap">)";
@@ -175,6 +183,20 @@ TEST(RtfConversion, TabStops) {
            table(";width:220pt",
                  R"(<td style="width:220pt;text-align:right;white-space:nowrap">1</td>)") +
            "</div>"},
+      // Lines of one paragraph, of which the first hangs; a heading.
+      {R"(\li400\fi-200\tqr\tx5000 a\tab 1\line {\b b\line c}\tab 2)",
+       "<div style=\"margin:0 0 0 10pt\">" +
+           row(";width:240pt",
+               text + R"(a</td><td style="width:100%">&nbsp;</td>)" + right + "1</td>") +
+           R"(<div style="margin:0 0 0 10pt"><b>b</b></div>)" +
+           row(";width:230pt",
+               text + R"(<b>c</b></td><td style="width:100%">&nbsp;</td>)" + right + "2</td>",
+               "0 0 0 10pt") +
+           "</div>"},
+      {R"({\stylesheet{\s1 heading 1;}}\s1\b\tqr\tx5000\tab Title)",
+       R"(<div style="margin:0;font-weight:bold">)" +
+           table(";width:250pt",
+                 R"(<td style="width:250pt;text-align:right;white-space:nowrap">Title</td>)")},
       {R"(\tqr\tx1000\tqc\tx3000\tab 1\tab two\tab end)",
        div + table("", R"(<td style="width:50pt;text-align:right;white-space:nowrap">1</td>)"
                        R"(<td style="width:85pt">&nbsp;</td>)"
@@ -190,12 +212,14 @@ TEST(RtfConversion, TabStops) {
   });
   // Blanks stay where they do, and where cells would not.
   for (const char* rtf :
-       {R"(\tx3000 a\tab b)", R"(\tx1000\tqr\tx9000 a\tab b)", R"(\tqr\tx5000 a\tab b\line c)",
+       {R"(\tx3000 a\tab b)", R"(\tx1000\tqr\tx9000 a\tab b)", R"(\tx3000 a\tab b\line c)",
         R"(\qc\tqr\tx5000 a\tab b)", R"(\tqr\tb500\tx5000 a\tab b)", R"(\tqr\pard\tx5000 a\tab b)",
         R"(\tqr\tx5000 a)"})
     EXPECT_EQ(Body(rtf).find("<table"), std::string::npos) << rtf;
   EXPECT_EQ(Plain(R"(\tqr\tx5000 Lisbon\tab 899\par Rome\tab 1,099\par)"),
             "Lisbon  899\nRome  1,099\n");
+  EXPECT_EQ(Plain(R"(\tqr\tx5000 Lisbon\tab 899\line Prices for two\line Rome\tab 1,099\par)"),
+            "Lisbon  899\nPrices for two\nRome  1,099\n");
 }
 
 TEST(RtfConversion, Lists) {
