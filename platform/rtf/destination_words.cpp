@@ -15,6 +15,11 @@ void Begin(Reading& reading, const Word&) {
 // A group around content that counts as if the group were not there.
 void PassThrough(Reading&, const Word&) {}
 
+template <std::int32_t Shape::*kValue>
+void SetShapeValue(Reading& reading, const Word& word) {
+  if (!reading.shapes.empty()) reading.shapes.back().*kValue = word.Or(0);
+}
+
 template <std::int32_t PictureInProgress::*kValue>
 void SetPictureValue(Reading& reading, const Word& word) {
   reading.picture.*kValue = word.Or(0);
@@ -72,14 +77,21 @@ void AddDestinationWords(WordTable& words) {
     begin(transparent, PassThrough);
   begin("upr", Begin<Destination::kSkipText>);
   begin("ud", [](Reading& r, const Word&) { r.BeginUnicodeText(); });
-  begin("shpinst", Begin<Destination::kSkipText>);
+  begin("shpinst", [](Reading& r, const Word&) { r.BeginShape(); });
+  add("shpleft", SetShapeValue<&Shape::left>);
+  add("shptop", SetShapeValue<&Shape::top>);
+  add("shpright", SetShapeValue<&Shape::right>);
+  add("shpbottom", SetShapeValue<&Shape::bottom>);
   begin("sp", Begin<Destination::kSkipText>);
   begin("sn", Begin<Destination::kPropertyName>);
   begin("sv", Begin<Destination::kPropertyValue>);
-  begin("picprop", Begin<Destination::kSkipText>);
+  begin("picprop", [](Reading& r, const Word&) {
+    r.Begin(Destination::kSkipText);
+    r.state.in_picture_properties = true;
+  });
   begin("shptxt", [](Reading& r, const Word&) { r.BeginStory(DocumentBuilder::StoryKind::kBox); });
 
-  begin("pict", Begin<Destination::kPicture>);
+  begin("pict", [](Reading& r, const Word&) { r.BeginPicture(); });
   add("pngblip", SetPictureKind<Kind::kPng>);
   add("jpegblip", SetPictureKind<Kind::kJpeg>);
   add("dibitmap", SetPictureKind<Kind::kDib>);

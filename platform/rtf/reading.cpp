@@ -85,6 +85,7 @@ void Reading::StartGroup() {
   state.began_destination = false;
   state.began_story = false;
   state.began_field = false;
+  state.began_shape = false;
 }
 
 void Reading::EndGroup() {
@@ -96,6 +97,7 @@ void Reading::EndGroup() {
   if (state.began_destination) EndDestination(state.destination);
   if (state.began_story) builder.EndStory(state.paragraph, state.character);
   if (state.began_field && !fields.empty()) fields.pop_back();
+  if (state.began_shape) EndShape();
   const std::uint16_t list_number = state.paragraph.list;
   const bool list_given = state.began_destination && state.destination == Destination::kOldList;
   state = groups_.back();
@@ -107,6 +109,22 @@ void Reading::BeginField() {
   if (unsaved_groups_ > 0 || state.began_field) return;
   fields.emplace_back();
   state.began_field = true;
+}
+
+void Reading::BeginPicture() {
+  const bool is_property = state.destination == Destination::kPropertyValue;
+  Begin(Destination::kPicture);
+  if (is_property && property_name != L"pib")
+    state.picture_use = PictureUse::kNone;
+  else
+    state.picture_use = is_property && !shapes.empty() ? PictureUse::kShape : PictureUse::kText;
+}
+
+void Reading::BeginShape() {
+  if (unsaved_groups_ > 0 || state.began_shape) return;
+  Begin(Destination::kSkipText);
+  shapes.emplace_back();
+  state.began_shape = true;
 }
 
 void Reading::BeginUnicodeText() {

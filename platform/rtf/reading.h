@@ -16,6 +16,7 @@
 #include "platform/rtf/document_builder.h"
 #include "platform/rtf/picture_reader.h"
 #include "platform/rtf/rtf_tokens.h"
+#include "platform/rtf/shape.h"
 
 namespace pxscheduler {
 
@@ -51,6 +52,8 @@ struct FontEntry {
   SymbolSet symbols = SymbolSet::kNone;
 };
 
+enum class PictureUse : std::uint8_t { kText, kShape, kNone };
+
 // What a group restores at its end.
 struct GroupState {
   CharacterFormat character;
@@ -60,9 +63,12 @@ struct GroupState {
   std::int32_t table_depth = 0;
   std::int32_t unicode_fallback = 1;  // characters after \u that stand for the same
   Destination destination = Destination::kText;
-  bool began_destination = false;  // this group, not one around it
+  PictureUse picture_use = PictureUse::kText;  // of the open picture
+  bool began_destination = false;              // this group, not one around it
   bool began_story = false;
   bool began_field = false;
+  bool began_shape = false;
+  bool in_picture_properties = false;
   bool nested_row = false;  // row properties are those of a nested table
 };
 
@@ -118,6 +124,8 @@ class Reading {
   void Begin(Destination destination);
   void BeginStory(DocumentBuilder::StoryKind kind);
   void BeginField();
+  void BeginPicture();
+  void BeginShape();
   // {\upr{text for old readers}{\*\ud{the same in Unicode}}}: the second text counts.
   void BeginUnicodeText();
   void AppendText(std::wstring_view text);
@@ -188,6 +196,7 @@ class Reading {
   };
   std::vector<Field> fields;
   PictureInProgress picture;
+  std::vector<Shape> shapes;  // the open ones
   std::wstring property_name;
   std::wstring captured;  // the text of the destination that gathers some
   std::uint32_t notes = 0;
@@ -209,6 +218,9 @@ class Reading {
   void Take(std::wstring_view text);
   void EndFont();
   void EndPicture();
+  void EndProperty();
+  void EndShape();
+  void ShowPicture(PictureInProgress shown);
   void EndStyle();
   void EndField();
 

@@ -57,7 +57,7 @@ void Reading::EndDestination(Destination destination) {
       property_name = std::exchange(captured, {});
       break;
     case Destination::kPropertyValue:
-      if (property_name == L"wzDescription") picture.description = captured;
+      EndProperty();
       break;
     case Destination::kLevelText:
       EndLevelText(*this);
@@ -104,8 +104,30 @@ void Reading::EndFont() {
 
 void Reading::EndPicture() {
   PictureInProgress ended = std::exchange(picture, {});
-  if (!ShowsObjects() || state.character.hidden) return;
-  FinishedPicture finished = FinishPicture(std::move(ended));
+  if (!ShowsObjects() || state.picture_use == PictureUse::kNone) return;
+  if (state.picture_use == PictureUse::kShape)
+    shapes.back().picture = std::move(ended);
+  else
+    ShowPicture(std::move(ended));
+}
+
+void Reading::EndProperty() {
+  if (state.in_picture_properties) {
+    if (property_name == L"wzDescription") picture.description = captured;
+  } else if (!shapes.empty()) {
+    shapes.back().SetProperty(property_name, captured);
+  }
+}
+
+void Reading::EndShape() {
+  Shape ended = std::move(shapes.back());
+  shapes.pop_back();
+  if (ShowsObjects()) ShowPicture(std::move(ended).ShownPicture());
+}
+
+void Reading::ShowPicture(PictureInProgress shown) {
+  if (state.character.hidden) return;
+  FinishedPicture finished = FinishPicture(std::move(shown));
   if (finished.problem) ++document.picture_problems[*finished.problem];
   if (finished.picture)
     builder.AppendPicture(*std::move(finished.picture), state.character, state.link);

@@ -91,6 +91,7 @@ TEST(RtfBounds, CostsGrowWithTheDocument) {
       {"lists", "{\\*\\listtable{\\list{\\listlevel{\\leveltext\\'01.;}}\\listid1}}"},
       {"fonts", "{\\fonttbl{\\f1 A;}}\\f1 x"},
       {"pictures", "{\\pict\\pngblip 89504e470d0a1a0a}"},
+      {"shapes", "{\\shp{\\*\\shpinst\\shpright9{\\sp{\\sn pib}{\\sv{\\pict 01}}"},
       {"cropped pictures", "{\\pict\\pngblip\\piccropl9 89504e470d0a1a0a}"},
       {"unknown", "{\\*\\unknown x{\\y"},
   };

@@ -32,6 +32,13 @@ std::string Plain(const std::string& content) {
   return ToUtf8(PlainTextOfHtml(FromUtf8(Body(content))));
 }
 
+// A bitmap of two pixels, and the file of its second one.
+const std::string kTwoPixels =
+    "28000000020000000100000001001800000000000800000000000000000000000000000000000000"
+    "0102030405060000";
+const std::string kSecondPixel =
+    "Qk06AAAAAAAAADYAAAAoAAAAAQAAAAEAAAABABgAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAABAUGAA==";
+
 struct Case {
   std::string rtf;
   std::string html;
@@ -294,6 +301,15 @@ TEST(RtfConversion, Pictures) {
            "}}}}{\\shprslt{\\pict\\pngblip 00}}}z",
        "<p style=\"margin:0\"><img src=\"data:image/png;base64,iVBORw0KGgoA\" alt=\"\" "
        "border=\"0\">z</p>"},
+      // A shape's own size, cropping and description; the pictures of its fill are not shown.
+      {"{\\field{\\*\\fldinst "
+       "SHAPE}{\\fldrslt{\\shp{\\*\\shpinst\\shpleft150\\shptop-600\\shpright900"
+       "\\shpbottom0{\\sp{\\sn cropFromLeft}{\\sv 32768}}{\\sp{\\sn pib}{\\sv{\\pict\\picscalex30"
+       "\\dibitmap0{\\*\\picprop{\\sp{\\sn shapeType}{\\sv 75}}}" +
+           kTwoPixels + "}}}{\\sp{\\sn fillBlip}{\\sv{\\pict\\pngblip " + png +
+           "}}}{\\sp{\\sn wzDescription}{\\sv A logo}}}{\\shprslt x}}}}",
+       "<p style=\"margin:0\"><img src=\"data:image/bmp;base64," + kSecondPixel +
+           "\" width=\"50\" height=\"40\" alt=\"A logo\" border=\"0\"></p>"},
       {"{\\object\\objemb{\\*\\objdata 0102}{\\result{\\pict\\pngblip " + png + "}}}",
        "<p style=\"margin:0\"><img src=\"data:image/png;base64,iVBORw0KGgoA\" alt=\"\" "
        "border=\"0\"></p>"},
@@ -301,18 +317,13 @@ TEST(RtfConversion, Pictures) {
   });
 }
 
-// A bitmap of two pixels, of which the second is shown; a PNG that cannot be cropped is shown
-// whole.
+// A PNG that cannot be cropped is shown whole.
 TEST(RtfConversion, CroppedPictures) {
   Expect({
-      {"{\\pict\\dibitmap0\\picwgoal600\\pichgoal300\\piccropl300\\piccropt-90\\picscalex200 "
-       "2800000002000000010000000100180000000000080000000000000000000000000000000000000001020304050"
-       "600"
-       "00}",
-       "<p style=\"margin:0\"><img "
-       "src=\"data:image/bmp;base64,Qk06AAAAAAAAADYAAAAoAAAAAQAAAAEAAAABABgA"
-       "AAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAABAUGAA==\" width=\"40\" height=\"20\" alt=\"\" "
-       "border=\"0\"></p>"},
+      {"{\\pict\\dibitmap0\\picwgoal600\\pichgoal300\\piccropl300\\piccropt-90\\picscalex200 " +
+           kTwoPixels + "}",
+       "<p style=\"margin:0\"><img src=\"data:image/bmp;base64," + kSecondPixel +
+           "\" width=\"40\" height=\"20\" alt=\"\" border=\"0\"></p>"},
       {"{\\pict\\pngblip\\picwgoal600\\pichgoal300\\piccropl300 89504e470d0a1a0a00}",
        "<p style=\"margin:0\"><img src=\"data:image/png;base64,iVBORw0KGgoA\" width=\"40\" "
        "height=\"20\" alt=\"\" border=\"0\"></p>"},
