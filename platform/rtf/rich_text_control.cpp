@@ -64,14 +64,28 @@ std::string WithPage(const std::string& html, const PageLayout& page) {
   return with_page.insert(head_end, "<style>" + PageRule(page) + "</style>\n");
 }
 
+// HTML shows neither tabs nor a blank that begins a line or follows another one.
+std::wstring WithVisibleBlanks(std::wstring_view line) {
+  constexpr std::size_t kTabWidth = 8;
+  std::wstring visible;
+  for (const wchar_t character : line) {
+    const bool unseen = visible.empty() || visible.back() == L' ';
+    if (character == L'\t')
+      visible.append(kTabWidth - visible.size() % kTabWidth, L'\u00A0');
+    else
+      visible += character == L' ' && unseen ? L'\u00A0' : character;
+  }
+  return visible;
+}
+
 // Each line is a paragraph.
 std::string HtmlOfText(std::wstring_view text, const PageLayout& page) {
   std::string html = HtmlStart(page, {});
   while (!text.empty()) {
     const std::size_t end = std::min(text.find_first_of(L"\r\n\f"), text.size());
     const std::wstring_view line = text.substr(0, end);
-    html += "<p style=\"margin:0;white-space:pre-wrap\">";
-    AppendEscaped(line.empty() ? L"\u00A0" : line, html);
+    html += "<p style=\"margin:0\">";
+    AppendEscaped(line.empty() ? L"\u00A0" : WithVisibleBlanks(line), html);
     html += "</p>\n";
     text.remove_prefix(end);
     text.remove_prefix(text.starts_with(L"\r\n") ? 2 : text.empty() ? 0 : 1);

@@ -30,11 +30,10 @@ class RichTextControlTest : public testing::Test {
 
 TEST_F(RichTextControlTest, TellsTheFormFromTheFirstBytes) {
   EXPECT_NE(Converted(kHeader + "{\\rtf1 {\\b x}y}").find("<b>x</b>y"), std::string::npos);
-  EXPECT_NE(
-      Converted(kHeader + "plain <\xE9>\r\nline two")
-          .find(
-              "plain &lt;\u00E9&gt;</p>\n<p style=\"margin:0;white-space:pre-wrap\">line two</p>"),
-      std::string::npos);
+  EXPECT_NE(Converted(kHeader + "plain <\xE9>\r\n [Full Name]   two\tb")
+                .find("plain &lt;\u00E9&gt;</p>\n<p style=\"margin:0\">&nbsp;[Full Name] &nbsp; "
+                      "two&nbsp;&nbsp;&nbsp;&nbsp;&nbsp;&nbsp;b</p>"),
+            std::string::npos);
   const std::string page = "<style>@page{size:595.3pt 841.9pt;margin:72pt}</style>";
   EXPECT_EQ(Converted(kHeader + "\r\n<HTML><HEAD></HEAD>\xE9</HTML>"),
             "\r\n<HTML><HEAD>" + page + "\n</HEAD>\xE9</HTML>");
