@@ -181,6 +181,8 @@ struct ListLevel {
   // Whether number_style or bullet says all that there is to say about the marker. Where it does
   // not, paragraphs carry their markers in their text and are no list items.
   bool simple = false;
+
+  friend bool operator==(const ListLevel&, const ListLevel&) = default;
 };
 
 struct List {

@@ -49,6 +49,33 @@ std::uint16_t AddList(Reading& reading, List list) {
   return static_cast<std::uint16_t>(lists.size());
 }
 
+std::uint16_t OldList(Reading& reading, const ListLevel& level) {
+  const std::wstring key = std::to_wstring(level.number_style) + L' ' +
+                           std::to_wstring(level.start) + L' ' + level.bullet;
+  const auto [position, added] = reading.old_lists.try_emplace(key);
+  if (added) {
+    List list;
+    list.levels.fill(level);
+    list.counts_on = false;
+    position->second = AddList(reading, list);
+  }
+  return position->second;
+}
+
+// An item says what its own level looks like, so the list comes to know its levels one by one.
+std::uint16_t OldOutline(Reading& reading, const ListLevel& level, std::size_t number) {
+  if (reading.old_outline > 0) {
+    ListLevel& known = reading.document.lists[reading.old_outline - 1U].levels.at(number);
+    if (!known.simple) known = level;
+    if (known == level) return reading.old_outline;
+  }
+  List list;
+  list.levels.at(number) = level;
+  list.counts_on = false;
+  reading.old_outline = AddList(reading, list);
+  return reading.old_outline;
+}
+
 }  // namespace
 
 // The text of a level's marker: its length, then characters, among them the numbers 0 to 8 that
@@ -72,12 +99,23 @@ void EndLevelText(Reading& reading) {
 void EndListOverride(Reading& reading) {
   const auto found = reading.lists_by_id.find(reading.list.id);
   if (found == reading.lists_by_id.end()) return;
-  reading.list_overrides[reading.list.override_number] = AddList(reading, found->second);
+  auto& [list, index] = found->second;
+  if (std::ranges::find(reading.list.restarts, true) != reading.list.restarts.end()) {
+    List restarted = list;
+    for (std::size_t level = 0; level < restarted.levels.size(); ++level)
+      if (reading.list.restarts.at(level))
+        restarted.levels.at(level).start = reading.list.list.levels.at(level).start;
+    reading.list_overrides[reading.list.override_number] = AddList(reading, std::move(restarted));
+    return;
+  }
+  // Overrides of one list that change nothing count on together.
+  if (index == 0) index = AddList(reading, list);
+  reading.list_overrides[reading.list.override_number] = index;
 }
 
 void EndOldList(Reading& reading) {
   ListLevel level = std::exchange(reading.old_list.level, {});
-  const std::int32_t depth = std::clamp(std::exchange(reading.old_list.depth, 1), 1, 9);
+  const std::int32_t depth = std::clamp(std::exchange(reading.old_list.depth, 0), 0, 9);
   const std::wstring before = std::exchange(reading.old_list.before, {});
   const std::wstring after = std::exchange(reading.old_list.after, {});
   if (std::exchange(reading.old_list.bullet, false)) {
@@ -88,17 +126,10 @@ void EndOldList(Reading& reading) {
     level.simple = level.number_style != 0 && before.empty() && after == L".";
   }
   if (!level.simple) return;
-  const std::wstring key = std::to_wstring(level.number_style) + L' ' +
-                           std::to_wstring(level.start) + L' ' + level.bullet;
-  const auto [position, added] = reading.old_lists.try_emplace(key);
-  if (added) {
-    List list;
-    list.levels.fill(level);
-    list.counts_on = false;
-    position->second = AddList(reading, list);
-  }
-  reading.state.paragraph.list = position->second;
-  reading.state.paragraph.list_level = static_cast<std::uint8_t>(depth - 1);
+  const auto list_level = static_cast<std::uint8_t>(std::max(1, depth) - 1);
+  reading.state.paragraph.list =
+      depth > 0 ? OldOutline(reading, level, list_level) : OldList(reading, level);
+  reading.state.paragraph.list_level = list_level;
 }
 
 void AddListWords(WordTable& words) {
@@ -123,6 +154,13 @@ void AddListWords(WordTable& words) {
   begin("listname", [](Reading& r, const Word&) { r.Begin(Destination::kSkip); });
   add("listlevel", [](Reading& r, const Word&) {
     if (r.state.destination == Destination::kList) ++r.list.levels;
+  });
+  add("lfolevel", [](Reading& r, const Word&) {
+    if (r.state.destination == Destination::kListOverride) ++r.list.levels;
+  });
+  add("listoverridestartat", [](Reading& r, const Word&) {
+    if (r.list.levels > 0 && r.list.levels <= r.list.restarts.size())
+      r.list.restarts.at(r.list.levels - 1) = true;
   });
   add("levelnfc",
       [](Reading& r, const Word& w) { OpenLevel(r).number_style = NumberStyle(w.Or(0)); });

@@ -99,10 +99,13 @@ void Reading::EndGroup() {
   if (state.began_field && !fields.empty()) fields.pop_back();
   if (state.began_shape) EndShape();
   const std::uint16_t list_number = state.paragraph.list;
+  const std::uint8_t list_level = state.paragraph.list_level;
   const bool list_given = state.began_destination && state.destination == Destination::kOldList;
   state = groups_.back();
   groups_.pop_back();
-  if (list_given) state.paragraph.list = list_number;
+  if (!list_given) return;
+  state.paragraph.list = list_number;
+  state.paragraph.list_level = list_level;
 }
 
 void Reading::BeginField() {

@@ -178,17 +178,23 @@ class Reading {
     std::size_t levels = 0;
     std::int32_t id = 0;
     std::int32_t override_number = 0;
+    std::array<bool, 9> restarts{};  // levels of an override that count from a number of their own
   } list;
-  std::unordered_map<std::int32_t, List> lists_by_id;
+  struct ListEntry {
+    List list;
+    std::uint16_t index = 0;  // as ParagraphFormat::list, 0 as long as no override refers to it
+  };
+  std::unordered_map<std::int32_t, ListEntry> lists_by_id;
   std::unordered_map<std::int32_t, std::uint16_t> list_overrides;  // as ParagraphFormat::list
   struct {
     ListLevel level;
-    std::int32_t depth = 1;
+    std::int32_t depth = 0;  // 1 for the outermost of several levels, 0 for a list of one
     bool bullet = false;
     std::wstring before;
     std::wstring after;
   } old_list;
-  std::map<std::wstring, std::uint16_t> old_lists;
+  std::map<std::wstring, std::uint16_t> old_lists;  // those of one level
+  std::uint16_t old_outline = 0;                    // the list of several levels that is open
 
   struct Field {
     std::wstring instruction;

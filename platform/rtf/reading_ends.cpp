@@ -63,7 +63,7 @@ void Reading::EndDestination(Destination destination) {
       EndLevelText(*this);
       break;
     case Destination::kList:
-      lists_by_id[list.id] = list.list;
+      lists_by_id[list.id] = {list.list, 0};
       break;
     case Destination::kListOverride:
       EndListOverride(*this);

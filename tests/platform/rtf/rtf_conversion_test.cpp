@@ -246,11 +246,24 @@ TEST(RtfConversion, Lists) {
        "{\\pntext 2.\\tab}b\\par\\pard c",
        "<ol style=\"margin:0;padding:0 0 0 18pt\"><li style=\"margin:0\">a</li>"
        "<li style=\"margin:0\">b</li></ol><p style=\"margin:0\">c</p>"},
+      // The old form with levels, of which the outer one goes on after the inner one.
+      {"{\\pntext 1.}{\\*\\pn\\pnlvl1\\pndec{\\pntxta .}}\\li360 a\\par\\pard"
+       "{\\pntext b.}{\\*\\pn\\pnlvl2\\pnlcltr\\pnstart2{\\pntxta .}}\\li720 b\\par\\pard"
+       "{\\pntext 2.}{\\*\\pn\\pnlvl1\\pndec{\\pntxta .}}\\li360 c",
+       "<ol style=\"margin:0;padding:0 0 0 18pt\"><li style=\"margin:0\">a"
+       "<ol type=\"a\" start=\"2\" style=\"margin:0;padding:0 0 0 18pt\">"
+       "<li style=\"margin:0\">b</li></ol></li><li style=\"margin:0\">c</li></ol>"},
       // A marker that HTML's lists cannot make stays text.
       {R"({\*\pn\pnlvlbody\pndec{\pntxta )}}{\pntext 1) }a)", "<p style=\"margin:0\">1) a</p>"},
   });
   EXPECT_EQ(Plain(tables + "\\ls1 one\\par\\ilvl1 x\\par y\\par\\ilvl0 two\\par"),
             "* one\n  c. x\n  d. y\n* two\n");
+  // References to one list count on together, unless one has a start of its own.
+  EXPECT_EQ(Plain(R"({\*\listtable{\list{\listlevel\levelnfc0{\leveltext\'02\'00.;}}\listid7}})"
+                  R"({\*\listoverridetable{\listoverride\listid7\ls1}{\listoverride\listid7\ls2})"
+                  R"({\listoverride\listid7{\lfolevel\listoverridestartat\levelstartat5}\ls3}})"
+                  R"(\ls1 a\par\ls0 x\par\ls2 b\par\ls3 c\par\ls1 d\par)"),
+            "1. a\nx\n2. b\n5. c\n3. d\n");
 }
 
 TEST(RtfConversion, Tables) {
