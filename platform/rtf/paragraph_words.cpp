@@ -94,13 +94,11 @@ void AddParagraphWords(WordTable& words) {
   };
   add("par", [](Reading& r, const Word&) { r.EndParagraph(); });
   add("page", [](Reading& r, const Word&) { r.BreakPage(); });
-  add("sbknone", [](Reading& r, const Word&) { r.section_continues = true; });
+  add("column", [](Reading& r, const Word&) { r.BreakColumn(); });
+  add("sbknone", [](Reading& r, const Word&) { r.SetSectionContinues(true); });
   for (const char* section_break : {"sbkpage", "sbkodd", "sbkeven", "sbkcol", "sectd"})
-    add(section_break, [](Reading& r, const Word&) { r.section_continues = false; });
-  add("sect", [](Reading& r, const Word&) {
-    if (r.builder.HasContent()) r.EndParagraph();
-    if (!r.section_continues) r.BreakPage();
-  });
+    add(section_break, [](Reading& r, const Word&) { r.SetSectionContinues(false); });
+  add("sect", [](Reading& r, const Word&) { r.BreakSection(); });
   add("pard", [](Reading& r, const Word&) { r.ResetParagraph(); });
   add("ql", Align<Alignment::kLeft>);
   add("qc", Align<Alignment::kCentre>);

@@ -139,16 +139,38 @@ void Reading::BeginUnicodeText() {
 void Reading::EndParagraph() {
   Flush();
   if (!InBody()) return;
+  builder.EndParagraph(TakeParagraphFormat(), state.character, state.table_depth);
+}
+
+ParagraphFormat Reading::TakeParagraphFormat() {
   ParagraphFormat format = state.paragraph;
-  if (page_break_pending_) format.page_break_before = true;
-  page_break_pending_ = false;
-  builder.EndParagraph(format, state.character, state.table_depth);
+  if (std::exchange(page_break_pending_, false)) format.page_break_before = true;
+  at_section_start_ = false;
+  return format;
 }
 
 void Reading::BreakPage() {
   if (!InBody()) return;
   if (builder.HasContent()) EndParagraph();
   page_break_pending_ = state.table_depth == 0;
+  at_section_start_ = false;
+}
+
+// Columns are left out: what stands in the next one comes below.
+void Reading::BreakColumn() {
+  if (builder.HasContent()) EndParagraph();
+}
+
+void Reading::BreakSection() {
+  if (!InBody()) return;
+  if (builder.HasContent()) EndParagraph();
+  at_section_start_ = true;
+  SetSectionContinues(section_continues_);
+}
+
+void Reading::SetSectionContinues(bool continues) {
+  section_continues_ = continues;
+  if (at_section_start_) page_break_pending_ = !continues && state.table_depth == 0;
 }
 
 void Reading::HandleSymbol(char symbol) {

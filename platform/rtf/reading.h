@@ -131,6 +131,12 @@ class Reading {
   void AppendText(std::wstring_view text);
   void EndParagraph();
   void BreakPage();
+  void BreakColumn();
+  void BreakSection();
+  // Whether the section that has just begun goes on on the page of the one before.
+  void SetSectionContinues(bool continues);
+  // The format of the paragraph that ends here.
+  ParagraphFormat TakeParagraphFormat();
   void AppendUnicode(std::int32_t unit);
   void ResetCharacter();
   void ResetParagraph();
@@ -208,7 +214,6 @@ class Reading {
   std::uint32_t notes = 0;
   std::int32_t paragraph_pattern = 0;
   bool landscape = false;
-  bool section_continues = false;
 
  private:
   void StartGroup();
@@ -244,6 +249,8 @@ class Reading {
   char32_t high_surrogate_ = 0;
   bool ignorable_ = false;  // "\*" has been read
   bool page_break_pending_ = false;
+  bool at_section_start_ = false;  // of a section but the first
+  bool section_continues_ = false;
 };
 
 }  // namespace pxscheduler

@@ -47,7 +47,7 @@ void EndCellFormat(Reading& reading, const Word& word) {
 
 void EndCell(Reading& reading, std::int32_t depth) {
   if (!reading.InBody()) return;
-  reading.builder.EndCell(reading.state.paragraph, reading.state.character, depth);
+  reading.builder.EndCell(reading.TakeParagraphFormat(), reading.state.character, depth);
 }
 
 void EndRow(Reading& reading, std::int32_t depth) {

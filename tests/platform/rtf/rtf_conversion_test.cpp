@@ -121,6 +121,10 @@ TEST(RtfConversion, ParagraphFormats) {
       {R"(a\par\par b\page c)",
        "<p style=\"margin:0\">a</p><p style=\"margin:0\">&nbsp;</p><p style=\"margin:0\">b</p>"
        "<p style=\"margin:0;page-break-before:always\">c</p>"},
+      {R"(a\column b\sect\sectd\sbknone c\sect d\sect\sectd e\sect\trowd\cellx9\intbl f\cell\row)",
+       "<p style=\"margin:0\">a</p><p style=\"margin:0\">b</p><p style=\"margin:0\">c</p>"
+       "<p style=\"margin:0\">d</p><p style=\"margin:0;page-break-before:always\">e</p>" +
+           Body(R"(\trowd\cellx9\intbl\pagebb f\cell\row)")},
       {R"({\stylesheet{\s3 heading 2;}}\s3 Title\par\pard\plain text and more)",
        "<h2 style=\"margin:0;font-size:12pt;font-weight:normal\">Title</h2>"
        "<p style=\"margin:0\">text and more</p>"},
