@@ -85,8 +85,7 @@ void BlockWriter::WriteParagraph(const std::vector<Block>& blocks, std::size_t a
   const CharacterFormat prevailing = PrevailingFormat(document_, paragraph, otherwise);
   // From the edge of the page, the cell, the box or the list that it stands in.
   std::int32_t left = format.left_indent;
-  std::int32_t before = format.space_before;
-  std::int32_t after = format.space_after;
+  auto [before, after] = SpacesOf(blocks, at);
   std::string name = format.heading > 0 ? "h" + std::to_string(format.heading) : "p";
   const std::vector<TabLine> tab_lines = LayOutTabs(document_, paragraph);
   // From the left edge of the paragraph: each line says itself where it begins.
@@ -114,7 +113,7 @@ void BlockWriter::WriteParagraph(const std::vector<Block>& blocks, std::size_t a
     }
   }
   space_above_ = after;
-  css.Add("margin", FourSides(before, box_ ? 0 : format.right_indent, after, left + lines_indent));
+  AddMargin(before, box_ ? 0 : format.right_indent, after, left + lines_indent, css);
   AddParagraphStyle(format, css);
   CharacterFormat outside = around_;
   if (format.heading > 0 && format.list == 0 &&
@@ -159,6 +158,18 @@ void BlockWriter::AddParagraphStyle(const ParagraphFormat& format, Css& css) con
   }
 }
 
+std::pair<std::int32_t, std::int32_t> BlockWriter::SpacesOf(const std::vector<Block>& blocks,
+                                                            std::size_t at) const {
+  const ParagraphFormat& format = FormatOf(blocks[at]);
+  const auto spaced_from = [&](std::size_t neighbour) {
+    return !format.spaced_from_other_styles_only || neighbour >= blocks.size() ||
+           blocks[neighbour].kind != Block::Kind::kParagraph ||
+           FormatOf(blocks[neighbour]).style != format.style;
+  };
+  return {spaced_from(at - 1) ? format.space_before : 0,
+          spaced_from(at + 1) ? format.space_after : 0};
+}
+
 bool BlockWriter::InBox(const ParagraphFormat& format) const {
   return HasBox(format) && format.borders == box_->borders && format.shading == box_->shading &&
          BoxEdge(format) == BoxEdge(*box_) && format.right_indent == box_->right_indent;
@@ -175,12 +186,12 @@ void BlockWriter::OpenBox(const std::vector<Block>& blocks, std::size_t at) {
   while (box_end_ + 1 < blocks.size() && blocks[box_end_ + 1].kind == Block::Kind::kParagraph &&
          FormatOf(blocks[box_end_ + 1]).list == 0 && InBox(FormatOf(blocks[box_end_ + 1])))
     ++box_end_;
-  box_space_after_ = FormatOf(blocks[box_end_]).space_after;
+  box_space_after_ = SpacesOf(blocks, box_end_).second;
   // The spaces around the first and the last paragraph are outside the borders.
   Css css;
-  const std::string margin = FourSides(SpaceBefore(format.space_before), format.right_indent,
-                                       box_space_after_, BoxEdge(format));
-  if (margin != "0") css.Add("margin", margin);
+  const std::int32_t before = SpaceBefore(SpacesOf(blocks, at).first);
+  if (before != 0 || format.right_indent != 0 || box_space_after_ != 0 || BoxEdge(format) != 0)
+    AddMargin(before, format.right_indent, box_space_after_, BoxEdge(format), css);
   AddBorders(format.borders, css);
   const auto space = [&](Side side) { return format.borders.at(side).space; };
   if (space(kTop) + space(kRight) + space(kBottom) + space(kLeft) > 0)

@@ -8,6 +8,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/html/css.h"
@@ -50,6 +51,9 @@ class BlockWriter {
   const ParagraphFormat& FormatOf(const Block& block) const;
   void WriteParagraph(const std::vector<Block>& blocks, std::size_t at);
   void AddParagraphStyle(const ParagraphFormat& format, Css& css) const;
+  // The spaces before and after it, in twips.
+  std::pair<std::int32_t, std::int32_t> SpacesOf(const std::vector<Block>& blocks,
+                                                 std::size_t at) const;
   // Neighbouring paragraphs of the same borders and shading stand in one box.
   bool InBox(const ParagraphFormat& format) const;
   // CSS shows the larger of two neighbouring margins; most documents mean their sum.

@@ -86,6 +86,14 @@ std::string FourSides(std::int64_t top, std::int64_t right, std::int64_t bottom,
   return top == right ? text : text + " " + Points(right);
 }
 
+void AddMargin(std::int64_t top, std::int64_t right, std::int64_t bottom, std::int64_t left,
+               Css& css) {
+  const auto shown = [](std::int64_t side) { return std::max<std::int64_t>(0, side); };
+  css.Add("margin", FourSides(shown(top), shown(right), shown(bottom), shown(left)));
+  if (right < 0) css.Add("margin-right", Points(right));
+  if (left < 0) css.Add("margin-left", Points(left));
+}
+
 void AddBorders(const Borders& borders, Css& css) {
   static constexpr std::array<std::string_view, 4> kNames = {"border-top", "border-right",
                                                              "border-bottom", "border-left"};

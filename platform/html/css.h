@@ -31,6 +31,10 @@ std::string FontFamilies(const Font& font);
 std::string BorderValue(const Border& border);
 // The four values of a margin or a padding, shortened where sides are equal.
 std::string FourSides(std::int64_t top, std::int64_t right, std::int64_t bottom, std::int64_t left);
+// Adds a margin. Negative sides come after it, by themselves: mail programs that refuse them keep
+// the others.
+void AddMargin(std::int64_t top, std::int64_t right, std::int64_t bottom, std::int64_t left,
+               Css& css);
 // Adds what differs from no border at all.
 void AddBorders(const Borders& borders, Css& css);
 

@@ -92,6 +92,7 @@ struct ParagraphFormat {
   Colour shading = kAutomatic;
   Borders borders;
   TabStops tabs;
+  std::int32_t style = 0;  // its number in the document
   std::uint16_t list = 0;  // 1-based index into Document::lists, 0 for no list item
   std::uint8_t list_level = 0;
   std::uint8_t heading = 0;  // 1 to 6, 0 for body text
@@ -99,6 +100,7 @@ struct ParagraphFormat {
   LineSpacing line_spacing = LineSpacing::kNormal;
   bool right_to_left = false;
   bool page_break_before = false;
+  bool spaced_from_other_styles_only = false;  // no space beside a paragraph of the same style
 
   // NOLINTNEXTLINE(modernize-use-nullptr): it looks into the comparison that the compiler writes
   friend auto operator<=>(const ParagraphFormat&, const ParagraphFormat&) = default;

@@ -65,9 +65,11 @@ void AddHeaderWords(WordTable& words) {
   add("s", [](Reading& r, const Word& w) {
     if (r.state.destination == Destination::kStyleSheet) {
       r.style.number = w.Or(0);
-    } else if (const auto found = r.heading_styles.find(w.Or(0)); found != r.heading_styles.end()) {
-      r.state.paragraph.heading = found->second;
+      return;
     }
+    r.state.paragraph.style = w.Or(0);
+    if (const auto found = r.heading_styles.find(w.Or(0)); found != r.heading_styles.end())
+      r.state.paragraph.heading = found->second;
   });
 
   add("paperw", SetPage<&PageLayout::width>);

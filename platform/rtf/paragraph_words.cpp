@@ -111,6 +111,8 @@ void AddParagraphWords(WordTable& words) {
   add("fi", [](Reading& r, const Word& w) { r.state.paragraph.first_indent = Indent(w); });
   add("sb", [](Reading& r, const Word& w) { r.state.paragraph.space_before = Indent(w); });
   add("sa", [](Reading& r, const Word& w) { r.state.paragraph.space_after = Indent(w); });
+  add("contextualspace",
+      [](Reading& r, const Word& w) { r.state.paragraph.spaced_from_other_styles_only = w.On(); });
   add("sl", SetLineHeight);
   add("slmult", SetMultipleLineHeight);
   add("tx", AddTabStop);

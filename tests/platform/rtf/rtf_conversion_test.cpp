@@ -125,6 +125,10 @@ TEST(RtfConversion, ParagraphFormats) {
        "<p style=\"margin:0\">a</p><p style=\"margin:0\">b</p><p style=\"margin:0\">c</p>"
        "<p style=\"margin:0\">d</p><p style=\"margin:0;page-break-before:always\">e</p>" +
            Body(R"(\trowd\cellx9\intbl\pagebb f\cell\row)")},
+      {R"(\li-100\sb60\s4\contextualspace\sa40 a\par b\par\s5 c)",
+       "<p style=\"margin:3pt 0 0;margin-left:-5pt\">a</p>"
+       "<p style=\"margin:0 0 2pt;margin-left:-5pt\">b</p>"
+       "<p style=\"margin:5pt 0 2pt;margin-left:-5pt\">c</p>"},
       {R"({\stylesheet{\s3 heading 2;}}\s3 Title\par\pard\plain text and more)",
        "<h2 style=\"margin:0;font-size:12pt;font-weight:normal\">Title</h2>"
        "<p style=\"margin:0\">text and more</p>"},
