@@ -7,7 +7,8 @@
 namespace pxscheduler {
 namespace {
 
-// Groups deeper than this are read, but what they change stays changed after them.
+// Groups deeper than this are read, but what they change stays changed after them, and their
+// destinations are passed over.
 constexpr std::size_t kDeepestSavedGroup = 10'000;
 
 }  // namespace
@@ -44,7 +45,13 @@ Border* Reading::BorderOf(Side side) {
 }
 
 void Reading::Begin(Destination destination) {
-  if (state.destination == Destination::kSkip || unsaved_groups_ > 0) return;
+  if (state.destination == Destination::kSkip) return;
+  if (unsaved_groups_ > 0) {
+    around_skipped_ = state.destination;
+    skipped_group_ = unsaved_groups_;
+    state.destination = Destination::kSkip;
+    return;
+  }
   state.destination = destination;
   state.began_destination = true;
   captured.clear();
@@ -90,7 +97,10 @@ void Reading::StartGroup() {
 
 void Reading::EndGroup() {
   if (unsaved_groups_ > 0) {
-    --unsaved_groups_;
+    if (unsaved_groups_-- == skipped_group_) {
+      state.destination = around_skipped_;
+      skipped_group_ = 0;
+    }
     return;
   }
   if (groups_.empty()) return;

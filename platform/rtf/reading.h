@@ -242,6 +242,8 @@ class Reading {
   WordTable words_;
   std::vector<GroupState> groups_;
   std::size_t unsaved_groups_ = 0;
+  std::size_t skipped_group_ = 0;  // how many of them there were where one began to be passed over
+  Destination around_skipped_ = Destination::kText;
   std::array<RowInProgress, 2> rows_;
   std::string pending_;                // bytes not yet decoded
   std::wstring wide_;                  // the same, decoded

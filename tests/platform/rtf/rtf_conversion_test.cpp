@@ -75,7 +75,8 @@ TEST(RtfConversion, Characters) {
       {R"({\v{\upr{gone}{\*\ud gone}}}{\*\x{\upr{gone}{\*\ud gone}}}{\*\ud kept})",
        "<p style=\"margin:0\">kept</p>"},
       {"a  b\\line  c", "<p style=\"margin:0\">a &nbsp;b<br>&nbsp;c</p>"},
-      {R"({\v hidden}{\*\unknown {gone}}{\known kept}{\header h}{\info{\title t}})",
+      {"{\\v hidden}{\\*\\unknown {gone}}{\\known kept}{\\header h}{\\footerf f}{\\info{\\title t}}"
+       "{\\*\\annotation{\\b a}}",
        "<p style=\"margin:0\">kept</p>"},
       {"x\\tab y", "<p style=\"margin:0\">x" +
                        std::string("&nbsp;&nbsp;&nbsp;&nbsp;&nbsp;&nbsp;"
@@ -108,9 +109,16 @@ TEST(RtfConversion, ParagraphFormats) {
       {R"(\qc\sb120\sa240\li720\fi-360\ri100 x\par\pard y)",
        "<p style=\"margin:6pt 5pt 12pt 36pt;text-indent:-18pt;text-align:center\">x</p>"
        "<p style=\"margin:0\">y</p>"},
-      {R"(\sl360\slmult1 x\par\pard\sl-240 y)",
+      {R"(\qr x\par\qj y\par\ql z)",
+       "<p style=\"margin:0;text-align:right\">x</p><p style=\"margin:0;text-align:justify\">y</p>"
+       "<p style=\"margin:0\">z</p>"},
+      {R"(\sl360\slmult1 x\par\pard\sl-240 y\par\pard\sl300 z)",
        "<p style=\"margin:0;line-height:173%\">x</p>"
-       "<p style=\"margin:0;line-height:12pt;mso-line-height-rule:exactly\">y</p>"},
+       "<p style=\"margin:0;line-height:12pt;mso-line-height-rule:exactly\">y</p>"
+       "<p style=\"margin:0;line-height:15pt\">z</p>"},
+      {R"(\brdrt\brdrdot\brdrw10\brdrcf1\brdrb\brdrdash\shading2500 x)",
+       "<div style=\"border-top:0.5pt dotted #ff0000;border-bottom:0.75pt dashed #000000;"
+       "background-color:#c0c0c0\"><p style=\"margin:0\">x</p></div>"},
       {R"(\box\brdrs\brdrw20\brsp40\cbpat1 a\par b\par\pard c)",
        "<div style=\"border:1pt solid #000000;padding:2pt;background-color:#ff0000\">"
        "<p style=\"margin:0\">a</p><p style=\"margin:0\">b</p></div><p style=\"margin:0\">c</p>"},
@@ -293,6 +301,20 @@ TEST(RtfConversion, Tables) {
        table + "144pt" + font + row + R"(<td colspan="2" style="width:144pt">)" + p("wide") +
            p("&nbsp;") + "</td></tr>" + row + R"(<td rowspan="2" style="width:72pt">)" + p("high") +
            "</td>" + cell + p("b") + "</td></tr>" + row + "<td>" + p("c") + "</td></tr></table>"},
+      {"\\trowd\\trqc\\trgaph0\\trpaddt100\\trpaddb100\\trbrdrb\\brdrs\\brdrw20\\trrh600\\trhdr"
+       "\\clvertalc\\clbrdrt\\brdrdb\\brdrw45\\brdrcf1\\clcbpat2\\cellx1440"
+       "\\clvertalb\\clshdng5000\\cellx2880\\intbl a\\cell b\\cell\\row",
+       "<table cellspacing=\"0\" cellpadding=\"0\" border=\"0\" align=\"center\" "
+       "style=\"border-collapse:collapse;width:144pt" +
+           font + row +
+           "<th style=\"width:72pt;height:30pt;padding:5pt 0;border-top:2.25pt double "
+           "#ff0000;background-color:#0000ff;vertical-align:middle;font-weight:normal;"
+           "text-align:left\">" +
+           p("a") +
+           "</th><th style=\"width:72pt;height:30pt;padding:5pt 0;border-bottom:1pt solid "
+           "#000000;background-color:#808080;vertical-align:bottom;font-weight:normal;"
+           "text-align:left\">" +
+           p("b") + "</th></tr></table>"},
       // Edges that only some rows have.
       {"\\trowd\\trgaph0\\cellx2880\\intbl a\\cell\\row"
        "\\trowd\\trgaph0\\cellx1440\\cellx2885\\intbl b\\cell c\\cell\\row",
@@ -366,6 +388,9 @@ TEST(RtfConversion, ReadsOnWhateverIsWrong) {
   std::string deep = "a";
   for (int i = 0; i < 100'000; ++i) deep += "{\\b{\\i x";
   EXPECT_NE(Plain(deep).find("xxx"), std::string::npos);
+  const std::string groups(100'000, '{');
+  EXPECT_EQ(Plain(groups + R"({\*\unknown {gone}}{{\pict 00}}{\footnote{x}}{\v}\v0 kept)"),
+            "xkept\n");
 }
 
 TEST(RtfConversion, ReadsEveryBeginning) {
