@@ -30,9 +30,7 @@ std::int32_t BlockWriter::OpenItemList(const ParagraphFormat& format) {
   auto& counters = counters_[format.list];
   ++counters.at(format.list_level);
   std::fill(counters.begin() + format.list_level + 1, counters.end(), 0);
-  std::int32_t indent = 0;
-  for (std::size_t i = lists_outside_; i < lists_.size(); ++i) indent += lists_[i].indent;
-  return indent;
+  return lists_.back().first_indent;
 }
 
 void BlockWriter::OpenListOf(const ParagraphFormat& format, const ListLevel& level) {
@@ -45,7 +43,7 @@ void BlockWriter::OpenListOf(const ParagraphFormat& format, const ListLevel& lev
     counters_[format.list] = {};
   const std::int32_t start =
       level.start + (document_.lists[format.list - 1U].counts_on ? counted : 0);
-  lists_.push_back({format.list, format.list_level, indent, numbered});
+  lists_.push_back({format.list, format.list_level, indent, format.left_indent, numbered});
   Css css;
   css.Add("margin", "0");
   css.Add("padding", FourSides(0, 0, 0, indent));

@@ -34,7 +34,8 @@ class BlockWriter {
   struct OpenList {
     std::uint16_t list;
     std::uint8_t level;
-    std::int32_t indent;  // of its text
+    std::int32_t indent;        // of its text, from that of the list around it
+    std::int32_t first_indent;  // what the document says of its first item
     bool numbered;
   };
 
@@ -61,7 +62,8 @@ class BlockWriter {
   void OpenBox(const std::vector<Block>& blocks, std::size_t at);
   void CloseBox();
 
-  // Leaves open the list that an item of this format belongs to, and returns its text's indent.
+  // Leaves open the list that an item of this format belongs to, and returns the indent that the
+  // document gives to the first item there.
   std::int32_t OpenItemList(const ParagraphFormat& format);
   void OpenListOf(const ParagraphFormat& format, const ListLevel& level);
   // Closes lists of the open cell, or of the text outside tables, until `depth` are left.

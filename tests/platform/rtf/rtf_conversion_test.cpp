@@ -269,6 +269,11 @@ TEST(RtfConversion, Lists) {
        "<ol style=\"margin:0;padding:0 0 0 18pt\"><li style=\"margin:0\">a"
        "<ol type=\"a\" start=\"2\" style=\"margin:0;padding:0 0 0 18pt\">"
        "<li style=\"margin:0\">b</li></ol></li><li style=\"margin:0\">c</li></ol>"},
+      // Items without an indent, and one with more than the item before it.
+      {R"({\*\pn\pnlvlblt{\pntxtb\bullet}}a\par\li200 b\par\li0 c)",
+       "<ul style=\"margin:0;padding:0 0 0 12pt;list-style-type:disc\"><li "
+       "style=\"margin:0\">a</li>"
+       "<li style=\"margin:0 0 0 10pt\">b</li><li style=\"margin:0\">c</li></ul>"},
       // A marker that HTML's lists cannot make stays text.
       {R"({\*\pn\pnlvlbody\pndec{\pntxta )}}{\pntext 1) }a)", "<p style=\"margin:0\">1) a</p>"},
   });
