@@ -38,8 +38,7 @@ class TabLineWriter {
     table.Add("border-collapse", "collapse");
     if (line.width > 0) table.Add("width", Points(line.width));
     // Not every mail program hands the font around down to a table.
-    CharacterFormat nothing = around_;
-    nothing.font = 0;
+    CharacterFormat nothing;
     nothing.half_points = 0;
     AddFont(document_, around_, nothing, table);
     html_ += R"(<table cellspacing="0" cellpadding="0" border="0")" + table.Attribute() +

@@ -178,11 +178,10 @@ TEST(RtfConversion, FieldsNotesAndBookmarks) {
 // Stops that blanks cannot stand for make the line one row of cells.
 TEST(RtfConversion, TabStops) {
   const auto row = [](const std::string& width, const std::string& cells,
-                      const std::string& margin = "0") {
+                      const std::string& margin = "0", const std::string& font = "") {
     return "<table cellspacing=\"0\" cellpadding=\"0\" border=\"0\" style=\"margin:" + margin +
-           ";border-collapse:collapse" + width +
-           ";font-family:Arial,sans-serif;font-size:12pt\"><tr valign=\"bottom\">" + cells +
-           "</tr></table>";
+           ";border-collapse:collapse" + width + ";font-family:Arial,sans-serif;font-size:12pt" +
+           font + "\"><tr valign=\"bottom\">" + cells + "</tr></table>";
   };
   const auto table = [&](const std::string& width, const std::string& cells) {
     return row(width, cells) + "</div>";
@@ -218,8 +217,10 @@ TEST(RtfConversion, TabStops) {
            "</div>"},
       {R"({\stylesheet{\s1 heading 1;}}\s1\b\tqr\tx5000\tab Title)",
        R"(<div style="margin:0;font-weight:bold">)" +
-           table(";width:250pt",
-                 R"(<td style="width:250pt;text-align:right;white-space:nowrap">Title</td>)")},
+           row(";width:250pt",
+               R"(<td style="width:250pt;text-align:right;white-space:nowrap">Title</td>)", "0",
+               ";font-weight:bold") +
+           "</div>"},
       {R"(\tqr\tx1000\tqc\tx3000\tab 1\tab two\tab end)",
        div + table("", R"(<td style="width:50pt;text-align:right;white-space:nowrap">1</td>)"
                        R"(<td style="width:85pt">&nbsp;</td>)"
