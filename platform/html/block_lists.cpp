@@ -18,13 +18,14 @@ std::string BulletStyle(const std::wstring& bullet) {
 
 }  // namespace
 
-std::int32_t BlockWriter::OpenItemList(const ParagraphFormat& format) {
+std::int32_t BlockWriter::OpenItemList(const Paragraph& paragraph) {
+  const ParagraphFormat& format = document_.paragraph_formats[paragraph.format];
   while (lists_.size() > lists_outside_ &&
          (lists_.back().list != format.list || lists_.back().level > format.list_level))
     CloseLists(lists_.size() - lists_outside_ - 1);
   const ListLevel& level = document_.lists[format.list - 1U].levels.at(format.list_level);
   if (!(lists_.size() > lists_outside_ && lists_.back().level == format.list_level))
-    OpenListOf(format, level);
+    OpenListOf(paragraph, level);
   else
     html_ += "</li>\n";
   auto& counters = counters_[format.list];
@@ -33,16 +34,18 @@ std::int32_t BlockWriter::OpenItemList(const ParagraphFormat& format) {
   return lists_.back().first_indent;
 }
 
-void BlockWriter::OpenListOf(const ParagraphFormat& format, const ListLevel& level) {
+void BlockWriter::OpenListOf(const Paragraph& paragraph, const ListLevel& level) {
+  const ParagraphFormat& format = document_.paragraph_formats[paragraph.format];
   std::int32_t outside = 0;
   for (std::size_t i = lists_outside_; i < lists_.size(); ++i) outside += lists_[i].indent;
   const bool numbered = level.number_style != 0;
   const std::int32_t indent = std::max(240, format.left_indent - outside);
-  const std::int32_t counted = counters_[format.list].at(format.list_level);
+  auto& counters = counters_[format.list];
+  std::int32_t& counted = counters.at(format.list_level);
   if (lists_.size() == lists_outside_ && !document_.lists[format.list - 1U].counts_on)
-    counters_[format.list] = {};
-  const std::int32_t start =
-      level.start + (document_.lists[format.list - 1U].counts_on ? counted : 0);
+    counters = {};
+  if (paragraph.list_number > 0) counted = paragraph.list_number - level.start;
+  const std::int32_t start = level.start + counted;
   lists_.push_back({format.list, format.list_level, indent, format.left_indent, numbered});
   Css css;
   css.Add("margin", "0");

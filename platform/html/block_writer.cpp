@@ -99,7 +99,7 @@ void BlockWriter::WriteParagraph(const std::vector<Block>& blocks, std::size_t a
   if (format.list > 0) {
     CloseBox();
     before = SpaceBefore(before);
-    left -= OpenItemList(format);
+    left -= OpenItemList(paragraph);
     name = "li";
   } else {
     CloseLists(0);

@@ -64,8 +64,8 @@ class BlockWriter {
 
   // Leaves open the list that an item of this format belongs to, and returns the indent that the
   // document gives to the first item there.
-  std::int32_t OpenItemList(const ParagraphFormat& format);
-  void OpenListOf(const ParagraphFormat& format, const ListLevel& level);
+  std::int32_t OpenItemList(const Paragraph& paragraph);
+  void OpenListOf(const Paragraph& paragraph, const ListLevel& level);
   // Closes lists of the open cell, or of the text outside tables, until `depth` are left.
   void CloseLists(std::size_t depth);
 

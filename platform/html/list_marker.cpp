@@ -34,7 +34,48 @@ std::wstring RomanNumeral(long number) {
   return numeral;
 }
 
+long ValueOfRoman(std::wstring_view numeral) {
+  constexpr std::wstring_view kDigits = L"ivxlcdm";
+  constexpr std::array<long, 7> kValues = {1, 5, 10, 50, 100, 500, 1000};
+  long value = 0;
+  long before = 0;
+  for (const wchar_t letter : numeral) {
+    const std::size_t digit = kDigits.find(letter);
+    if (digit == std::wstring_view::npos) return 0;
+    if (kValues.at(digit) > before) value -= 2 * before;
+    before = kValues.at(digit);
+    value += before;
+  }
+  return value;
+}
+
+long ValueOfDigits(std::wstring_view digits) {
+  long value = 0;
+  for (const wchar_t digit : digits) {
+    if (digit < L'0' || digit > L'9' || value > 1000) return 0;
+    value = value * 10 + (digit - L'0');
+  }
+  return value;
+}
+
 }  // namespace
+
+long NumberOfMarker(std::wstring_view marker, wchar_t style) {
+  constexpr std::size_t kLongest = 15;  // of a Roman numeral up to 3999
+  const std::wstring_view shown = marker.substr(0, marker.find(L'.'));
+  if (shown.empty() || shown.size() > kLongest) return 0;
+  std::wstring small(shown);
+  for (wchar_t& letter : small)
+    if (letter >= L'A' && letter <= L'Z') letter = static_cast<wchar_t>(letter - L'A' + L'a');
+  long value = 0;
+  if (style == L'i' || style == L'I')
+    value = ValueOfRoman(small);
+  else if (style == L'1')
+    value = ValueOfDigits(shown);
+  else if ((style == L'a' || style == L'A') && shown.size() == 1)
+    value = small.front() - L'a' + 1;
+  return value > 0 && value <= 3999 && ListNumber(value, style) == shown ? value : 0;
+}
 
 std::wstring ListNumber(long number, wchar_t style) {
   const bool roman = style == L'i' || style == L'I';

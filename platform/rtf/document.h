@@ -121,6 +121,7 @@ struct Paragraph {
   std::uint32_t mark_format = 0;  // the character format of its end, which sizes an empty one
   std::uint32_t first_run = 0;    // index into Document::runs
   std::uint32_t run_count = 0;
+  std::int32_t list_number = 0;  // that the document shows for an item, 0 where it does not say
 };
 
 enum class VerticalAlignment : std::uint8_t { kTop, kMiddle, kBottom };

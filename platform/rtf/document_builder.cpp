@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/html/list_marker.h"
 #include "platform/rtf/whole_tokens.h"
 
 namespace pxscheduler {
@@ -71,30 +72,34 @@ void DocumentBuilder::EndMarker() { Top().marker_runs = Top().runs.size(); }
 
 bool DocumentBuilder::HasContent() const { return !stories_.back().runs.empty(); }
 
-void DocumentBuilder::DropMarker(Story& story) {
+std::wstring DocumentBuilder::DropMarker(Story& story) {
   std::uint32_t dropped = 0;
   for (std::size_t i = 0; i < story.marker_runs; ++i) dropped += story.runs[i].length;
+  std::wstring marker = story.text.substr(0, dropped);
   story.text.erase(0, dropped);
   story.runs.erase(story.runs.begin(),
                    story.runs.begin() + static_cast<std::ptrdiff_t>(story.marker_runs));
   for (Run& run : story.runs)
     if (run.kind == Run::Kind::kText) run.begin -= dropped;
+  return marker;
 }
 
 void DocumentBuilder::AddParagraph(ParagraphFormat format, const CharacterFormat& mark) {
   Story& story = Top();
   if (format.list > document_.lists.size()) format.list = 0;
+  long list_number = 0;
   if (format.list > 0) {
     format.list_level = std::min<std::uint8_t>(format.list_level, 8);
-    if (document_.lists[format.list - 1U].levels[format.list_level].simple)
-      DropMarker(story);
+    const ListLevel& level = document_.lists[format.list - 1U].levels[format.list_level];
+    if (level.simple)
+      list_number = NumberOfMarker(DropMarker(story), level.number_style);
     else
       format.list = 0;
   }
   MakeTokensWhole(story.text, story.runs);
   const std::uint32_t offset = Index(document_.text.size());
   const Paragraph paragraph{FormatIndex(format), FormatIndex(mark), Index(document_.runs.size()),
-                            Index(story.runs.size())};
+                            Index(story.runs.size()), static_cast<std::int32_t>(list_number)};
   for (Run run : story.runs) {
     if (run.kind == Run::Kind::kText) run.begin += offset;
     document_.runs.push_back(run);

@@ -71,7 +71,8 @@ class DocumentBuilder {
   std::uint32_t FormatIndex(const ParagraphFormat& format);
   void Add(Block::Kind kind, std::size_t index = 0);
   void AddParagraph(ParagraphFormat format, const CharacterFormat& mark);
-  void DropMarker(Story& story);
+  // Returns the text of the marker.
+  std::wstring DropMarker(Story& story);
   // Opens tables, a row and a cell, and closes tables, until `depth` cells are open.
   void OpenCells(int depth);
   void CloseTables(std::size_t depth);

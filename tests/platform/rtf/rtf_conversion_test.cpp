@@ -286,6 +286,17 @@ TEST(RtfConversion, Lists) {
                   R"({\listoverride\listid7{\lfolevel\listoverridestartat\levelstartat5}\ls3}})"
                   R"(\ls1 a\par\ls0 x\par\ls2 b\par\ls3 c\par\ls1 d\par)"),
             "1. a\nx\n2. b\n5. c\n3. d\n");
+  // What a marker shows counts where a list begins.
+  const auto item = [](const std::string& style, const std::string& marker) {
+    return "\\pard{\\pntext " + marker + ".\\tab}{\\*\\pn\\pnlvlbody\\" + style +
+           "{\\pntxta .}}y\\par ";
+  };
+  EXPECT_EQ(Plain(item("pndec", "1") + item("pnlcltr", "a") + item("pndec", "2") +
+                  item("pndec", "3") + item("pnucrm", "XLIV") + item("pnlcltr", "z")),
+            "1. y\na. y\n2. y\n3. y\nXLIV. y\nz. y\n");
+  EXPECT_EQ(Plain(item("pndec", "0") + item("pnlcltr", "1") + item("pnlcrm", "iiii") +
+                  item("pndec", "99999999999")),
+            "1. y\na. y\ni. y\n1. y\n");
 }
 
 TEST(RtfConversion, Tables) {
