@@ -89,6 +89,11 @@ def edit_registry(lines):
     with tempfile.NamedTemporaryFile(suffix=".reg") as file:
         file.write(("\r\n".join(lines) + "\r\n").encode("utf-16"))
         file.flush()
-        subprocess.run([EMULATOR, "regedit", "/S", path_text(file.name)], check=True, timeout=60,
-                       stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
-                       stderr=subprocess.DEVNULL)
+        command = [EMULATOR, "regedit", "/S", path_text(file.name)]
+        # Wine's editor has been seen to fail without a word where it is started beside other programs.
+        for _ in range(3):
+            edited = subprocess.run(command, timeout=60, stdin=subprocess.DEVNULL,
+                                    stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+            if edited.returncode == 0:
+                return
+        edited.check_returncode()
