@@ -3,6 +3,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "app/command_line.h"
 #include "app/run_log.h"
@@ -23,13 +24,51 @@ namespace {
 constexpr wchar_t kUsage[] =
     L"Usage: PXScheduler /U[user name] /Q[saved query name] /S[subject] /F[message body file]";
 
-void LogOutcome(AppendFile& log, const RowOutcome& outcome) {
-  if (outcome.result_code == 0) {
-    WriteLogLine(log, L"Sent: " + outcome.address);
+void LogOutcome(AppendFile& log, const std::wstring& address, std::int16_t result_code) {
+  if (result_code == 0) {
+    WriteLogLine(log, L"Sent: " + address);
   } else {
-    WriteLogLine(log, L"Failed: " + outcome.address);
-    WriteLogLine(log, SmtpErrorText(outcome.result_code));
+    WriteLogLine(log, L"Failed: " + address);
+    WriteLogLine(log, SmtpErrorText(result_code));
   }
+}
+
+// Sends every row its message, in the order of the rows. While the server considers one message,
+// the next is composed; it is not sent before the outcome of the one before is known and logged.
+void SendRows(const Platform& platform, const MessageTemplates& templates, Recordset& result_set,
+              MailComponent& mail, AppendFile* log) {
+  RunProgress progress{.rows = result_set.RecordCount()};
+  const auto row_is_done = [&] {
+    ++progress.rows_done;
+    platform.system.ShowProgress(progress);
+  };
+  std::optional<std::wstring> sent_address;  // whose outcome is not known yet
+  const auto settle = [&] {
+    if (!sent_address) return;
+    const std::wstring address = *std::exchange(sent_address, std::nullopt);
+    const std::int16_t result_code = AwaitResultCode(mail);
+    if (log != nullptr) LogOutcome(*log, address, result_code);
+    ++(result_code == 0 ? progress.sent : progress.failed);
+    row_is_done();
+  };
+  std::wstring last_address;
+  try {
+    for (; !result_set.EndOfFile(); result_set.MoveNext()) {
+      std::optional<std::wstring> address =
+          ComposeRow(platform.regional, platform.ansi, result_set, templates, mail, last_address);
+      if (address) {
+        settle();
+        mail.Send();
+        sent_address = std::move(address);
+      } else {
+        row_is_done();
+      }
+    }
+  } catch (...) {
+    settle();
+    throw;
+  }
+  settle();
 }
 
 // Sends every row of the query its message. `log` is null when the run is not logged.
@@ -46,16 +85,7 @@ void SendMessages(const Platform& platform, const CommandLine& switches, const s
   result_set.Open(sql, connection, Connection::kOptionUnspecified, Connection::kOptionUnspecified,
                   Connection::kOptionUnspecified);
   result_set.SetSort(L"Email");
-  RunProgress progress{.rows = result_set.RecordCount()};
-  std::wstring last_address;
-  for (; !result_set.EndOfFile(); result_set.MoveNext()) {
-    const std::optional<RowOutcome> outcome =
-        SendRow(platform.regional, platform.ansi, result_set, templates, *mail, last_address);
-    if (outcome && log != nullptr) LogOutcome(*log, *outcome);
-    if (outcome) ++(outcome->result_code == 0 ? progress.sent : progress.failed);
-    ++progress.rows_done;
-    platform.system.ShowProgress(progress);
-  }
+  SendRows(platform, templates, result_set, *mail, log);
   result_set.Close();
 }
 

@@ -7,19 +7,10 @@
 #include "platform/value.h"
 
 namespace pxscheduler {
-namespace {
-
-std::int16_t NarrowResultCode(std::int32_t code) {
-  using Limits = std::numeric_limits<std::int16_t>;
-  if (code < Limits::min() || code > Limits::max()) throw Overflow();
-  return static_cast<std::int16_t>(code);
-}
-
-}  // namespace
-
-std::optional<RowOutcome> SendRow(const Regional& regional, const CodePage& ansi,
-                                  const Recordset& result_set, const MessageTemplates& templates,
-                                  MailComponent& mail, std::wstring& last_address) {
+std::optional<std::wstring> ComposeRow(const Regional& regional, const CodePage& ansi,
+                                       const Recordset& result_set,
+                                       const MessageTemplates& templates, MailComponent& mail,
+                                       std::wstring& last_address) {
   std::wstring address = TextOf(regional, result_set.Fields(L"Email"));
   const bool is_marked = IsTrue(result_set.Fields(L"SendEmail"));
   std::wstring lower_address = LowerCase(address);
@@ -36,8 +27,15 @@ std::optional<RowOutcome> SendRow(const Regional& regional, const CodePage& ansi
 
   mail.ResetRecipients(MailComponent::kAllRecipients);
   mail.AddRecipient(FullNameOf(values), address, MailComponent::kRecipientTo);
-  const std::int16_t code = NarrowResultCode(mail.Send());
-  return RowOutcome{std::move(address), code};
+  mail.Compose();
+  return address;
+}
+
+std::int16_t AwaitResultCode(MailComponent& mail) {
+  using Limits = std::numeric_limits<std::int16_t>;
+  const std::int32_t code = mail.AwaitResult();
+  if (code < Limits::min() || code > Limits::max()) throw Overflow();
+  return static_cast<std::int16_t>(code);
 }
 
 }  // namespace pxscheduler

@@ -12,17 +12,16 @@
 
 namespace pxscheduler {
 
-struct RowOutcome {
-  std::wstring address;  // as read from the row
-  std::int16_t result_code;
-};
+// Composes the current row's message in `mail`, to be sent next, and returns its address as read
+// from the row. Nothing for a row that gets no message: one not marked for mail, an address without
+// "@", or the same address without regard to case as `last_address`, which becomes the lower-cased
+// address of every row that gets one. Raises ItemNotFound (3265) for a missing column.
+std::optional<std::wstring> ComposeRow(const Regional& regional, const CodePage& ansi,
+                                       const Recordset& result_set,
+                                       const MessageTemplates& templates, MailComponent& mail,
+                                       std::wstring& last_address);
 
-// Sends the current row's message. Nothing for a row that gets none: one not marked for mail, an
-// address without "@", or the same address without regard to case as `last_address`, which becomes
-// the lower-cased address of every row that is sent. Raises ItemNotFound (3265) for a missing
-// column and Overflow (6) for a result code beyond 16 bits.
-std::optional<RowOutcome> SendRow(const Regional& regional, const CodePage& ansi,
-                                  const Recordset& result_set, const MessageTemplates& templates,
-                                  MailComponent& mail, std::wstring& last_address);
+// The result code of the message that `mail` sent last. Raises Overflow (6) beyond 16 bits.
+std::int16_t AwaitResultCode(MailComponent& mail);
 
 }  // namespace pxscheduler

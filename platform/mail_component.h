@@ -50,8 +50,16 @@ class MailComponent {
   virtual void ResetRecipients(std::int32_t which) = 0;
   virtual void AddRecipient(const std::wstring& display_name, const std::wstring& address,
                             std::int32_t kind) = 0;
-  // 0 when the server took the message, else a code that SmtpErrorText knows. Never raises.
-  virtual std::int32_t Send() = 0;
+
+  // Writes the message out as its texts and recipients are now. Nothing is sent yet, so that a
+  // message can be composed while the server considers the one before. Never raises.
+  virtual void Compose() = 0;
+  // Hands the composed message to the server; returns when all of it has left, or before that where
+  // it has failed. The result of the message before must be known by then. Never raises.
+  virtual void Send() = 0;
+  // Waits for what becomes of the message that was sent: 0 when the server took it, else a code
+  // that SmtpErrorText knows. Never raises.
+  virtual std::int32_t AwaitResult() = 0;
 };
 
 }  // namespace pxscheduler

@@ -209,37 +209,37 @@ SmtpSession::Failure SmtpSession::Authenticate(SaslExchange& exchange, bool& is_
   return std::nullopt;
 }
 
-Delivery SmtpSession::Deliver(const Envelope& envelope, std::string_view wire) {
+Submission SmtpSession::Submit(const Envelope& envelope, std::string_view wire) {
   if (!extensions_.international || !extensions_.eight_bit) {
     if (!envelope.sender_is_ascii) {
-      return {.outcome = SendOutcome::kSenderRefused};
+      return {.failure = SendOutcome::kSenderRefused};
     }
     if (!envelope.recipients_are_ascii) {
-      return {.outcome = SendOutcome::kRecipientRefused};
+      return {.failure = SendOutcome::kRecipientRefused};
     }
   }
   if (extensions_.largest_message > 0 && wire.size() > extensions_.largest_message) {
-    return {.outcome = SendOutcome::kMessageRefused};
+    return {.failure = SendOutcome::kMessageRefused};
   }
   WriteCommands(envelope, wire.size());
   const Progress progress = SendCommands();
   if (!progress.failure) {
-    return {.outcome = SendMessage(wire)};
+    return {.failure = SendMessage(wire)};
   }
   return Fail(progress);
 }
 
-Delivery SmtpSession::Fail(const Progress& progress) {
+Submission SmtpSession::Fail(const Progress& progress) {
   RecoverFrom(progress);
   const SendOutcome outcome = *progress.failure;
   if (progress.sender_accepted ||
       (outcome != SendOutcome::kConnectionBroken && outcome != SendOutcome::kSenderRefused)) {
-    return {.outcome = outcome};
+    return {.failure = outcome};
   }
   if (has_accepted_sender_) {
     (void)Close(outcome);
   }
-  return {.outcome = outcome, .may_try_again = state_ == State::kClosed};
+  return {.failure = outcome, .may_try_again = state_ == State::kClosed};
 }
 
 void SmtpSession::WriteCommands(const Envelope& envelope, std::size_t message_size) {
@@ -352,7 +352,7 @@ void SmtpSession::RecoverFrom(const Progress& progress) {
   }
 }
 
-SendOutcome SmtpSession::SendMessage(std::string_view wire) {
+SmtpSession::Failure SmtpSession::SendMessage(std::string_view wire) {
   needs_reset_ = false;
   const IoResult sent = transport_->Send(wire, After(settings_.timeouts.data));
   if (sent != IoResult::kDone) {
@@ -361,10 +361,14 @@ SendOutcome SmtpSession::SendMessage(std::string_view wire) {
         reader_.Read(*transport_, After(std::min(kLastWords, settings_.timeouts.reply)), reply_) ==
             ReadResult::kReply &&
         reply_.IsRefusal();
-    return *Close(refused                       ? SendOutcome::kMessageRefused
-                  : sent == IoResult::kTimedOut ? SendOutcome::kReplyTimedOut
-                                                : SendOutcome::kConnectionBroken);
+    return Close(refused                       ? SendOutcome::kMessageRefused
+                 : sent == IoResult::kTimedOut ? SendOutcome::kReplyTimedOut
+                                               : SendOutcome::kConnectionBroken);
   }
+  return std::nullopt;
+}
+
+SendOutcome SmtpSession::AwaitAcceptance() {
   if (const Failure failure = ReadReply(settings_.timeouts.acceptance)) {
     return *failure;
   }

@@ -38,8 +38,9 @@ struct Envelope {
   bool recipients_are_ascii = true;
 };
 
-struct Delivery {
-  SendOutcome outcome = SendOutcome::kDelivered;
+struct Submission {
+  // Nothing where the whole message has left: what the server makes of it, AwaitAcceptance tells.
+  std::optional<SendOutcome> failure;
   // The connection ended before the server accepted the sender, or the server no longer accepts the
   // sender that it did accept before (it may count the messages of a connection). The session is
   // closed, and on a new one the message may be tried again without any risk that it arrives twice.
@@ -64,7 +65,9 @@ class SmtpSession {
 
   // Hands over one message. `wire` is the message with its full stops doubled and the final one.
   // Once any of it may have left, the message must not be handed over again, whatever the outcome.
-  Delivery Deliver(const Envelope& envelope, std::string_view wire);
+  Submission Submit(const Envelope& envelope, std::string_view wire);
+  // Waits for the reply to a message that was submitted without a failure, before the next one.
+  SendOutcome AwaitAcceptance();
 
   State CurrentState() const { return state_; }
 
@@ -97,9 +100,9 @@ class SmtpSession {
   void WriteCommands(const Envelope& envelope, std::size_t message_size);
   Progress SendCommands();
   void Judge(const Step& step, Progress& progress);
-  Delivery Fail(const Progress& progress);
+  Submission Fail(const Progress& progress);
   void RecoverFrom(const Progress& progress);
-  SendOutcome SendMessage(std::string_view wire);
+  Failure SendMessage(std::string_view wire);
 
   Failure Send(std::string_view bytes, std::chrono::milliseconds time);
   Failure ReadReply(std::chrono::milliseconds time);

@@ -38,6 +38,18 @@ std::string ResolvableHost(std::wstring_view host) {
   return AsciiDomain(host).value_or("");
 }
 
+// Nothing that is thrown leaves the component.
+template <typename Step>
+std::optional<SendOutcome> OutcomeOf(const Step& step) {
+  try {
+    return step();
+  } catch (const std::bad_alloc&) {
+    return SendOutcome::kOutOfMemory;
+  } catch (...) {
+    return SendOutcome::kOtherError;
+  }
+}
+
 }  // namespace
 
 SmtpMailComponent::SmtpMailComponent(const System& system, const CodePages& code_pages,
@@ -149,20 +161,34 @@ void SmtpMailComponent::AddRecipient(const std::wstring& display_name, const std
   }
 }
 
-std::int32_t SmtpMailComponent::Send() {
-  SendOutcome outcome = SendOutcome::kOtherError;
-  try {
-    outcome = Deliver();
-  } catch (const std::bad_alloc&) {
-    outcome = SendOutcome::kOutOfMemory;
-    session_.reset();
-  } catch (...) {
-    session_.reset();
-  }
-  return ResultCode(outcome);
+void SmtpMailComponent::Compose() {
+  composing_ = *OutcomeOf([this] {
+    composer_.Compose({.recipients = recipients_,
+                       .subject = subject_,
+                       .date = system_.Now(),
+                       .message_id = identifiers_.Next(),
+                       .body = body_,
+                       .alternative = alternative_},
+                      wire_);
+    return SendOutcome::kDelivered;
+  });
 }
 
-SendOutcome SmtpMailComponent::Deliver() {
+void SmtpMailComponent::Send() {
+  sending_ = OutcomeOf([this] { return HandOver(); });
+  DropClosedSession();
+}
+
+std::int32_t SmtpMailComponent::AwaitResult() {
+  if (!sending_) {
+    sending_ = OutcomeOf([this] { return session_->AwaitAcceptance(); });
+    DropClosedSession();
+  }
+  return ResultCode(*sending_);
+}
+
+// Nothing where the server has the whole message and considers it.
+std::optional<SendOutcome> SmtpMailComponent::HandOver() {
   if (host_.empty()) {
     return SendOutcome::kNoServer;
   }
@@ -172,6 +198,9 @@ SendOutcome SmtpMailComponent::Deliver() {
   if (recipients_.empty() || has_malformed_recipient_) {
     return SendOutcome::kRecipientRefused;
   }
+  if (composing_ != SendOutcome::kDelivered) {
+    return composing_;
+  }
   const bool is_kept = session_ != nullptr;
   if (!is_kept) {
     const SendOutcome opened = OpenSession();
@@ -179,26 +208,25 @@ SendOutcome SmtpMailComponent::Deliver() {
       return opened;
     }
   }
-  composer_.Compose({.recipients = recipients_,
-                     .subject = subject_,
-                     .date = system_.Now(),
-                     .message_id = identifiers_.Next(),
-                     .body = body_,
-                     .alternative = alternative_},
-                    wire_);
   const Envelope envelope = MakeEnvelope();
-  Delivery delivery = session_->Deliver(envelope, wire_.View());
-  if (delivery.may_try_again && is_kept) {
+  Submission submission = session_->Submit(envelope, wire_.View());
+  if (submission.may_try_again && is_kept) {
     const SendOutcome opened = OpenSession();
     if (opened != SendOutcome::kDelivered) {
       return opened;
     }
-    delivery = session_->Deliver(envelope, wire_.View());
+    submission = session_->Submit(envelope, wire_.View());
   }
-  if (session_->CurrentState() == SmtpSession::State::kClosed) {
+  return submission.failure;
+}
+
+// A session is of no more use once it is closed, or where what was thrown left it in mid-dialogue.
+void SmtpMailComponent::DropClosedSession() {
+  const bool was_thrown =
+      sending_ == SendOutcome::kOutOfMemory || sending_ == SendOutcome::kOtherError;
+  if (session_ && (was_thrown || session_->CurrentState() == SmtpSession::State::kClosed)) {
     session_.reset();
   }
-  return delivery.outcome;
 }
 
 SendOutcome SmtpMailComponent::OpenSession() {
@@ -228,7 +256,12 @@ Envelope SmtpMailComponent::MakeEnvelope() const {
   return envelope;
 }
 
-void SmtpMailComponent::EndSession() { session_.reset(); }
+void SmtpMailComponent::EndSession() {
+  if (!sending_) {
+    sending_ = SendOutcome::kConnectionBroken;
+  }
+  session_.reset();
+}
 
 std::unique_ptr<MailComponent> NewSmtpMailComponent(const System& system,
                                                     const CodePages& code_pages,

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -55,12 +56,15 @@ class SmtpMailComponent : public MailComponent {
   void ResetRecipients(std::int32_t which) override;
   void AddRecipient(const std::wstring& display_name, const std::wstring& address,
                     std::int32_t kind) override;
-  std::int32_t Send() override;
+  void Compose() override;
+  void Send() override;
+  std::int32_t AwaitResult() override;
 
  private:
-  SendOutcome Deliver();
+  std::optional<SendOutcome> HandOver();
   SendOutcome OpenSession();
   Envelope MakeEnvelope() const;
+  void DropClosedSession();
   void EndSession();
 
   const System& system_;
@@ -82,8 +86,11 @@ class SmtpMailComponent : public MailComponent {
 
   MessageComposer composer_;
   MessageIdentifiers identifiers_;
-  ByteBuffer wire_;
+  ByteBuffer wire_;                                   // the composed message
+  SendOutcome composing_ = SendOutcome::kOtherError;  // kDelivered where there is one to send
   std::unique_ptr<SmtpSession> session_;
+  // Of the message that was sent; nothing while the server considers it.
+  std::optional<SendOutcome> sending_ = SendOutcome::kOtherError;
 };
 
 // The component as a run uses it: over the machine's sockets, with the usual time-outs.

@@ -23,15 +23,16 @@ class MessageSending : public testing::Test {
     row[L"FullName"] = L"Ann \u0141";
     rows_.rows.push_back(std::move(row));
   }
-  // The addresses that got a message, in order.
-  std::vector<std::wstring> SendAll() {
-    std::vector<std::wstring> sent;
+  // The addresses that get a message, in order.
+  std::vector<std::wstring> ComposeAll() {
+    std::vector<std::wstring> composed;
     std::wstring last_address;
     for (; !rows_.EndOfFile(); rows_.MoveNext()) {
-      if (auto outcome = SendRow(EnglishRegional(), ansi_, rows_, templates_, mail_, last_address))
-        sent.push_back(outcome->address);
+      if (auto address =
+              ComposeRow(EnglishRegional(), ansi_, rows_, templates_, mail_, last_address))
+        composed.push_back(*std::move(address));
     }
-    return sent;
+    return composed;
   }
 
   Latin1CodePage ansi_;
@@ -52,38 +53,35 @@ TEST_F(MessageSending, OneMessagePerMarkedAddress) {
   AddRow(L"ann@EXAMPLE.org", std::int64_t{1});
   AddRow(L" ann@example.org", std::int64_t{-1});
   AddRow(L"bob@example.org", L"True");
-  EXPECT_THAT(SendAll(), ElementsAre(L"ANN@example.org", L" ann@example.org", L"bob@example.org"));
+  EXPECT_THAT(ComposeAll(),
+              ElementsAre(L"ANN@example.org", L" ann@example.org", L"bob@example.org"));
 }
 
 TEST_F(MessageSending, TheMessageGoesToTheRowAlone) {
   AddRow(L"Ann@example.org", true);
-  SendAll();
-  EXPECT_THAT(mail_.calls, ElementsAre(L"reset 1", L"to Ann \u0141 <Ann@example.org> 1", L"send"));
+  ComposeAll();
+  EXPECT_THAT(mail_.calls,
+              ElementsAre(L"reset 1", L"to Ann \u0141 <Ann@example.org> 1", L"compose"));
   EXPECT_EQ(mail_.subject, L"To Ann ?");
   EXPECT_EQ(mail_.body, L"Ann@example.org");
   EXPECT_EQ(mail_.alternative, L"plain Ann@example.org");
 }
 
 TEST_F(MessageSending, ResultCodesAreSixteenBitsWide) {
-  AddRow(L"ann@example.org", true);
-  std::wstring last_address;
   mail_.result = -32768;
-  EXPECT_EQ(SendRow(EnglishRegional(), ansi_, rows_, templates_, mail_, last_address)->result_code,
-            -32768);
-  last_address.clear();
+  EXPECT_EQ(AwaitResultCode(mail_), -32768);
   mail_.result = 32768;
-  EXPECT_THROW(SendRow(EnglishRegional(), ansi_, rows_, templates_, mail_, last_address),
-               RuntimeError);
+  EXPECT_THROW(AwaitResultCode(mail_), RuntimeError);
 }
 
 TEST_F(MessageSending, EveryColumnMustBeThere) {
   AddRow(L"not marked", false);
   rows_.rows[0].erase(L"LastDate");
-  EXPECT_TRUE(SendAll().empty());
+  EXPECT_TRUE(ComposeAll().empty());
   rows_.current = 0;
   rows_.rows[0][L"SendEmail"] = true;
   rows_.rows[0][L"Email"] = L"a@b";
-  EXPECT_THROW(SendAll(), RuntimeError);
+  EXPECT_THROW(ComposeAll(), RuntimeError);
 }
 
 }  // namespace

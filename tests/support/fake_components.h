@@ -77,7 +77,7 @@ class FakeRecordset : public Recordset {
   int closed = 0;
 };
 
-// Records every call in order; Send() returns `result`.
+// Records every call in order; AwaitResult() returns `result`.
 class FakeMailComponent : public MailComponent {
  public:
   void SetServerHost(const std::wstring& host) override { calls.push_back(L"host " + host); }
@@ -122,8 +122,10 @@ class FakeMailComponent : public MailComponent {
                     std::int32_t kind) override {
     calls.push_back(L"to " + display_name + L" <" + address + L"> " + std::to_wstring(kind));
   }
-  std::int32_t Send() override {
-    calls.emplace_back(L"send");
+  void Compose() override { calls.emplace_back(L"compose"); }
+  void Send() override { calls.emplace_back(L"send"); }
+  std::int32_t AwaitResult() override {
+    calls.emplace_back(L"await");
     return result;
   }
 

@@ -69,7 +69,9 @@ TestMail::TestMail(int port, std::chrono::milliseconds longest, std::unique_ptr<
 std::int32_t TestMail::SendTo(const std::wstring& address) {
   component_->ResetRecipients(MailComponent::kAllRecipients);
   component_->AddRecipient(L"Ann Smith", address, MailComponent::kRecipientTo);
-  return component_->Send();
+  component_->Compose();
+  component_->Send();
+  return component_->AwaitResult();
 }
 
 }  // namespace pxscheduler
