@@ -7,8 +7,6 @@
 namespace pxscheduler {
 namespace {
 
-constexpr char32_t kReplacement = 0xFFFD;
-
 void AppendWide(char32_t code_point, std::wstring& out) {
   if (sizeof(wchar_t) == 2 && code_point >= 0x10000) {
     out += static_cast<wchar_t>(0xD800 + ((code_point - 0x10000) >> 10));
@@ -34,12 +32,12 @@ Sequence ReadSequence(std::string_view bytes) {
                              : lead < 0xF0 ? 3
                              : lead < 0xF5 ? 4
                                            : 0;
-  if (length == 0) return {kReplacement, 1};
+  if (length == 0) return {kReplacementCharacter, 1};
   char32_t code_point = lead & (0x7FU >> length);
   for (std::size_t i = 1; i < length; ++i) {
     const unsigned char lowest = i > 1 ? 0x80 : lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
     const unsigned char highest = i > 1 ? 0xBF : lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
-    if (i >= bytes.size() || at(i) < lowest || at(i) > highest) return {kReplacement, i};
+    if (i >= bytes.size() || at(i) < lowest || at(i) > highest) return {kReplacementCharacter, i};
     code_point = code_point << 6 | (at(i) & 0x3F);
   }
   return {code_point, length};

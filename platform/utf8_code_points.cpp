@@ -4,8 +4,6 @@ namespace pxscheduler {
 
 namespace {
 
-constexpr char32_t kReplacement = 0xFFFD;
-
 bool IsHighSurrogate(char32_t unit) { return unit >= 0xD800 && unit <= 0xDBFF; }
 bool IsLowSurrogate(char32_t unit) { return unit >= 0xDC00 && unit <= 0xDFFF; }
 
@@ -23,7 +21,7 @@ char32_t NextCodePoint(std::wstring_view text, std::size_t& position) {
     }
   }
   const bool valid = !IsHighSurrogate(unit) && !IsLowSurrogate(unit) && unit <= 0x10FFFF;
-  return valid ? unit : kReplacement;
+  return valid ? unit : kReplacementCharacter;
 }
 
 Utf8Bytes EncodeUtf8(char32_t code_point) {

@@ -10,10 +10,10 @@
 namespace pxscheduler {
 namespace {
 
-constexpr char kNull = 1;
-constexpr char kNumber = 2;
-constexpr char kDate = 3;
-constexpr char kText = 4;
+constexpr char kNullRank = 1;
+constexpr char kNumberRank = 2;
+constexpr char kDateRank = 3;
+constexpr char kTextRank = 4;
 
 constexpr char kNegative = 1;
 constexpr char kZero = 2;
@@ -57,10 +57,10 @@ bool IsAscii(std::string_view text) {
 
 }  // namespace
 
-void AppendNullKey(std::string& out) { out += kNull; }
+void AppendNullKey(std::string& out) { out += kNullRank; }
 
 void AppendNumberKey(std::string_view number, std::string& out) {
-  out += kNumber;
+  out += kNumberRank;
   const bool is_negative = number.starts_with('-');
   if (is_negative) number.remove_prefix(1);
   const bool is_infinite = number.starts_with('i');
@@ -82,14 +82,14 @@ void AppendNumberKey(std::string_view number, std::string& out) {
 }
 
 void AppendDateKey(const DateTime& value, std::string& out) {
-  out += kDate;
+  out += kDateRank;
   const std::int64_t seconds =
       std::chrono::seconds{value.date.time_since_epoch()}.count() + value.time_of_day.count();
   AppendBigEndian(static_cast<std::uint64_t>(seconds) ^ (std::uint64_t{1} << 63U), out);
 }
 
 void AppendTextKey(std::string_view utf8, std::string& out) {
-  out += kText;
+  out += kTextRank;
   if (!IsAscii(utf8)) {
     AppendUtf8(LowerCase(FromUtf8(utf8)), out);
     return;

@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "platform/code_page.h"
+#include "platform/hexadecimal.h"
 
 namespace pxscheduler {
 
@@ -35,9 +36,8 @@ std::string Pixels(std::int64_t twips) {
 }
 
 std::string ColourName(Colour colour) {
-  static constexpr std::string_view kDigits = "0123456789abcdef";
   std::string name = "#";
-  for (int shift = 20; shift >= 0; shift -= 4) name += kDigits[colour >> shift & 0xF];
+  for (int shift = 20; shift >= 0; shift -= 4) name += kSmallHexDigits[colour >> shift & 0xF];
   return name;
 }
 

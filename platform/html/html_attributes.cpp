@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "platform/html/link_text.h"
+
 namespace pxscheduler {
 namespace {
 
@@ -9,13 +11,6 @@ constexpr std::wstring_view kBlanks = L" \t\r\n\f";
 
 bool IsLetter(wchar_t character) {
   return (character >= L'a' && character <= L'z') || (character >= L'A' && character <= L'Z');
-}
-
-std::wstring Lowered(std::wstring_view text) {
-  std::wstring lowered(text);
-  for (wchar_t& letter : lowered)
-    if (letter >= L'A' && letter <= L'Z') letter = static_cast<wchar_t>(letter | 0x20);
-  return lowered;
 }
 
 // Reads tags and copies the document, with values replaced.

@@ -9,6 +9,7 @@
 
 #include "platform/base64.h"
 #include "platform/code_page.h"
+#include "platform/hexadecimal.h"
 #include "platform/html/bracket_token.h"
 #include "platform/html/html_attributes.h"
 #include "platform/html/named_file.h"
@@ -52,7 +53,7 @@ std::string Hash(std::string_view bytes) {  // FNV-1a, 64 bits
   for (const char byte : bytes)
     hash = (hash ^ static_cast<unsigned char>(byte)) * std::uint64_t{1099511628211};
   std::string digits;
-  for (int shift = 60; shift >= 0; shift -= 4) digits += "0123456789abcdef"[hash >> shift & 0xF];
+  for (int shift = 60; shift >= 0; shift -= 4) digits += kSmallHexDigits[hash >> shift & 0xF];
   return digits;
 }
 

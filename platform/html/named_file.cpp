@@ -5,24 +5,19 @@
 #include <vector>
 
 #include "platform/code_page.h"
+#include "platform/hexadecimal.h"
 
 namespace pxscheduler {
 namespace {
-
-int HexDigit(wchar_t digit) {
-  if (digit >= L'0' && digit <= L'9') return digit - L'0';
-  if (digit >= L'a' && digit <= L'f') return digit - L'a' + 10;
-  return digit >= L'A' && digit <= L'F' ? digit - L'A' + 10 : -1;
-}
 
 // Without percent-encoding and the entity of "&".
 std::wstring Decoded(std::wstring_view address) {
   std::string bytes;
   while (!address.empty()) {
     std::size_t length = std::min(address.find_first_of(L"%&", 1), address.size());
-    if (address.size() > 2 && address[0] == L'%' && HexDigit(address[1]) >= 0 &&
-        HexDigit(address[2]) >= 0) {
-      bytes += static_cast<char>(HexDigit(address[1]) * 16 + HexDigit(address[2]));
+    if (address.size() > 2 && address[0] == L'%' && HexDigitValue(address[1]) >= 0 &&
+        HexDigitValue(address[2]) >= 0) {
+      bytes += static_cast<char>(HexDigitValue(address[1]) * 16 + HexDigitValue(address[2]));
       length = 3;
     } else if (address.starts_with(L"&amp;")) {
       bytes += '&';

@@ -12,7 +12,7 @@ namespace {
 struct ContextCloser {
   void operator()(EVP_CIPHER_CTX* context) const { EVP_CIPHER_CTX_free(context); }
 };
-using Context = std::unique_ptr<EVP_CIPHER_CTX, ContextCloser>;
+using CipherContext = std::unique_ptr<EVP_CIPHER_CTX, ContextCloser>;
 
 unsigned char* BytesOf(std::string& text) { return reinterpret_cast<unsigned char*>(text.data()); }
 const unsigned char* BytesOf(std::string_view text) {
@@ -27,7 +27,7 @@ bool AesGcm::Seal(Key key, std::string_view nonce, std::string_view clear_text,
                   std::string& sealed) {
   sealed.assign(clear_text.size() + kTagBytes, '\0');
   unsigned char* const tag = BytesOf(sealed) + clear_text.size();
-  const Context context(EVP_CIPHER_CTX_new());
+  const CipherContext context(EVP_CIPHER_CTX_new());
   int written = 0;
   return context != nullptr &&
          EVP_EncryptInit_ex(context.get(), EVP_aes_256_gcm(), nullptr, key.data(),
@@ -43,7 +43,7 @@ bool AesGcm::Open(Key key, std::string_view nonce, std::string_view sealed,
   const std::size_t length = sealed.size() - kTagBytes;
   std::string tag(sealed.substr(length));
   clear_text.assign(length + 1, '\0');  // the cipher asks for a place even for no bytes
-  const Context context(EVP_CIPHER_CTX_new());
+  const CipherContext context(EVP_CIPHER_CTX_new());
   int written = 0;
   const bool done =
       context != nullptr &&

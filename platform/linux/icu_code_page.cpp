@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "platform/runtime_error.h"
+#include "platform/utf8_code_points.h"
 
 namespace pxscheduler {
 namespace {
@@ -21,8 +22,6 @@ static_assert(sizeof(wchar_t) == 4, "one element of wide text is one character")
 
 constexpr std::size_t kBasicPlane = 0x10000;
 constexpr std::size_t kBlockLength = 16;
-constexpr char32_t kReplacement = 0xFFFD;
-
 struct ConverterCloser {
   void operator()(UConverter* converter) const { ucnv_close(converter); }
 };
@@ -68,7 +67,7 @@ class Utf8CodePage : public CodePage {
   std::string ToBytes(std::wstring_view text) const override { return ToUtf8(text); }
   std::wstring FromBytes(std::string_view bytes) const override { return FromUtf8(bytes); }
   std::wstring RoundTrip(std::wstring_view text) const override {
-    return KeepSurvivors(text, 0x8000, wchar_t{kReplacement},
+    return KeepSurvivors(text, 0x8000, wchar_t{kReplacementCharacter},
                          [](char32_t c) { return c < 0xD800 || (c >= 0xE000 && c <= 0x10FFFF); });
   }
 };
@@ -83,7 +82,7 @@ class SingleByteCodePage : public CodePage {
     for (std::size_t byte = 0; byte < characters.size(); ++byte) {
       const auto character = static_cast<char32_t>(characters[byte]);
       // The lower byte where two stand for one character.
-      if (character != kReplacement && bytes_[character] == 0) {
+      if (character != kReplacementCharacter && bytes_[character] == 0) {
         bytes_[character] = static_cast<unsigned char>(byte);
       }
     }
@@ -223,7 +222,7 @@ void SubstituteReplacement(const void* /*context*/, UConverterToUnicodeArgs* arg
                            UConverterCallbackReason reason, UErrorCode* error) {
   if (reason > UCNV_IRREGULAR) return;  // no bytes, but a reset or the end
   *error = U_ZERO_ERROR;
-  const UChar replacement = kReplacement;
+  const UChar replacement = kReplacementCharacter;
   ucnv_cbToUWriteUChars(arguments, &replacement, 1, 0, error);
 }
 
@@ -247,7 +246,7 @@ ByteMeanings MeaningsOf(UConverter* converter) {
     const std::int32_t length = ucnv_toUChars(
         converter, target.data(), static_cast<std::int32_t>(target.size()), &source, 1, &error);
     const bool defined = U_SUCCESS(error) && length == 1;
-    meanings[byte] = static_cast<wchar_t>(defined ? target[0] : kReplacement);
+    meanings[byte] = static_cast<wchar_t>(defined ? target[0] : kReplacementCharacter);
   }
   return meanings;
 }

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 
+#include "platform/hexadecimal.h"
 #include "platform/letter_case.h"
 #include "platform/linux/export_lines.h"
 #include "platform/linux/native_text.h"
@@ -30,20 +31,13 @@ bool TakePrefixWithoutCase(std::wstring_view& text, std::wstring_view lower_pref
 }
 
 // -1 where it is no digit of a hexadecimal number.
-int HexDigit(wchar_t c) {
-  if (c >= L'0' && c <= L'9') return static_cast<int>(c - L'0');
-  if (c >= L'a' && c <= L'f') return static_cast<int>(c - L'a') + 10;
-  if (c >= L'A' && c <= L'F') return static_cast<int>(c - L'A') + 10;
-  return -1;
-}
-
 // The hexadecimal number that the text begins with; nothing where it has no digit or too many.
 std::optional<std::uint32_t> TakeHexNumber(std::wstring_view& text, std::size_t most_digits) {
   std::uint32_t number = 0;
   std::size_t digits = 0;
-  for (; !text.empty() && HexDigit(text[0]) >= 0; text.remove_prefix(1)) {
+  for (; !text.empty() && HexDigitValue(text[0]) >= 0; text.remove_prefix(1)) {
     if (++digits > most_digits) return std::nullopt;
-    number = number << 4 | static_cast<std::uint32_t>(HexDigit(text[0]));
+    number = number << 4 | static_cast<std::uint32_t>(HexDigitValue(text[0]));
   }
   if (digits == 0) return std::nullopt;
   return number;

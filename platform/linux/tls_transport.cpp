@@ -44,7 +44,7 @@ long ControlCarrier(BIO* /*bio*/, int command, long /*number*/, void* /*pointer*
 }
 
 using BioMethod = std::unique_ptr<BIO_METHOD, decltype(&BIO_meth_free)>;
-using Context = std::unique_ptr<SSL_CTX, decltype(&SSL_CTX_free)>;
+using TlsContext = std::unique_ptr<SSL_CTX, decltype(&SSL_CTX_free)>;
 using Connection = std::unique_ptr<SSL, decltype(&SSL_free)>;
 
 class TlsTransport : public Transport {
@@ -145,7 +145,7 @@ class TlsTransport : public Transport {
 
   Carrier carrier_;
   BioMethod method_;
-  Context context_;
+  TlsContext context_;
   Connection connection_;
   bool is_open_ = false;
 };

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "platform/base64.h"
+#include "platform/hexadecimal.h"
 #include "platform/utf8_code_points.h"
 
 namespace pxscheduler {
@@ -15,7 +16,6 @@ constexpr std::size_t kEncodedLineLength = 76;  // RFC 2047 section 2, which lim
 constexpr std::string_view kWordStart = "=?utf-8?";
 constexpr std::size_t kWordOverhead = 12;  // "=?utf-8?Q?" and "?="
 constexpr std::string_view kFold = "\r\n ";
-constexpr char kHexDigits[] = "0123456789ABCDEF";
 
 bool IsControl(wchar_t unit) {
   const auto code = static_cast<char32_t>(unit);
@@ -77,8 +77,8 @@ std::string QEncoded(std::string_view bytes) {
       text += '_';
     } else {
       text += '=';
-      text += kHexDigits[static_cast<unsigned char>(byte) >> 4];
-      text += kHexDigits[static_cast<unsigned char>(byte) & 0xF];
+      text += kCapitalHexDigits[static_cast<unsigned char>(byte) >> 4];
+      text += kCapitalHexDigits[static_cast<unsigned char>(byte) & 0xF];
     }
   }
   return text;

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "platform/hexadecimal.h"
 #include "platform/utf8_code_points.h"
 
 namespace pxscheduler {
@@ -14,7 +15,6 @@ constexpr std::size_t kBlock = 16;
 // What one step of the encoder can write at most: a block, or four bytes, each as "=XX", with a
 // soft line break and a doubled full stop.
 constexpr std::size_t kStepRoom = 64;
-constexpr char kHexDigits[] = "0123456789ABCDEF";
 
 bool IsPlain(wchar_t unit) {
   return static_cast<std::uint32_t>(unit) - 0x20U <= 0x7EU - 0x20U && unit != L'=';
@@ -97,8 +97,8 @@ class Encoder {
 
   void PutHex(unsigned char byte) {
     *cursor_++ = '=';
-    *cursor_++ = kHexDigits[byte >> 4];
-    *cursor_++ = kHexDigits[byte & 0xF];
+    *cursor_++ = kCapitalHexDigits[byte >> 4];
+    *cursor_++ = kCapitalHexDigits[byte & 0xF];
     column_ += 3;
   }
 

@@ -6,8 +6,6 @@
 namespace pxscheduler {
 namespace {
 
-constexpr char32_t kReplacement = 0xFFFD;
-
 bool IsSurrogate(char32_t unit) { return unit >= 0xD800 && unit <= 0xDFFF; }
 bool IsHighSurrogate(char32_t unit) { return unit >= 0xD800 && unit <= 0xDBFF; }
 bool IsLowSurrogate(char32_t unit) { return unit >= 0xDC00 && unit <= 0xDFFF; }
@@ -17,7 +15,8 @@ char32_t NextCharacter(std::span<const SQLWCHAR>& text) {
   const char32_t unit = text.front();
   text = text.subspan(1);
   if (!IsSurrogate(unit)) return unit;
-  if (!IsHighSurrogate(unit) || text.empty() || !IsLowSurrogate(text.front())) return kReplacement;
+  if (!IsHighSurrogate(unit) || text.empty() || !IsLowSurrogate(text.front()))
+    return kReplacementCharacter;
   const char32_t low = text.front();
   text = text.subspan(1);
   return 0x10000 + ((unit - 0xD800) << 10) + (low - 0xDC00);

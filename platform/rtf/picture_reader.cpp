@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <utility>
 
+#include "platform/hexadecimal.h"
 #include "platform/picture_cropping.h"
 #include "platform/rtf/dib_picture.h"
 
@@ -11,12 +12,6 @@ namespace pxscheduler {
 namespace {
 
 constexpr std::int32_t kTwipsPerPixel = 15;  // at 96 pixels an inch
-
-int HexDigit(char character) {
-  if (character >= '0' && character <= '9') return character - '0';
-  const char lowered = static_cast<char>(character | 0x20);
-  return lowered >= 'a' && lowered <= 'f' ? lowered - 'a' + 10 : -1;
-}
 
 // The length of a side of the whole picture before scaling, in twips; 0 where the document does not
 // say.
@@ -75,7 +70,7 @@ bool CropBytes(std::string& bytes, bool is_dib, PictureCropping& cropping) {
 void PictureInProgress::AppendHex(std::string_view digits) {
   if (too_large) return;
   for (const char character : digits) {
-    const int digit = HexDigit(character);
+    const int digit = HexDigitValue(character);
     if (digit < 0) continue;
     if (half_byte < 0) {
       half_byte = digit;

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "platform/hexadecimal.h"
+
 namespace pxscheduler {
 namespace {
 
@@ -12,12 +14,6 @@ bool IsLetter(char character) {
 bool IsDigit(char character) { return character >= '0' && character <= '9'; }
 
 // -1 for anything but a hexadecimal digit.
-int HexDigit(char character) {
-  if (IsDigit(character)) return character - '0';
-  const char lowered = static_cast<char>(character | 0x20);
-  return lowered >= 'a' && lowered <= 'f' ? lowered - 'a' + 10 : -1;
-}
-
 }  // namespace
 
 RtfToken RtfTokens::ControlWord() {
@@ -47,8 +43,8 @@ RtfToken RtfTokens::AfterBackslash() {
   if (at_ == bytes_.size()) return {};
   if (IsLetter(bytes_[at_])) return ControlWord();
   if (bytes_[at_] == '\'' && at_ + 2 < bytes_.size()) {
-    const int high = HexDigit(bytes_[at_ + 1]);
-    const int low = HexDigit(bytes_[at_ + 2]);
+    const int high = HexDigitValue(bytes_[at_ + 1]);
+    const int low = HexDigitValue(bytes_[at_ + 2]);
     if (high >= 0 && low >= 0) {
       at_ += 3;
       return {RtfToken::Kind::kByte, {}, high * 16 + low};

@@ -11,7 +11,7 @@ namespace {
 constexpr std::int64_t kWhole = 65536;
 
 // One direction of a picture.
-struct Side {
+struct Extent {
   std::int32_t& goal;  // twips, of the whole picture
   std::int32_t& scale;
   std::int32_t& cut_before;  // twips
@@ -19,21 +19,21 @@ struct Side {
 };
 
 // `shown` is the length on paper, 0 where the shape does not say.
-void Fit(Side side, std::int64_t shown, std::int64_t before, std::int64_t after) {
+void Fit(Extent extent, std::int64_t shown, std::int64_t before, std::int64_t after) {
   constexpr std::int64_t kLongest = 31680 * kWhole;
   if (before + after >= kWhole) before = after = 0;
   if (shown > 0) {
-    side.goal = static_cast<std::int32_t>(
+    extent.goal = static_cast<std::int32_t>(
         std::clamp<std::int64_t>(shown * kWhole / (kWhole - before - after), 1, INT32_MAX));
-    side.scale = 100;
+    extent.scale = 100;
   } else if (before == 0 && after == 0) {
     return;
   }
   const auto cut = [&](std::int64_t part) {
-    return static_cast<std::int32_t>(std::clamp(side.goal * part, -kLongest, kLongest) / kWhole);
+    return static_cast<std::int32_t>(std::clamp(extent.goal * part, -kLongest, kLongest) / kWhole);
   };
-  side.cut_before = cut(before);
-  side.cut_after = cut(after);
+  extent.cut_before = cut(before);
+  extent.cut_after = cut(after);
 }
 
 }  // namespace

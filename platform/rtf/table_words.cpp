@@ -8,10 +8,12 @@
 namespace pxscheduler {
 namespace {
 
-constexpr std::int32_t kLongest = 31680;   // twips, 22 inches
-constexpr std::size_t kMostCells = 1'000;  // of a row
+constexpr std::int32_t kLongestDistance = 31680;  // twips, 22 inches
+constexpr std::size_t kMostCells = 1'000;         // of a row
 
-std::int32_t Length(const Word& word) { return std::clamp(word.Or(0), -kLongest, kLongest); }
+std::int32_t Length(const Word& word) {
+  return std::clamp(word.Or(0), -kLongestDistance, kLongestDistance);
+}
 
 template <BorderTarget::Owner kOwner, std::uint8_t kSides>
 void AimBorders(Reading& reading, const Word&) {

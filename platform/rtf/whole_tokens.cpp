@@ -23,11 +23,11 @@ struct Token {
 
 // The next token at or after `from`; its end is 0 where there is none.
 Token FindToken(std::wstring_view text, std::size_t from) {
-  constexpr std::size_t kLongest = 80;
+  constexpr std::size_t kLongestToken = 80;
   for (std::size_t at = text.find(L'[', from); at != std::wstring_view::npos;
        at = text.find(L'[', at + 1)) {
     Token token{at, 0, {}};
-    for (std::size_t i = at; i < std::min(text.size(), at + kLongest) && token.end == 0; ++i) {
+    for (std::size_t i = at; i < std::min(text.size(), at + kLongestToken) && token.end == 0; ++i) {
       if (!IsUnseen(text[i])) token.plain += text[i] == L'\u00A0' ? L' ' : text[i];
       if (text[i] == L']') token.end = i + 1;
       if (text[i] == L'[' && i > at) break;

@@ -1,5 +1,6 @@
 #include "platform/smtp/message_identifiers.h"
 
+#include "platform/hexadecimal.h"
 #include "platform/smtp/digests.h"
 
 namespace pxscheduler {
@@ -8,14 +9,6 @@ namespace {
 
 constexpr std::size_t kIdentifierBytes = 16;
 constexpr std::size_t kIdentifiersAtOnce = 256;
-constexpr std::string_view kDigits = "0123456789abcdef";
-
-void AppendHexadecimal(std::string_view bytes, std::string& text) {
-  for (const char byte : bytes) {
-    text += kDigits[static_cast<unsigned char>(byte) >> 4];
-    text += kDigits[static_cast<unsigned char>(byte) & 0xF];
-  }
-}
 
 }  // namespace
 

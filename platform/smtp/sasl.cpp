@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "platform/base64.h"
+#include "platform/hexadecimal.h"
 #include "platform/smtp/digests.h"
 #include "platform/smtp/message_identifiers.h"
 
@@ -15,12 +16,8 @@ constexpr int kFewestIterations = 1;
 constexpr int kMostIterations = 5'000'000;  // seconds of work; more is an attack
 
 std::string Hexadecimal(std::string_view bytes) {
-  constexpr std::string_view kDigits = "0123456789abcdef";
   std::string text;
-  for (const char byte : bytes) {
-    text += kDigits[static_cast<unsigned char>(byte) >> 4];
-    text += kDigits[static_cast<unsigned char>(byte) & 0xF];
-  }
+  AppendHexadecimal(bytes, text);
   return text;
 }
 

@@ -9,6 +9,7 @@
 
 #include "platform/code_page.h"
 #include "platform/data/session.h"
+#include "platform/hexadecimal.h"
 
 namespace pxscheduler {
 namespace {
@@ -48,12 +49,11 @@ std::string ImmutableUri(const std::filesystem::path& file) {
   // A drive or a server name is part of the path, not the URI's authority.
   std::string uri = file.has_root_name() ? "file:///" : "file:";
   for (const char character : path) {
-    constexpr std::string_view kHexadecimal = "0123456789ABCDEF";
     const auto byte = static_cast<unsigned char>(character);
     if (character == '%' || character == '?' || character == '#') {
       uri += '%';
-      uri += kHexadecimal[byte >> 4U];
-      uri += kHexadecimal[byte & 15U];
+      uri += kCapitalHexDigits[byte >> 4U];
+      uri += kCapitalHexDigits[byte & 15U];
     } else {
       uri += character;
     }

@@ -252,10 +252,10 @@ SqlValue SumOf(const SqlValue& left, const SqlValue& right, int sign) {
 }
 
 SqlValue MoveByDays(SqlMoment date, const SqlValue& count) {
-  const double milliseconds = std::round(AsDouble(count) * 86400000);
-  if (!(std::fabs(milliseconds) < 9e15)) RequireMoment(std::nullopt);
-  return WriteSqlMoment(RequireMoment(
-      DateAdd(DatePart::kMillisecond, static_cast<std::int64_t>(milliseconds), date)));
+  const double moved = std::round(AsDouble(count) * 86400000);
+  if (!(std::fabs(moved) < 9e15)) RequireMoment(std::nullopt);
+  return WriteSqlMoment(
+      RequireMoment(DateAdd(DatePart::kMillisecond, static_cast<std::int64_t>(moved), date)));
 }
 
 // The date that a text holds in the form of the engine's dates; other texts are no dates here.

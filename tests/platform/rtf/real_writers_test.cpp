@@ -20,7 +20,7 @@ std::string ReadData(const std::string& name) {
   return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
-std::string Html(const std::string& rtf) {
+std::string Converted(const std::string& rtf) {
   const IcuCodePages code_pages(L"1252");
   return WriteHtml(ReadRtf(rtf, code_pages), {11906, 16838, 1440, 1440, 1440, 1440});
 }
@@ -52,12 +52,12 @@ class RealWriters : public testing::TestWithParam<std::string> {};
 TEST_P(RealWriters, ExportTheSameText) {
   const std::string rtf = ReadData(GetParam() + ".rtf");
   ASSERT_FALSE(rtf.empty());
-  EXPECT_EQ(Letters(PlainTextOfHtml(FromUtf8(Html(rtf)))),
+  EXPECT_EQ(Letters(PlainTextOfHtml(FromUtf8(Converted(rtf)))),
             Letters(FromUtf8(ReadData(GetParam() + ".txt"))));
 }
 
 TEST_P(RealWriters, ExportTheSameStructure) {
-  const std::string html = Html(ReadData(GetParam() + ".rtf"));
+  const std::string html = Converted(ReadData(GetParam() + ".rtf"));
   EXPECT_EQ(Count(html, "<h1"), 1U);
   EXPECT_EQ(Count(html, "<h2"), 1U);
   EXPECT_EQ(Count(html, "<table"), 1U);
@@ -71,7 +71,7 @@ INSTANTIATE_TEST_SUITE_P(Exports, RealWriters, testing::Values("libreoffice", "p
                          [](const auto& export_of) { return export_of.param; });
 
 TEST(LibreOfficeExport, KeepsListsAndMergedCells) {
-  const std::string html = Html(ReadData("libreoffice.rtf"));
+  const std::string html = Converted(ReadData("libreoffice.rtf"));
   EXPECT_EQ(Count(html, "<ul"), 1U);
   EXPECT_EQ(Count(html, "<ol"), 1U);
   EXPECT_EQ(Count(html, "<li"), 5U);
@@ -84,7 +84,7 @@ TEST(CodePages, ComeFromFontsAndTheDocument) {
       "{\\fonttbl{\\f0 A;}{\\f1\\fcharset238 B;}{\\f2\\fcharset204 C;}{\\f3\\fcharset128 D;}"
       "{\\f4\\cpg1253 E;}}";
   const auto text = [&](const std::string& rtf) {
-    return ToUtf8(PlainTextOfHtml(FromUtf8(Html(rtf))));
+    return ToUtf8(PlainTextOfHtml(FromUtf8(Converted(rtf))));
   };
   EXPECT_EQ(text("{\\rtf1\\ansicpg1250" + fonts + "\\'e8{\\f1\\'e8}{\\f2\\'e8}{\\f4\\'e8}}"),
             "\u010D\u010D\u0438\u03B8\n");
@@ -105,10 +105,10 @@ TEST(CutOffLetter, KeepsItsTokensWhole) {
   std::string letter{std::istreambuf_iterator<char>(file), {}};
   letter.erase(0, 30);
   ASSERT_GT(letter.size(), 5000U);
-  ASSERT_EQ(Count(Html(letter), "[First Name]"), 1U);
+  ASSERT_EQ(Count(Converted(letter), "[First Name]"), 1U);
   std::size_t tokens_before = 0;
   for (std::size_t length = 0; length <= letter.size(); ++length) {
-    const std::string html = Html(letter.substr(0, length));
+    const std::string html = Converted(letter.substr(0, length));
     ASSERT_TRUE(html.ends_with("</html>\n")) << length;
     std::size_t tokens = 0;
     for (const char* token :

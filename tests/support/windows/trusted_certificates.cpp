@@ -15,16 +15,6 @@ namespace pxscheduler {
 
 namespace {
 
-struct CloseStore {
-  void operator()(void* store) const { CertCloseStore(store, 0); }
-};
-
-struct DeleteCertificate {
-  void operator()(const CERT_CONTEXT* certificate) const {
-    CertDeleteCertificateFromStore(certificate);  // which also frees it
-  }
-};
-
 // The certificates of a PEM file (RFC 7468), each in DER.
 std::vector<std::string> ReadCertificates(std::string_view pem) {
   constexpr std::string_view kBegin = "-----BEGIN CERTIFICATE-----";
@@ -45,6 +35,16 @@ std::vector<std::string> ReadCertificates(std::string_view pem) {
 }  // namespace
 
 struct TrustedCertificates::Added {
+  struct CloseStore {
+    void operator()(void* store) const { CertCloseStore(store, 0); }
+  };
+
+  struct DeleteCertificate {
+    void operator()(const CERT_CONTEXT* certificate) const {
+      CertDeleteCertificateFromStore(certificate);  // which also frees it
+    }
+  };
+
   std::unique_ptr<void, CloseStore> store;
   std::vector<std::unique_ptr<const CERT_CONTEXT, DeleteCertificate>> certificates;
 };
