@@ -1,4 +1,3 @@
-#define CERT_CHAIN_PARA_HAS_EXTRA_FIELDS
 #include "platform/windows/server_certificate.h"
 
 #include <algorithm>
