@@ -176,6 +176,7 @@ void SmtpMailComponent::Compose() {
 
 void SmtpMailComponent::Send() {
   sending_ = OutcomeOf([this] { return HandOver(); });
+  composing_ = SendOutcome::kOtherError;  // no message is handed over twice
   DropClosedSession();
 }
 

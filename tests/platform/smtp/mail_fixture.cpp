@@ -66,12 +66,25 @@ TestMail::TestMail(int port, std::chrono::milliseconds longest, std::unique_ptr<
   component_->SetBodyText(L"Hello\n.\nworld\n");
 }
 
-std::int32_t TestMail::SendTo(const std::wstring& address) {
+std::int32_t TestMail::SendTo(const std::wstring& address) { return SendToEach({address}).front(); }
+
+std::vector<std::int32_t> TestMail::SendToEach(const std::vector<std::wstring>& addresses) {
+  std::vector<std::int32_t> results;
+  for (const std::wstring& address : addresses) {
+    ComposeTo(address);
+    if (&address != &addresses.front()) {
+      results.push_back(component_->AwaitResult());
+    }
+    component_->Send();
+  }
+  results.push_back(component_->AwaitResult());
+  return results;
+}
+
+void TestMail::ComposeTo(const std::wstring& address) {
   component_->ResetRecipients(MailComponent::kAllRecipients);
   component_->AddRecipient(L"Ann Smith", address, MailComponent::kRecipientTo);
   component_->Compose();
-  component_->Send();
-  return component_->AwaitResult();
 }
 
 }  // namespace pxscheduler

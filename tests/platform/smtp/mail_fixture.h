@@ -3,6 +3,7 @@
 #include <chrono>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "platform/smtp/smtp_mail_component.h"
 #include "tests/support/scripted_smtp_server.h"
@@ -48,9 +49,15 @@ class TestMail {
                     std::unique_ptr<Network> network = nullptr);
 
   SmtpMailComponent& Component() { return *component_; }
+  // Sends one message and waits for its result.
   std::int32_t SendTo(const std::wstring& address);
+  // Sends a message to each, as a run does: the next is composed before the result is waited for.
+  // The results, in the order of the addresses.
+  std::vector<std::int32_t> SendToEach(const std::vector<std::wstring>& addresses);
 
  private:
+  void ComposeTo(const std::wstring& address);
+
   QuietSystem system_;
   FewCodePages code_pages_;
   std::unique_ptr<SmtpMailComponent> component_;

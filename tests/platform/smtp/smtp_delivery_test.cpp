@@ -47,6 +47,16 @@ TEST(DeliveryTest, OneConnectionForTheRunWithResetAfterARefusal) {
                   "1 DATA", "1 QUIT"));
 }
 
+TEST(DeliveryTest, NoMessageIsHandedOverTwice) {
+  const ScriptedSmtpServer server("{}");
+  TestMail mail(server.Port());
+  EXPECT_EQ(mail.SendTo(L"ann@example.com"), 0);
+  mail.Component().Send();
+  EXPECT_EQ(mail.Component().AwaitResult(), 1);
+  EXPECT_EQ(mail.SendTo(L"bob@example.com"), 0);
+  EXPECT_THAT(server.Messages(), ElementsAre(HasSubstr("ann@"), HasSubstr("bob@")));
+}
+
 // A limit of messages per connection and an idle time-out show themselves where the next message
 // begins.
 TEST(DeliveryTest, OpensAgainWhereTheServerEndedTheConnection) {
