@@ -38,14 +38,8 @@ class OneQuery : public Components {
   explicit OneQuery(const FakeSystem& system) : system_(system) {}
 
   void AddRow(const std::wstring& email, Value send_email) {
-    FakeRecordset::Row row{{L"QueryString", L"SELECT * FROM Clients"},
-                           {L"Email", email},
-                           {L"SendEmail", std::move(send_email)}};
-    for (const wchar_t* column :
-         {L"ProfileNumber", L"Prefix", L"FirstName", L"LastName", L"FullName", L"Attention",
-          L"Phone", L"Fax", L"BirthDate", L"AnniversaryDate", L"TravelDate", L"ReturnDate",
-          L"FirstDate", L"LastDate"})
-      row[column] = std::monostate{};
+    FakeRecordset::Row row = ClientRow(email, std::move(send_email));
+    row[L"QueryString"] = L"SELECT * FROM Clients";
     rows_.push_back(std::move(row));
   }
 

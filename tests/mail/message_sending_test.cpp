@@ -14,12 +14,7 @@ using testing::ElementsAre;
 class MessageSending : public testing::Test {
  protected:
   void AddRow(Value email, Value send_email) {
-    FakeRecordset::Row row{{L"Email", std::move(email)}, {L"SendEmail", std::move(send_email)}};
-    for (const wchar_t* column : {L"ProfileNumber", L"Prefix", L"FirstName", L"LastName",
-                                  L"Attention", L"Phone", L"Fax", L"BirthDate", L"AnniversaryDate",
-                                  L"TravelDate", L"ReturnDate", L"FirstDate", L"LastDate"}) {
-      row[column] = std::monostate{};
-    }
+    FakeRecordset::Row row = ClientRow(std::move(email), std::move(send_email));
     row[L"FullName"] = L"Ann \u0141";
     rows_.rows.push_back(std::move(row));
   }

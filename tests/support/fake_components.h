@@ -5,6 +5,8 @@
 #include <array>
 #include <map>
 #include <string>
+#include <utility>
+#include <variant>
 #include <vector>
 
 #include "platform/connection.h"
@@ -76,6 +78,16 @@ class FakeRecordset : public Recordset {
   std::size_t current = 0;
   int closed = 0;
 };
+
+// A row with every column that a message needs, Null but for these two.
+inline FakeRecordset::Row ClientRow(Value email, Value send_email) {
+  FakeRecordset::Row row{{L"Email", std::move(email)}, {L"SendEmail", std::move(send_email)}};
+  for (const wchar_t* column : {L"ProfileNumber", L"Prefix", L"FirstName", L"LastName", L"FullName",
+                                L"Attention", L"Phone", L"Fax", L"BirthDate", L"AnniversaryDate",
+                                L"TravelDate", L"ReturnDate", L"FirstDate", L"LastDate"})
+    row[column] = std::monostate{};
+  return row;
+}
 
 // Records every call in order; AwaitResult() returns `result`.
 class FakeMailComponent : public MailComponent {
