@@ -35,6 +35,7 @@ void LogOutcome(AppendFile& log, const std::wstring& address, std::int16_t resul
 
 // Sends every row its message, in the order of the rows. While the server considers one message,
 // the next is composed; it is not sent before the outcome of the one before is known and logged.
+// `log` is null when the run is not logged.
 void SendRows(const Platform& platform, const MessageTemplates& templates, Recordset& result_set,
               MailComponent& mail, AppendFile* log) {
   RunProgress progress{.rows = result_set.RecordCount()};
@@ -71,7 +72,7 @@ void SendRows(const Platform& platform, const MessageTemplates& templates, Recor
   settle();
 }
 
-// Sends every row of the query its message. `log` is null when the run is not logged.
+// Prepares the mail component and the letter, opens the query and sends its rows their messages.
 void SendMessages(const Platform& platform, const CommandLine& switches, const std::wstring& sql,
                   Connection& connection, Recordset& result_set, AppendFile* log) {
   const std::unique_ptr<MailComponent> mail = platform.components.NewMailComponent();

@@ -7,6 +7,7 @@
 #include "platform/value.h"
 
 namespace pxscheduler {
+
 std::optional<std::wstring> ComposeRow(const Regional& regional, const CodePage& ansi,
                                        const Recordset& result_set,
                                        const MessageTemplates& templates, MailComponent& mail,

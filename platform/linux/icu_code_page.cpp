@@ -22,6 +22,7 @@ static_assert(sizeof(wchar_t) == 4, "one element of wide text is one character")
 
 constexpr std::size_t kBasicPlane = 0x10000;
 constexpr std::size_t kBlockLength = 16;
+
 struct ConverterCloser {
   void operator()(UConverter* converter) const { ucnv_close(converter); }
 };

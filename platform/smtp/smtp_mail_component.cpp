@@ -162,7 +162,7 @@ void SmtpMailComponent::AddRecipient(const std::wstring& display_name, const std
 }
 
 void SmtpMailComponent::Compose() {
-  composing_ = *OutcomeOf([this] {
+  compose_outcome_ = *OutcomeOf([this] {
     composer_.Compose({.recipients = recipients_,
                        .subject = subject_,
                        .date = system_.Now(),
@@ -175,17 +175,17 @@ void SmtpMailComponent::Compose() {
 }
 
 void SmtpMailComponent::Send() {
-  sending_ = OutcomeOf([this] { return HandOver(); });
-  composing_ = SendOutcome::kOtherError;  // no message is handed over twice
+  send_outcome_ = OutcomeOf([this] { return HandOver(); });
+  compose_outcome_ = SendOutcome::kOtherError;  // no message is handed over twice
   DropClosedSession();
 }
 
 std::int32_t SmtpMailComponent::AwaitResult() {
-  if (!sending_) {
-    sending_ = OutcomeOf([this] { return session_->AwaitAcceptance(); });
+  if (!send_outcome_) {
+    send_outcome_ = OutcomeOf([this] { return session_->AwaitAcceptance(); });
     DropClosedSession();
   }
-  return ResultCode(*sending_);
+  return ResultCode(*send_outcome_);
 }
 
 // Nothing where the server has the whole message and considers it.
@@ -199,8 +199,8 @@ std::optional<SendOutcome> SmtpMailComponent::HandOver() {
   if (recipients_.empty() || has_malformed_recipient_) {
     return SendOutcome::kRecipientRefused;
   }
-  if (composing_ != SendOutcome::kDelivered) {
-    return composing_;
+  if (compose_outcome_ != SendOutcome::kDelivered) {
+    return compose_outcome_;
   }
   const bool is_kept = session_ != nullptr;
   if (!is_kept) {
@@ -224,7 +224,7 @@ std::optional<SendOutcome> SmtpMailComponent::HandOver() {
 // A session is of no more use once it is closed, or where what was thrown left it in mid-dialogue.
 void SmtpMailComponent::DropClosedSession() {
   const bool was_thrown =
-      sending_ == SendOutcome::kOutOfMemory || sending_ == SendOutcome::kOtherError;
+      send_outcome_ == SendOutcome::kOutOfMemory || send_outcome_ == SendOutcome::kOtherError;
   if (session_ && (was_thrown || session_->CurrentState() == SmtpSession::State::kClosed)) {
     session_.reset();
   }
@@ -258,8 +258,8 @@ Envelope SmtpMailComponent::MakeEnvelope() const {
 }
 
 void SmtpMailComponent::EndSession() {
-  if (!sending_) {
-    sending_ = SendOutcome::kConnectionBroken;
+  if (!send_outcome_) {
+    send_outcome_ = SendOutcome::kConnectionBroken;
   }
   session_.reset();
 }

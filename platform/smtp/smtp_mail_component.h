@@ -86,11 +86,12 @@ class SmtpMailComponent : public MailComponent {
 
   MessageComposer composer_;
   MessageIdentifiers identifiers_;
-  ByteBuffer wire_;                                   // the composed message
-  SendOutcome composing_ = SendOutcome::kOtherError;  // kDelivered where there is one to send
+  // The composed message; kDelivered says that there is one to send.
+  ByteBuffer wire_;
+  SendOutcome compose_outcome_ = SendOutcome::kOtherError;
   std::unique_ptr<SmtpSession> session_;
-  // Of the message that was sent; nothing while the server considers it.
-  std::optional<SendOutcome> sending_ = SendOutcome::kOtherError;
+  // Of the message that was sent last; nothing while the server considers it.
+  std::optional<SendOutcome> send_outcome_ = SendOutcome::kOtherError;
 };
 
 // The component as a run uses it: over the machine's sockets, with the usual time-outs.
