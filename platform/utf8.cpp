@@ -2,6 +2,7 @@
 #include <cstdint>
 
 #include "platform/code_page.h"
+#include "platform/utf16.h"
 #include "platform/utf8_code_points.h"
 
 namespace pxscheduler {
@@ -9,8 +10,8 @@ namespace {
 
 void AppendWide(char32_t code_point, std::wstring& out) {
   if (sizeof(wchar_t) == 2 && code_point >= 0x10000) {
-    out += static_cast<wchar_t>(0xD800 + ((code_point - 0x10000) >> 10));
-    out += static_cast<wchar_t>(0xDC00 + ((code_point - 0x10000) & 0x3FF));
+    out += static_cast<wchar_t>(HighSurrogate(code_point));
+    out += static_cast<wchar_t>(LowSurrogate(code_point));
   } else {
     out += static_cast<wchar_t>(code_point);
   }

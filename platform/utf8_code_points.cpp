@@ -1,11 +1,10 @@
 #include "platform/utf8_code_points.h"
 
+#include "platform/utf16.h"
+
 namespace pxscheduler {
 
 namespace {
-
-bool IsHighSurrogate(char32_t unit) { return unit >= 0xD800 && unit <= 0xDBFF; }
-bool IsLowSurrogate(char32_t unit) { return unit >= 0xDC00 && unit <= 0xDFFF; }
 
 unsigned char Byte(char32_t bits) { return static_cast<unsigned char>(bits); }
 
@@ -17,10 +16,10 @@ char32_t NextCodePoint(std::wstring_view text, std::size_t& position) {
     const auto low = static_cast<char32_t>(text[position]);
     if (IsLowSurrogate(low)) {
       ++position;
-      return 0x10000 + ((unit - 0xD800) << 10) + (low - 0xDC00);
+      return JoinSurrogates(unit, low);
     }
   }
-  const bool valid = !IsHighSurrogate(unit) && !IsLowSurrogate(unit) && unit <= 0x10FFFF;
+  const bool valid = !IsSurrogate(unit) && unit <= 0x10FFFF;
   return valid ? unit : kReplacementCharacter;
 }
 

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "platform/runtime_error.h"
+#include "platform/utf16.h"
 #include "platform/utf8_code_points.h"
 
 namespace pxscheduler {
@@ -69,7 +70,7 @@ class Utf8CodePage : public CodePage {
   std::wstring FromBytes(std::string_view bytes) const override { return FromUtf8(bytes); }
   std::wstring RoundTrip(std::wstring_view text) const override {
     return KeepSurvivors(text, 0x8000, wchar_t{kReplacementCharacter},
-                         [](char32_t c) { return c < 0xD800 || (c >= 0xE000 && c <= 0x10FFFF); });
+                         [](char32_t c) { return !IsSurrogate(c) && c <= 0x10FFFF; });
   }
 };
 

@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "platform/code_page.h"
+#include "platform/utf16.h"
 
 namespace pxscheduler {
 namespace {
@@ -76,13 +77,13 @@ bool FromUtf16LittleEndian(std::string_view bytes, std::wstring& text) {
   text.reserve(bytes.size() / 2);
   for (std::size_t position = 0; position < bytes.size(); position += 2) {
     char32_t unit = UnitAt(bytes, position);
-    if (unit >= 0xD800 && unit < 0xE000) {
+    if (IsSurrogate(unit)) {
       const char32_t low = position + 2 < bytes.size() ? UnitAt(bytes, position + 2) : 0;
-      if (unit >= 0xDC00 || low < 0xDC00 || low >= 0xE000) {
+      if (!IsHighSurrogate(unit) || !IsLowSurrogate(low)) {
         text.clear();
         return false;
       }
-      unit = 0x10000 + ((unit - 0xD800) << 10) + (low - 0xDC00);
+      unit = JoinSurrogates(unit, low);
       position += 2;
     }
     text += static_cast<wchar_t>(unit);

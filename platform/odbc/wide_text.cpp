@@ -1,14 +1,11 @@
 #include "platform/odbc/wide_text.h"
 
 #include "platform/code_page.h"
+#include "platform/utf16.h"
 #include "platform/utf8_code_points.h"
 
 namespace pxscheduler {
 namespace {
-
-bool IsSurrogate(char32_t unit) { return unit >= 0xD800 && unit <= 0xDFFF; }
-bool IsHighSurrogate(char32_t unit) { return unit >= 0xD800 && unit <= 0xDBFF; }
-bool IsLowSurrogate(char32_t unit) { return unit >= 0xDC00 && unit <= 0xDFFF; }
 
 // Takes the next character off `text`, which is not empty.
 char32_t NextCharacter(std::span<const SQLWCHAR>& text) {
@@ -19,7 +16,7 @@ char32_t NextCharacter(std::span<const SQLWCHAR>& text) {
     return kReplacementCharacter;
   const char32_t low = text.front();
   text = text.subspan(1);
-  return 0x10000 + ((unit - 0xD800) << 10) + (low - 0xDC00);
+  return JoinSurrogates(unit, low);
 }
 
 }  // namespace
@@ -30,8 +27,8 @@ std::vector<SQLWCHAR> ToDriverText(std::wstring_view text) {
   for (std::size_t position = 0; position < text.size();) {
     const char32_t character = NextCodePoint(text, position);
     if (character > 0xFFFF) {
-      units.push_back(static_cast<SQLWCHAR>(0xD800 + ((character - 0x10000) >> 10)));
-      units.push_back(static_cast<SQLWCHAR>(0xDC00 + ((character - 0x10000) & 0x3FF)));
+      units.push_back(static_cast<SQLWCHAR>(HighSurrogate(character)));
+      units.push_back(static_cast<SQLWCHAR>(LowSurrogate(character)));
     } else {
       units.push_back(static_cast<SQLWCHAR>(character));
     }

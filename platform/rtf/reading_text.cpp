@@ -4,6 +4,7 @@
 
 #include "platform/rtf/reading.h"
 #include "platform/rtf/symbol_fonts.h"
+#include "platform/utf16.h"
 
 namespace pxscheduler {
 namespace {
@@ -51,18 +52,17 @@ void Reading::AppendUnicode(std::int32_t unit) {
   const auto code = static_cast<char32_t>(unit < 0 ? unit + 0x10000 : unit);
   fallback_to_skip_ = state.unicode_fallback;
   const char32_t high = std::exchange(high_surrogate_, 0);
-  if (code >= 0xD800 && code < 0xDC00) {
+  if (IsHighSurrogate(code)) {
     high_surrogate_ = code;
     return;
   }
-  if (code >= 0xDC00 && code < 0xE000) {
-    const char32_t whole = 0x10000 + ((high - 0xD800) << 10) + (code - 0xDC00);
+  if (IsLowSurrogate(code)) {
     if (high == 0) {
       Take(L"\uFFFD");
     } else if constexpr (sizeof(wchar_t) == 2) {
       Take(std::wstring{static_cast<wchar_t>(high), static_cast<wchar_t>(code)});
     } else {
-      Take(std::wstring(1, static_cast<wchar_t>(whole)));
+      Take(std::wstring(1, static_cast<wchar_t>(JoinSurrogates(high, code))));
     }
     return;
   }

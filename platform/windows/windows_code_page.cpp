@@ -11,6 +11,8 @@
 #include <utility>
 #include <vector>
 
+#include "platform/utf16.h"
+
 namespace pxscheduler {
 namespace {
 
@@ -20,8 +22,6 @@ constexpr std::size_t kFirstSurrogate = 0xD800;
 constexpr std::size_t kAfterSurrogates = 0xE000;
 // One call of the system takes an int of units, each of which may become several bytes.
 constexpr std::size_t kLongestPiece = std::size_t{1} << 24;
-
-bool IsHighSurrogate(wchar_t unit) { return unit >= 0xD800 && unit < 0xDC00; }
 
 std::string BytesOfPiece(UINT number, std::wstring_view piece) {
   const auto units = static_cast<int>(piece.size());
@@ -57,9 +57,7 @@ class Utf8CodePage : public CodePage {
   std::string ToBytes(std::wstring_view text) const override { return ToUtf8(text); }
   std::wstring FromBytes(std::string_view bytes) const override { return FromUtf8(bytes); }
   std::wstring RoundTrip(std::wstring_view text) const override {
-    const bool plain = std::all_of(text.begin(), text.end(), [](wchar_t unit) {
-      return unit < kFirstSurrogate || unit >= kAfterSurrogates;
-    });
+    const bool plain = std::none_of(text.begin(), text.end(), IsSurrogate);
     return plain ? std::wstring(text) : FromUtf8(ToUtf8(text));
   }
 };
