@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/runtime_error.h"
+#include "tests/platform/raised_by.h"
 #include "tests/support/fake_platform.h"
 
 namespace pxscheduler {
@@ -18,16 +18,6 @@ namespace {
 using std::chrono::hours;
 using std::chrono::sys_days;
 using std::chrono::year;
-
-template <typename Call>
-std::int32_t ErrorOf(const Call& call) {
-  try {
-    call();
-  } catch (const RuntimeError& error) {
-    return error.number;
-  }
-  return 0;
-}
 
 TEST(ValueTest, BecomesText) {
   const PictureRegional regional = EnglishRegional();
@@ -77,8 +67,8 @@ TEST(ValueTest, ReadsABooleanFromText) {
   for (const wchar_t* text : {L"false", L"0", L"-0.0", L"0E5", L"1E-999"})
     EXPECT_FALSE(BooleanFromText(text)) << text;
   for (const wchar_t* text : {L"", L" ", L"yes", L"Truey", L"1x", L"1 2", L"-", L".", L"1E", L"E1"})
-    EXPECT_EQ(ErrorOf([&] { BooleanFromText(text); }), 13) << text;
-  EXPECT_EQ(ErrorOf([] { BooleanFromText(L"1E999"); }), 6);
+    EXPECT_EQ(RaisedBy([&] { BooleanFromText(text); }).number, 13) << text;
+  EXPECT_EQ(RaisedBy([] { BooleanFromText(L"1E999"); }).number, 6);
 }
 
 TEST(ValueTest, ReadsTheNumberAtTheStartOfAText) {
@@ -92,8 +82,8 @@ TEST(ValueTest, ReadsTheNumberAtTheStartOfAText) {
       {L"0.0000", 0}, {L"4\u0665", 4},
   };
   for (const auto& [text, number] : cases) EXPECT_EQ(LeadingNumber(text), number) << text;
-  EXPECT_EQ(ErrorOf([] { LeadingNumber(L"1E999"); }), 6);
-  EXPECT_EQ(ErrorOf([] { LeadingNumber(std::wstring(400, L'9')); }), 6);
+  EXPECT_EQ(RaisedBy([] { LeadingNumber(L"1E999"); }).number, 6);
+  EXPECT_EQ(RaisedBy([] { LeadingNumber(std::wstring(400, L'9')); }).number, 6);
   EXPECT_EQ(LeadingNumber(L"0." + std::wstring(400, L'0') + L"1"), 0);
 }
 
@@ -101,19 +91,14 @@ TEST(ValueTest, RoundsHalvesToTheEvenNeighbour) {
   const struct {
     double number;
     std::int32_t whole;
-  } cases[] = {{0.5, 0},
-               {1.5, 2},
-               {2.5, 2},
-               {-0.5, 0},
-               {-1.5, -2},
-               {-2.5, -2},
-               {2.4999, 2},
-               {2.5001, 3},
-               {2147483647.5 - 1, 2147483646},
-               {-2147483648.5, std::numeric_limits<std::int32_t>::min()}};
+  } cases[] = {
+      {0.5, 0}, {1.5, 2}, {2.5, 2}, {-0.5, 0}, {-1.5, -2}, {-2.5, -2}, {2.4999, 2}, {2.5001, 3},
+  };
   for (const auto& [number, whole] : cases) EXPECT_EQ(ToWholeNumber(number), whole) << number;
+  EXPECT_EQ(ToWholeNumber(2147483646.5), 2147483646);
+  EXPECT_EQ(ToWholeNumber(-2147483648.5), INT32_MIN);
   for (const double number : {2147483647.5, -2147483649.0, 1e300, std::nan("")})
-    EXPECT_EQ(ErrorOf([&] { ToWholeNumber(number); }), 6) << number;
+    EXPECT_EQ(RaisedBy([&] { ToWholeNumber(number); }).number, 6) << number;
 }
 
 }  // namespace

@@ -2,14 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
 #include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "platform/data/data_recordset.h"
-#include "platform/runtime_error.h"
+#include "tests/platform/raised_by.h"
 
 namespace pxscheduler {
 namespace {
@@ -51,16 +50,6 @@ class DataConnectionTest : public testing::Test {
     };
   }
 
-  template <typename Call>
-  static std::int32_t ErrorOf(const Call& call) {
-    try {
-      call();
-    } catch (const RuntimeError& error) {
-      return error.number;
-    }
-    return 0;
-  }
-
   void Open(const std::wstring& text) { connection_.Open(text, L"", L"", -1); }
 
   std::vector<std::wstring> log_;
@@ -72,7 +61,7 @@ TEST_F(DataConnectionTest, PicksTheEngineByDataSource) {
   EXPECT_EQ(connection_.State(), Connection::kStateOpen);
   EXPECT_EQ(connection_.DefaultDatabase(), L"Agency");
   connection_.Execute(L"SET LOCK_TIMEOUT 60000", -1);
-  EXPECT_EQ(ErrorOf([&] { Open(L"Provider=SQLOLEDB"); }), 3705);
+  EXPECT_EQ(RaisedBy([&] { Open(L"Provider=SQLOLEDB"); }).number, 3705);
   connection_.Close();
   connection_.Open(L"Provider=SQLOLEDB;User ID=u;Data Source=sqlite:C:\\a.db", L"me", L"secret",
                    -1);
@@ -81,36 +70,37 @@ TEST_F(DataConnectionTest, PicksTheEngineByDataSource) {
 }
 
 TEST_F(DataConnectionTest, StaysClosedWhereItCannotOpen) {
-  EXPECT_EQ(ErrorOf([&] { Open(L"Provider=MSDASQL;Data Source=host"); }), 3706);
-  EXPECT_EQ(ErrorOf([&] { Open(L"Data Source=host"); }), 3706);
-  EXPECT_EQ(ErrorOf([&] { Open(L"Provider=SQLOLEDB;Password=wrong"); }), Session::kProviderFailure);
+  EXPECT_EQ(RaisedBy([&] { Open(L"Provider=MSDASQL;Data Source=host"); }).number, 3706);
+  EXPECT_EQ(RaisedBy([&] { Open(L"Data Source=host"); }).number, 3706);
+  EXPECT_EQ(RaisedBy([&] { Open(L"Provider=SQLOLEDB;Password=wrong"); }).number,
+            Session::kProviderFailure);
   EXPECT_EQ(connection_.State(), Connection::kStateClosed);
-  EXPECT_EQ(ErrorOf([&] { connection_.Execute(L"x", -1); }), 3704);
-  EXPECT_EQ(ErrorOf([&] { connection_.DefaultDatabase(); }), 3704);
-  EXPECT_EQ(ErrorOf([&] { connection_.Close(); }), 3704);
+  EXPECT_EQ(RaisedBy([&] { connection_.Execute(L"x", -1); }).number, 3704);
+  EXPECT_EQ(RaisedBy([&] { connection_.DefaultDatabase(); }).number, 3704);
+  EXPECT_EQ(RaisedBy([&] { connection_.Close(); }).number, 3704);
   DataRecordset recordset;
-  EXPECT_EQ(ErrorOf([&] { recordset.Open(L"x", connection_, -1, -1, -1); }), 3709);
+  EXPECT_EQ(RaisedBy([&] { recordset.Open(L"x", connection_, -1, -1, -1); }).number, 3709);
 
   DataConnection without_engines{{}};
   for (const wchar_t* source : {L"host", L"sqlite:a.db"})
-    EXPECT_EQ(ErrorOf([&] {
+    EXPECT_EQ(RaisedBy([&] {
                 without_engines.Open(std::wstring{L"Provider=SQLOLEDB;Data Source="} + source, L"",
                                      L"", -1);
-              }),
+              }).number,
               Session::kProviderFailure);
 }
 
 TEST_F(DataConnectionTest, WalksAResultSet) {
   Open(L"Provider=SQLOLEDB");
   DataRecordset recordset;
-  EXPECT_EQ(ErrorOf([&] { recordset.EndOfFile(); }), 3704);
+  EXPECT_EQ(RaisedBy([&] { recordset.EndOfFile(); }).number, 3704);
   recordset.Open(L"q", connection_, -1, -1, -1);
-  EXPECT_EQ(ErrorOf([&] { recordset.Open(L"q", connection_, -1, -1, -1); }), 3705);
+  EXPECT_EQ(RaisedBy([&] { recordset.Open(L"q", connection_, -1, -1, -1); }).number, 3705);
   EXPECT_EQ(recordset.RecordCount(), 2U);
   EXPECT_EQ(recordset.Fields(L"EMAIL"), Value{L"b@x"});
   EXPECT_EQ(recordset.Fields(L"gRÖßE"), Value{});
-  EXPECT_EQ(ErrorOf([&] { recordset.Fields(L"SendEmail"); }), 3265);
-  EXPECT_EQ(ErrorOf([&] { recordset.SetSort(L"SendEmail"); }), 3265);
+  EXPECT_EQ(RaisedBy([&] { recordset.Fields(L"SendEmail"); }).number, 3265);
+  EXPECT_EQ(RaisedBy([&] { recordset.SetSort(L"SendEmail"); }).number, 3265);
   recordset.MoveNext();
   recordset.SetSort(L"email");
   EXPECT_EQ(recordset.Fields(L"Email"), Value{L"A@x"});
@@ -118,12 +108,12 @@ TEST_F(DataConnectionTest, WalksAResultSet) {
   EXPECT_EQ(recordset.Fields(L"Email"), Value{L"b@x"});
   recordset.MoveNext();
   EXPECT_TRUE(recordset.EndOfFile());
-  EXPECT_EQ(ErrorOf([&] { recordset.Fields(L"Email"); }), 3021);
-  EXPECT_EQ(ErrorOf([&] { recordset.MoveNext(); }), 3021);
+  EXPECT_EQ(RaisedBy([&] { recordset.Fields(L"Email"); }).number, 3021);
+  EXPECT_EQ(RaisedBy([&] { recordset.MoveNext(); }).number, 3021);
   recordset.Close();
-  EXPECT_EQ(ErrorOf([&] { recordset.Close(); }), 3704);
+  EXPECT_EQ(RaisedBy([&] { recordset.Close(); }).number, 3704);
   recordset.Open(L"", connection_, -1, -1, -1);
-  EXPECT_EQ(ErrorOf([&] { recordset.SetSort(L"Email"); }), 3704);
+  EXPECT_EQ(RaisedBy([&] { recordset.SetSort(L"Email"); }).number, 3704);
 }
 
 }  // namespace

@@ -12,7 +12,7 @@
 
 #include "platform/linux/files.h"
 #include "platform/linux/native_text.h"
-#include "platform/runtime_error.h"
+#include "tests/platform/raised_by.h"
 #include "tests/support/fake_platform.h"
 #include "tests/support/scoped_environment.h"
 #include "tests/support/scratch_folder.h"
@@ -30,17 +30,6 @@ class LinuxSystemTest : public testing::Test {
   Latin1CodePage latin1_;
   LinuxSystem system_{{"program"}, [this]() -> const CodePage& { return latin1_; }};
 };
-
-// The number of the error that the action raises, 0 for none.
-template <typename Action>
-int ErrorNumber(const Action& action) {
-  try {
-    action();
-    return 0;
-  } catch (const RuntimeError& error) {
-    return error.number;
-  }
-}
 
 unsigned ModeOf(const std::string& path) {
   struct stat status {};
@@ -110,11 +99,11 @@ TEST_F(LinuxSystemTest, FindsEntriesAndMakesFolders) {
   system_.MakeFolder(Path("made"));
   EXPECT_EQ(system_.FirstEntry(Path("made")), L"made");
   EXPECT_EQ(ModeOf(folder_.Path("made")) & 07U, 0U);
-  EXPECT_EQ(ErrorNumber([&] { system_.MakeFolder(Path("made")); }), 75);
-  EXPECT_EQ(ErrorNumber([&] { system_.MakeFolder(Path("missing\\made")); }), 76);
-  EXPECT_EQ(ErrorNumber([&] { system_.MakeFolder(Path("file\\made")); }), 76);
-  EXPECT_EQ(ErrorNumber([&] { system_.MakeFolder(L""); }), 76);
-  EXPECT_EQ(ErrorNumber([&] { system_.MakeFolder(Path(std::string("a\0b", 3))); }), 75);
+  EXPECT_EQ(RaisedBy([&] { system_.MakeFolder(Path("made")); }).number, 75);
+  EXPECT_EQ(RaisedBy([&] { system_.MakeFolder(Path("missing\\made")); }).number, 76);
+  EXPECT_EQ(RaisedBy([&] { system_.MakeFolder(Path("file\\made")); }).number, 76);
+  EXPECT_EQ(RaisedBy([&] { system_.MakeFolder(L""); }).number, 76);
+  EXPECT_EQ(RaisedBy([&] { system_.MakeFolder(Path(std::string("a\0b", 3))); }).number, 75);
 }
 
 TEST_F(LinuxSystemTest, AppendsToFiles) {
@@ -128,10 +117,10 @@ TEST_F(LinuxSystemTest, AppendsToFiles) {
 
   system_.OpenForAppend(Path("new.log"));
   EXPECT_EQ(ModeOf(folder_.Path("new.log")) & 07U, 0U);
-  EXPECT_EQ(ErrorNumber([&] { system_.OpenForAppend(Path("missing\\new.log")); }), 76);
-  EXPECT_EQ(ErrorNumber([&] { system_.OpenForAppend(Path("")); }), 75);
+  EXPECT_EQ(RaisedBy([&] { system_.OpenForAppend(Path("missing\\new.log")); }).number, 76);
+  EXPECT_EQ(RaisedBy([&] { system_.OpenForAppend(Path("")); }).number, 75);
   const auto full = system_.OpenForAppend(L"\\dev\\full");
-  EXPECT_EQ(ErrorNumber([&] { full->Append(L"x"); }), 61);
+  EXPECT_EQ(RaisedBy([&] { full->Append(L"x"); }).number, 61);
 }
 
 TEST_F(LinuxSystemTest, ReadsFiles) {
@@ -139,10 +128,10 @@ TEST_F(LinuxSystemTest, ReadsFiles) {
   folder_.Write("file", bytes);
   EXPECT_EQ(system_.ReadFile(Path("file")), bytes);
   EXPECT_NE(system_.ReadFile(L"\\proc\\self\\status"), "");  // its size is told as 0
-  EXPECT_EQ(ErrorNumber([&] { system_.ReadFile(Path("missing")); }), 53);
-  EXPECT_EQ(ErrorNumber([&] { system_.ReadFile(Path("missing\\file")); }), 76);
-  EXPECT_EQ(ErrorNumber([&] { system_.ReadFile(Path("file\\file")); }), 76);
-  EXPECT_EQ(ErrorNumber([&] { system_.ReadFile(Path("")); }), 75);
+  EXPECT_EQ(RaisedBy([&] { system_.ReadFile(Path("missing")); }).number, 53);
+  EXPECT_EQ(RaisedBy([&] { system_.ReadFile(Path("missing\\file")); }).number, 76);
+  EXPECT_EQ(RaisedBy([&] { system_.ReadFile(Path("file\\file")); }).number, 76);
+  EXPECT_EQ(RaisedBy([&] { system_.ReadFile(Path("")); }).number, 75);
 }
 
 TEST_F(LinuxSystemTest, ReplacesFiles) {
@@ -154,8 +143,8 @@ TEST_F(LinuxSystemTest, ReplacesFiles) {
   EXPECT_EQ(ModeOf(folder_.Path("file")), 0600U);
 
   std::filesystem::create_directory(folder_.Path("taken"));
-  EXPECT_EQ(ErrorNumber([&] { system_.ReplaceContent(Path("taken"), "x"); }), 75);
-  EXPECT_EQ(ErrorNumber([&] { system_.ReplaceContent(Path("missing\\file"), "x"); }), 76);
+  EXPECT_EQ(RaisedBy([&] { system_.ReplaceContent(Path("taken"), "x"); }).number, 75);
+  EXPECT_EQ(RaisedBy([&] { system_.ReplaceContent(Path("missing\\file"), "x"); }).number, 76);
   std::vector<std::string> left;
   for (const auto& entry : std::filesystem::directory_iterator(folder_.Path())) {
     left.push_back(entry.path().filename());
@@ -174,9 +163,9 @@ TEST_F(LinuxSystemTest, FollowsLinksToTheFileItself) {
        {"inside/file", "inside/link", "folder/../link", "inside/./deeper/../file"})
     EXPECT_EQ(system_.RealPath(Path(name)), folder + L"\\inside\\file") << name;
   EXPECT_EQ(system_.RealPath(Path("folder/")), folder + L"\\inside\\deeper");
-  EXPECT_EQ(ErrorNumber([&] { system_.RealPath(Path("missing")); }), 76);
-  EXPECT_EQ(ErrorNumber([&] { system_.RealPath(Path("loop")); }), 75);
-  EXPECT_EQ(ErrorNumber([&] { system_.RealPath(std::wstring(L".\0x", 3)); }), 75);
+  EXPECT_EQ(RaisedBy([&] { system_.RealPath(Path("missing")); }).number, 76);
+  EXPECT_EQ(RaisedBy([&] { system_.RealPath(Path("loop")); }).number, 75);
+  EXPECT_EQ(RaisedBy([&] { system_.RealPath(std::wstring(L".\0x", 3)); }).number, 75);
 }
 
 TEST(ErrorOf, KnowsWhatTheSystemMeans) {

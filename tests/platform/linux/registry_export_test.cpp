@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "platform/linux/file_registry.h"
-#include "platform/runtime_error.h"
+#include "tests/platform/raised_by.h"
 #include "tests/support/scratch_folder.h"
 
 namespace pxscheduler {
@@ -104,7 +104,7 @@ TEST(RegistryExport, FindsKeysAsARegistryDoes) {
 TEST(RegistryExport, NamesTheMalformedLine) {
   const struct {
     std::string text;
-    const wchar_t* where_and_why;
+    std::wstring where_and_why;
   } cases[] = {
       {"REGEDIT4\n", L"line 1: not a registry export"},
       {"\n" + kHeader, L"line 1: not a registry export"},
@@ -141,29 +141,20 @@ TEST(RegistryExport, NamesTheMalformedLine) {
       {Utf16(kHeader + "[HKLM\\K]") + "\r", L"line 3: not UTF-16"},
   };
   for (const auto& c : cases) {
-    RegistryContent content;
-    try {
-      ApplyRegistryExport(c.text, "a.reg", content);
-      ADD_FAILURE() << "accepted: " << c.text;
-    } catch (const RuntimeError& error) {
-      EXPECT_EQ(error.number, 321);
-      EXPECT_THAT(
-          error.description,
-          testing::StartsWith(std::wstring(L"Invalid file format: a.reg, ") + c.where_and_why))
-          << c.text;
-    }
+    const RuntimeError error = RaisedBy([&] { Read(c.text); });
+    EXPECT_EQ(error.number, 321) << c.text;
+    EXPECT_THAT(error.description,
+                testing::StartsWith(L"Invalid file format: a.reg, " + c.where_and_why))
+        << c.text;
   }
 }
 
 // A secret that stands on a malformed line is not told.
 TEST(RegistryExport, NeverQuotesALine) {
-  RegistryContent content;
-  try {
-    ApplyRegistryExport(kHeader + "[HKLM\\K]\n\"EmailPassword\"=\"hunter2\\\"", "a.reg", content);
-    FAIL();
-  } catch (const RuntimeError& error) {
-    EXPECT_THAT(error.description, testing::Not(testing::HasSubstr(L"hunter2")));
-  }
+  const RuntimeError error =
+      RaisedBy([] { Read(kHeader + "[HKLM\\K]\n\"EmailPassword\"=\"hunter2\\\""); });
+  EXPECT_EQ(error.number, 321);
+  EXPECT_THAT(error.description, testing::Not(testing::HasSubstr(L"hunter2")));
 }
 
 // Each would take minutes if the work grew with the square of the size.

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/data/session.h"
+#include "tests/platform/raised_by.h"
 
 namespace pxscheduler {
 namespace {
@@ -36,13 +37,9 @@ TEST(ServerAddressTest, RefusesWhatIsNoAddress) {
        {L"db1,", L"db1,0", L"db1,65536", L"db1,99999999999999999999", L"db1,1433,1", L"db1,http",
         L"db1\\", L"db 1", L"db1;PWD=x", L"{db1}", L"np:\\\\db1\\pipe\\sql", L"db1\\a b", L"a=b"}) {
     SCOPED_TRACE(testing::PrintToString(std::wstring(data_source)));
-    try {
-      ParseServerAddress(data_source);
-      ADD_FAILURE() << "accepted";
-    } catch (const RuntimeError& error) {
-      EXPECT_EQ(error.number, Session::kProviderFailure);
-      EXPECT_NE(error.description.find(data_source), std::wstring::npos);
-    }
+    const RuntimeError error = RaisedBy([&] { ParseServerAddress(data_source); });
+    EXPECT_EQ(error.number, Session::kProviderFailure);
+    EXPECT_NE(error.description.find(data_source), std::wstring::npos);
   }
 }
 

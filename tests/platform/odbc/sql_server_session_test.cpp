@@ -5,9 +5,9 @@
 
 #include <chrono>
 #include <cstdlib>
-#include <optional>
 
 #include "platform/code_page.h"
+#include "tests/platform/raised_by.h"
 #include "tests/support/fake_platform.h"
 #include "tests/support/tds_server.h"
 
@@ -38,26 +38,9 @@ std::unique_ptr<Session> Open(const ConnectionSettings& settings) {
 
 std::unique_ptr<Session> Open(const TdsServer& server) { return Open(SettingsFor(server)); }
 
-// The error that a piece of code raises.
-template <typename Code>
-std::optional<RuntimeError> ErrorOf(Code code) {
-  try {
-    code();
-  } catch (const RuntimeError& error) {
-    return error;
-  }
-  return std::nullopt;
-}
-
-MATCHER(Succeeds, "") {
-  if (arg.has_value()) *result_listener << arg->number << ' ' << ToUtf8(arg->description);
-  return !arg.has_value();
-}
-
 MATCHER_P2(IsError, number, text, "") {
-  if (arg.has_value()) *result_listener << arg->number << ' ' << ToUtf8(arg->description);
-  return arg.has_value() && arg->number == number &&
-         arg->description.find(text) != std::wstring::npos;
+  *result_listener << arg.number << ' ' << ToUtf8(arg.description);
+  return arg.number == number && arg.description.find(text) != std::wstring::npos;
 }
 
 // Scripted answers to the statement "go".
@@ -91,7 +74,7 @@ TEST(SqlServerSessionTest, LogsInOnceAndRunsStatementsAsGiven) {
     EXPECT_EQ(session->CurrentDatabase(), L"SampleAgency");
     const std::wstring sql = L"SELECT 'O''Brien {x}' AS \"Zo\u00EB \U0001F600\"\r\n-- end";
     RowStore rows;
-    EXPECT_THAT(ErrorOf([&] { rows = session->Query(sql); }), Succeeds());
+    EXPECT_THAT(RaisedBy([&] { rows = session->Query(sql); }), IsError(0, L""));
     EXPECT_EQ(rows.FindColumn(L"zo\u00EB \U0001F600"), 0U);
     EXPECT_EQ(rows.Read(0, 0), Value(L"O'Brien {x}"));
   }
@@ -106,7 +89,7 @@ TEST(SqlServerSessionTest, LogsInOnceAndRunsStatementsAsGiven) {
 TEST(SqlServerSessionTest, SendsNoPartOfAStatement) {
   const TdsServer server;
   const auto session = Open(server);
-  EXPECT_THAT(ErrorOf([&] { session->Query(std::wstring(L"SELECT 1\0WHERE 1=0", 18)); }),
+  EXPECT_THAT(RaisedBy([&] { session->Query(std::wstring(L"SELECT 1\0WHERE 1=0", 18)); }),
               IsError(Session::kStatementRejected, L"NUL character"));
   EXPECT_THAT(server.Log("statement"), testing::IsEmpty());
 }
@@ -117,7 +100,7 @@ TEST(SqlServerSessionTest, CarriesPasswordsUnchanged) {
     const TdsServer server({.answers = "[]", .arguments = {"--password", password}});
     ConnectionSettings settings = SettingsFor(server);
     settings.password = FromUtf8(password);
-    EXPECT_THAT(ErrorOf([&] { Open(settings); }), Succeeds()) << password;
+    EXPECT_THAT(RaisedBy([&] { Open(settings); }), IsError(0, L"")) << password;
   }
 }
 
@@ -125,26 +108,27 @@ TEST(SqlServerSessionTest, SaysWhyItCannotOpen) {
   const TdsServer server;
   ConnectionSettings settings = SettingsFor(server);
   settings.password = L"wrong";
-  EXPECT_THAT(ErrorOf([&] { Open(settings); }),
+  EXPECT_THAT(RaisedBy([&] { Open(settings); }),
               IsError(Session::kProviderFailure,
                       L"Login failed for user 'appuser'. (SQL Server error 18456)"));
   settings = SettingsFor(server);
   settings.initial_catalog = L"Nowhere";
-  EXPECT_THAT(ErrorOf([&] { Open(settings); }),
+  EXPECT_THAT(RaisedBy([&] { Open(settings); }),
               IsError(Session::kProviderFailure, L"(SQL Server error 4060)"));
   EXPECT_THAT(server.Log("login"), testing::SizeIs(2));
 
   settings.data_source = L"127.0.0.1,1";
-  EXPECT_THAT(ErrorOf([&] { Open(settings); }),
+  EXPECT_THAT(RaisedBy([&] { Open(settings); }),
               IsError(Session::kProviderFailure, L"SQLSTATE 08001"));
   settings.data_source = L"no-such-host.invalid";
-  EXPECT_THAT(ErrorOf([&] { Open(settings); }), IsError(Session::kProviderFailure, L""));
+  EXPECT_THAT(RaisedBy([&] { Open(settings); }), IsError(Session::kProviderFailure, L""));
 }
 
 TEST(SqlServerSessionTest, GivesUpOnAServerThatNeverAnswers) {
   const TdsServer mute({.answers = "[]", .arguments = {"--mute"}});
   const auto start = std::chrono::steady_clock::now();
-  EXPECT_THAT(ErrorOf([&] { Open(mute); }), IsError(Session::kProviderFailure, L"Timeout expired"));
+  EXPECT_THAT(RaisedBy([&] { Open(mute); }),
+              IsError(Session::kProviderFailure, L"Timeout expired"));
   EXPECT_LT(std::chrono::steady_clock::now() - start, seconds(4));
 }
 
@@ -313,8 +297,8 @@ TEST(SqlServerSessionTest, RaisesWhatTheServerRejects) {
     const auto session = Open(server);
     const auto is_rejected = IsError(Session::kStatementRejected,
                                      L"Divide by zero error encountered. (SQL Server error 8134)");
-    EXPECT_THAT(ErrorOf([&] { session->Query(L"go"); }), is_rejected);
-    EXPECT_THAT(ErrorOf([&] { session->Execute(L"go"); }), is_rejected);
+    EXPECT_THAT(RaisedBy([&] { session->Query(L"go"); }), is_rejected);
+    EXPECT_THAT(RaisedBy([&] { session->Execute(L"go"); }), is_rejected);
     EXPECT_EQ(session->CurrentDatabase(), L"SampleAgency") << "the session goes on";
   }
 }
@@ -339,8 +323,8 @@ TEST(SqlServerSessionTest, RaisesWhatBreaksOff) {
     const TdsServer server(Answering(each.steps));
     const auto session = Open(server);
     const auto start = std::chrono::steady_clock::now();
-    EXPECT_THAT(ErrorOf([&] { session->Query(L"go"); }), IsError(Session::kProviderFailure, L""));
-    EXPECT_THAT(ErrorOf([&] { session->CurrentDatabase(); }),
+    EXPECT_THAT(RaisedBy([&] { session->Query(L"go"); }), IsError(Session::kProviderFailure, L""));
+    EXPECT_THAT(RaisedBy([&] { session->CurrentDatabase(); }),
                 IsError(Session::kProviderFailure, L""));
     EXPECT_LT(std::chrono::steady_clock::now() - start, seconds(5));
   }
@@ -350,7 +334,7 @@ TEST(SqlServerSessionTest, KeepsTheCommandTimeout) {
   const TdsServer server(Answering(R"([{"wait": 20}, )" + std::string(kTwoRows) + "]"));
   const auto session = Open(server);
   const auto start = std::chrono::steady_clock::now();
-  EXPECT_THAT(ErrorOf([&] { session->Query(L"go"); }),
+  EXPECT_THAT(RaisedBy([&] { session->Query(L"go"); }),
               IsError(Session::kProviderFailure, L"Timeout expired"));
   EXPECT_LT(std::chrono::steady_clock::now() - start, seconds(3));
   EXPECT_EQ(session->CurrentDatabase(), L"SampleAgency") << "the cancelled command is over";
@@ -367,7 +351,7 @@ TEST(SqlServerOpenerTest, TakesItsOptionsFromTheEnvironment) {
 
   const SessionOpener open = SqlServerOpener(system);
   for (int attempt = 0; attempt < 2; ++attempt) {
-    EXPECT_THAT(ErrorOf([&] { open({}); }),
+    EXPECT_THAT(RaisedBy([&] { open({}); }),
                 IsError(Session::kProviderFailure, L"/nowhere/driver.so"));
   }
   EXPECT_THAT(system.warnings, testing::SizeIs(1)) << "once for both passwords";

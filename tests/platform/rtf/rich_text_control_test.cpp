@@ -4,6 +4,7 @@
 
 #include <string>
 
+#include "tests/platform/raised_by.h"
 #include "tests/support/fake_platform.h"
 
 namespace pxscheduler {
@@ -47,13 +48,10 @@ TEST_F(RichTextControlTest, TellsTheFormFromTheFirstBytes) {
 TEST_F(RichTextControlTest, RefusesWhatIsNoDocument) {
   for (const std::string& bytes : {std::string(29, 'h'), kHeader + "\x01binary"}) {
     system_.files[L"letter.qzw"] = bytes;
-    try {
-      control_.Load(L"letter.qzw", 30, TextControl::kFormatRichText);
-      ADD_FAILURE() << bytes;
-    } catch (const RuntimeError& error) {
-      EXPECT_EQ(error.number, 321);
-      EXPECT_NE(error.description.find(L"letter.qzw"), std::wstring::npos);
-    }
+    const RuntimeError error =
+        RaisedBy([&] { control_.Load(L"letter.qzw", 30, TextControl::kFormatRichText); });
+    EXPECT_EQ(error.number, 321) << bytes;
+    EXPECT_NE(error.description.find(L"letter.qzw"), std::wstring::npos);
   }
   EXPECT_THROW(control_.Load(L"missing.qzw", 30, TextControl::kFormatRichText), RuntimeError);
 }

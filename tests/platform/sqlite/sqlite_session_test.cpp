@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "platform/code_page.h"
+#include "tests/platform/raised_by.h"
 #include "tests/support/scratch_folder.h"
 
 namespace pxscheduler {
@@ -81,14 +82,10 @@ class SqliteSessionTest : public testing::Test {
   }
 
   // "number text", or "" where nothing is raised.
-  template <typename Call>
-  static std::string ErrorOf(const Call& call) {
-    try {
-      call();
-    } catch (const RuntimeError& error) {
-      return std::to_string(error.number) + " " + ToUtf8(error.description);
-    }
-    return "";
+  template <typename Action>
+  static std::string ErrorOf(const Action& action) {
+    const RuntimeError error = RaisedBy(action);
+    return error.number == 0 ? "" : std::to_string(error.number) + " " + ToUtf8(error.description);
   }
 
   ScratchFolder scratch_;

@@ -69,7 +69,7 @@ TEST_F(Ado, RowsComeSortedWithTheirValues) {
   EXPECT_EQ(result_set_->Fields(L"Number"), Value(std::int64_t{7}));
   EXPECT_EQ(TextOf(regional_, result_set_->Fields(L"Balance")), L"-12.5");
   EXPECT_EQ(TextOf(regional_, result_set_->Fields(L"Birthday")), L"11/16/2026 6:00:00 PM");
-  EXPECT_EQ(ErrorOf([&] { result_set_->Fields(L"Missing"); }).number, 3265);
+  EXPECT_EQ(RaisedBy([&] { result_set_->Fields(L"Missing"); }).number, 3265);
   result_set_->MoveNext();
   EXPECT_TRUE(result_set_->EndOfFile());
   EXPECT_THAT(Calls(), testing::Contains("Recordset.Sort = \"Email\""));
@@ -101,7 +101,7 @@ TEST_F(Ado, ErrorsKeepTheirNumberAndText) {
     Fail(c.failure);
     if (connection_->State() != Connection::kStateOpen) Open();
     const RuntimeError error =
-        ErrorOf([&] { result_set_->Open(L"SELECT *", *connection_, -1, -1, -1); });
+        RaisedBy([&] { result_set_->Open(L"SELECT *", *connection_, -1, -1, -1); });
     EXPECT_EQ(error.number, c.number);
     if (c.description != nullptr) {
       EXPECT_EQ(error.description, c.description);
@@ -115,11 +115,11 @@ TEST_F(Ado, AnErrorInTheMiddleOfTheRowsIsRaised) {
   result_set_->Open(L"SELECT *", *connection_, -1, -1, -1);
   Fail(L"Recordset.MoveNext 2 80004005 Connection lost");
   result_set_->MoveNext();
-  EXPECT_EQ(ErrorOf([&] { result_set_->MoveNext(); }).description, L"Connection lost");
+  EXPECT_EQ(RaisedBy([&] { result_set_->MoveNext(); }).description, L"Connection lost");
 }
 
 TEST_F(Ado, AConnectionThatStayedClosedShowsAtTheLookUp) {
-  EXPECT_EQ(ErrorOf([&] { result_set_->Open(L"SELECT *", *connection_, -1, -1, -1); }).number,
+  EXPECT_EQ(RaisedBy([&] { result_set_->Open(L"SELECT *", *connection_, -1, -1, -1); }).number,
             3709);
 }
 

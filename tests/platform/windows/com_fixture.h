@@ -5,14 +5,12 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <memory>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "platform/code_page.h"
-#include "platform/runtime_error.h"
+#include "tests/platform/raised_by.h"
 #include "tests/support/com_server/com_server.h"
 #include "tests/support/com_server/registration.h"
 #include "tests/support/fake_platform.h"
@@ -54,15 +52,6 @@ class ComFixture : public testing::Test {
     std::vector<std::string> lines;
     for (std::string line; std::getline(file, line);) lines.push_back(line);
     return lines;
-  }
-  template <typename Action>
-  static RuntimeError ErrorOf(const Action& action) {
-    try {
-      action();
-    } catch (const RuntimeError& error) {
-      return error;
-    }
-    return {0, L"no error"};
   }
 
   FakeSystem system_;

@@ -20,7 +20,7 @@ class DataAccess : public ComFixture {
     };
     const auto connection = NewWindowsConnection(system_, {refuse(L"file"), refuse(L"odbc")});
     EXPECT_EQ(connection->State(), Connection::kStateClosed);
-    const RuntimeError error = ErrorOf(
+    const RuntimeError error = RaisedBy(
         [&] { connection->Open(L"Provider=SQLOLEDB;Data Source=" + source, L"", L"", -1); });
     if (error.number == 0) return L"ado";
     return error.number == 429 ? L"none" : error.description;
@@ -41,7 +41,7 @@ TEST_F(DataAccess, FollowsWhatIsInstalledAndWhatIsWanted) {
 
 TEST_F(DataAccess, RefusesAnUnknownWayByName) {
   system_.environment[L"PXSCHEDULER_DATA_ACCESS"] = L"oledb";
-  const RuntimeError error = ErrorOf([&] { NewWindowsConnection(system_, {}); });
+  const RuntimeError error = RaisedBy([&] { NewWindowsConnection(system_, {}); });
   EXPECT_EQ(error.number, 5);
   EXPECT_NE(error.description.find(L"PXSCHEDULER_DATA_ACCESS is \"oledb\""), std::wstring::npos);
 }

@@ -50,7 +50,7 @@ TEST_F(RichTextComponentTest, ATemplateIsConvertedByTheseCallsInThisOrder) {
 TEST_F(RichTextComponentTest, ALoadThatFailsIsRaisedAndLeavesNothingBehind) {
   Install();
   Fail(L"Control.99 1 800A7531 The file is damaged");
-  const RuntimeError error = ErrorOf([&] { Convert(); });
+  const RuntimeError error = RaisedBy([&] { Convert(); });
   EXPECT_EQ(error.number, 30001);
   EXPECT_EQ(error.description, L"The file is damaged");
   EXPECT_EQ(Calls().back(), "Control released");

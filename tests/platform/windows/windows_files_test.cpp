@@ -3,25 +3,16 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <functional>
 #include <iterator>
 
 #include "platform/code_page.h"
 #include "platform/windows/windows_code_page.h"
 #include "platform/windows/windows_system.h"
+#include "tests/platform/raised_by.h"
 #include "tests/support/scratch_folder.h"
 
 namespace pxscheduler {
 namespace {
-
-std::int32_t NumberOf(const std::function<void()>& action) {
-  try {
-    action();
-  } catch (const RuntimeError& error) {
-    return error.number;
-  }
-  return 0;
-}
 
 class WindowsFilesTest : public testing::Test {
  protected:
@@ -60,18 +51,18 @@ TEST_F(WindowsFilesTest, FindsAndMakesFolders) {
   EXPECT_EQ(system_.FirstEntry(Path("Data")), L"");
   system_.MakeFolder(Path("Data"));
   EXPECT_EQ(system_.FirstEntry(Path("Data")), L"Data");
-  EXPECT_EQ(NumberOf([&] { system_.MakeFolder(Path("Data")); }), 75);
-  EXPECT_EQ(NumberOf([&] { system_.MakeFolder(Path("none\\below")); }), 76);
+  EXPECT_EQ(RaisedBy([&] { system_.MakeFolder(Path("Data")); }).number, 75);
+  EXPECT_EQ(RaisedBy([&] { system_.MakeFolder(Path("none\\below")); }).number, 76);
 }
 
 TEST_F(WindowsFilesTest, RaisesWhatThePlatformRaises) {
   system_.MakeFolder(Path("folder"));
-  EXPECT_EQ(NumberOf([&] { system_.ReadFile(Path("none.htm")); }), 53);
-  EXPECT_EQ(NumberOf([&] { system_.ReadFile(Path("none\\none.htm")); }), 76);
-  EXPECT_EQ(NumberOf([&] { system_.ReadFile(Path("folder")); }), 70);
-  EXPECT_EQ(NumberOf([&] { system_.OpenForAppend(Path("none\\run.log")); }), 76);
-  EXPECT_EQ(NumberOf([&] { system_.ReplaceContent(Path("none\\x.htm"), ""); }), 76);
-  EXPECT_EQ(NumberOf([&] { system_.ReadFile(Path("x") + std::wstring(1, L'\0')); }), 75);
+  EXPECT_EQ(RaisedBy([&] { system_.ReadFile(Path("none.htm")); }).number, 53);
+  EXPECT_EQ(RaisedBy([&] { system_.ReadFile(Path("none\\none.htm")); }).number, 76);
+  EXPECT_EQ(RaisedBy([&] { system_.ReadFile(Path("folder")); }).number, 70);
+  EXPECT_EQ(RaisedBy([&] { system_.OpenForAppend(Path("none\\run.log")); }).number, 76);
+  EXPECT_EQ(RaisedBy([&] { system_.ReplaceContent(Path("none\\x.htm"), ""); }).number, 76);
+  EXPECT_EQ(RaisedBy([&] { system_.ReadFile(Path("x") + std::wstring(1, L'\0')); }).number, 75);
 }
 
 // Every call that takes a path must get along with one above the system's old limit. Not asked for
@@ -96,7 +87,7 @@ TEST_F(WindowsFilesTest, KnowsOneFileByItsRealPath) {
   const std::wstring roundabout =
       folder + L"\\..\\" + folder.substr(folder.find_last_of(L'\\') + 1) + L"\\logo.png";
   EXPECT_EQ(system_.RealPath(Path("logo.png")), system_.RealPath(roundabout));
-  EXPECT_EQ(NumberOf([&] { system_.RealPath(Path("none.png")); }), 76);
+  EXPECT_EQ(RaisedBy([&] { system_.RealPath(Path("none.png")); }).number, 76);
 }
 
 }  // namespace
