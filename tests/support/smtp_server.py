@@ -1,14 +1,14 @@
 #!/usr/bin/python3
 """A scripted SMTP server for tests: it keeps what it receives and misbehaves where it is told to.
 
-  smtp_server.py --port-file FILE --mailbox FOLDER [--script JSON] [--transcript FILE]
+  smtp_server.py --port-file FILE --mailbox FOLDER --script JSON [--transcript FILE]
 
 It listens on a free port of 127.0.0.1 (`--host ::1` for IPv6), writes the port to FILE once it
 accepts connections, and runs until it is terminated. Each message that arrives whole is written to
 FOLDER as 0001.eml, 0002.eml, ... in the order of arrival (dot-stuffing undone), beside 0001.json,
-its envelope: "from", "to" (a list), "mail" and "rcpt" (the commands' parameters), "connection" (1
-is the first), "tls" and "user" (who authenticated, else null). The transcript holds one line a
-command: the connection, a blank, the command.
+its envelope: "from", "to" (a list), "mail" (the command's parameters), "connection" (1 is the
+first), "tls" and "user" (who authenticated, else null). The transcript holds one line a command:
+the connection, a blank, the command.
 
 The script is JSON, inline or the name of a file that holds it; a file is read again for every
 connection, and where it has changed all counting starts afresh. Every key is optional:
@@ -17,12 +17,12 @@ connection, and where it has changed all counting starts afresh. Every key is op
   "users":         {"name": "password"}, for AUTH (add an "AUTH ..." extension)
   "certificate":   PEM file with key and certificate, for "STARTTLS" in extensions
   "implicit_tls":  true to speak TLS from the first byte
-  "delay_ms":      how long each reply is held back
+  "wrong_signature": true to answer SCRAM with a signature that proves nothing
   "faults":        a list of faults; the first that fits a step happens, and counts as used then
 
 A fault is {"at": STEP, "do": ACTION}, and optionally "nth" (the occurrence of the step in the life
-of the server, 1 is the first), "times" (how often it may happen), "connection" (only on that one)
-and "match" (a text that the command's parameter must hold, or for "message" the message).
+of the server, 1 is the first), "times" (how often it may happen) and "match" (a text that the
+command's parameter must hold, or for "message" the message).
 
   STEP    greeting, EHLO, HELO, STARTTLS, AUTH, MAIL, RCPT, DATA, RSET, QUIT,
           AUTH-PLAIN, AUTH-CRAM-MD5 and so on (before the mechanism begins; AUTH is at its end),
@@ -78,14 +78,13 @@ class Server:
             self.occurrences = {}
             self.used = [0] * len(self.script.get("faults", []))
 
-    def fault(self, step, connection, parameter):
+    def fault(self, step, parameter):
         """The action for this occurrence of the step, or None."""
         with self.lock:
             count = self.occurrences[step] = self.occurrences.get(step, 0) + 1
             for index, fault in enumerate(self.script.get("faults", [])):
                 if (fault["at"] == step
                         and fault.get("nth", count) == count
-                        and fault.get("connection", connection) == connection
                         and fault.get("match", "") in parameter
                         and self.used[index] < fault.get("times", 1 << 30)):
                     self.used[index] += 1
@@ -124,7 +123,6 @@ class Session:
         self.sender = None
         self.mail_parameters = ""
         self.recipients = []
-        self.recipient_parameters = []
 
     # Bytes.
 
@@ -154,9 +152,8 @@ class Session:
 
     def flush(self):
         if self.output:
-            time.sleep(self.script.get("delay_ms", 0) / 1000)
-            data, self.output = self.output, b""
-            self.socket.sendall(data)
+            self.socket.sendall(self.output)
+            self.output = b""
 
     def reply(self, text):
         # Answers to commands that came together leave together.
@@ -168,7 +165,7 @@ class Session:
     # whether the step took its regular course.
 
     def step(self, name, regular, parameter=""):
-        action = self.server.fault(name, self.number, parameter)
+        action = self.server.fault(name, parameter)
         if action is None:
             self.reply(regular)
             return True
@@ -184,6 +181,13 @@ class Session:
             return True
         self.misbehave(action)
         return False
+
+    def meets_fault(self, step, parameter=""):
+        """Does what the script wants at a step that has no regular reply."""
+        action = self.server.fault(step, parameter)
+        if action:
+            self.misbehave(action)
+        return bool(action)
 
     def misbehave(self, action):
         self.flush()
@@ -236,9 +240,8 @@ class Session:
             "extensions", ["PIPELINING", "8BITMIME", "SIZE 10485760", "SMTPUTF8"])
         if self.tls:
             lines = [line for line in lines if line != "STARTTLS"]
-        regular = "\r\n".join("250-" + line for line in lines[:-1])
-        regular += ("\r\n" if regular else "") + "250 " + lines[-1]
-        self.step("EHLO", regular, parameter)
+        regular = [f"250-{line}" for line in lines[:-1]] + [f"250 {lines[-1]}"]
+        self.step("EHLO", "\r\n".join(regular), parameter)
 
     def on_helo(self, parameter):
         self.forget()
@@ -264,9 +267,7 @@ class Session:
         if handler is None:
             self.reply("504 unknown mechanism")
             return
-        action = self.server.fault("AUTH-" + mechanism.upper(), self.number, parameter)
-        if action:
-            self.misbehave(action)
+        if self.meets_fault("AUTH-" + mechanism.upper()):
             return
         user = handler(initial)
         if user is None:
@@ -285,12 +286,11 @@ class Session:
         return self.script.get("users", {}).get(user)
 
     def auth_plain(self, initial):
-        data = base64.b64decode(initial) if initial else self.ask(b"")
-        _, user, password = data.decode().split("\0")
+        _, user, password = base64.b64decode(initial).decode().split("\0")
         return user if self.password(user) == password else None
 
-    def auth_login(self, initial):
-        user = (base64.b64decode(initial) if initial else self.ask(b"Username:")).decode()
+    def auth_login(self, _):
+        user = self.ask(b"Username:").decode()
         password = self.ask(b"Password:").decode()
         return user if self.password(user) == password else None
 
@@ -302,10 +302,9 @@ class Session:
         return user if digest == wanted else None
 
     def auth_scram_sha_256(self, initial):  # RFC 5802 and RFC 7677
-        first = (base64.b64decode(initial) if initial else self.ask(b"")).decode()
-        bare = first.split(",", 2)[2]
+        bare = base64.b64decode(initial).decode().split(",", 2)[2]
         fields = dict(part.split("=", 1) for part in bare.split(","))
-        user = fields["n"].replace("=2C", ",").replace("=3D", "=")
+        user = fields["n"]
         password = self.password(user) or secrets.token_hex()
         salt, count = secrets.token_bytes(16), 4096
         nonce = fields["r"] + secrets.token_hex(8)
@@ -334,11 +333,9 @@ class Session:
             self.sender, self.mail_parameters = path.partition("<")[2], rest.strip()
 
     def on_rcpt(self, parameter):
-        path, _, rest = parameter.partition(">")
         regular = "503 no sender" if self.sender is None else "250 recipient ok"
         if self.step("RCPT", regular, parameter) and self.sender is not None:
-            self.recipients.append(path.partition("<")[2])
-            self.recipient_parameters.append(rest.strip())
+            self.recipients.append(parameter.partition(">")[0].partition("<")[2])
 
     def on_data(self, parameter):
         if not self.recipients:
@@ -347,27 +344,19 @@ class Session:
         if not self.step("DATA", "354 go ahead", parameter):
             return
         self.flush()
-        action = self.server.fault("content", self.number, "")
-        if action:
-            self.misbehave(action)
+        if self.meets_fault("content"):
             return
         content = self.read_content()
         envelope = {"from": self.sender, "to": self.recipients, "mail": self.mail_parameters,
-                    "rcpt": self.recipient_parameters, "connection": self.number,
-                    "tls": self.tls, "user": self.user}
+                    "connection": self.number, "tls": self.tls, "user": self.user}
         self.server.keep(content, envelope)
         self.forget()
         self.step("message", "250 kept", content.decode("utf-8", "replace"))
-        action = self.server.fault("between", self.number, "")
-        if action:
-            self.misbehave(action)
+        self.meets_fault("between")
 
     def on_rset(self, parameter):
         self.forget()
         self.step("RSET", "250 reset", parameter)
-
-    def on_noop(self, _):
-        self.reply("250 ok")
 
     def on_quit(self, parameter):
         self.step("QUIT", "221 bye", parameter)
@@ -390,7 +379,7 @@ def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--port-file", required=True)
     parser.add_argument("--mailbox", required=True)
-    parser.add_argument("--script", default="{}")
+    parser.add_argument("--script", required=True)
     parser.add_argument("--transcript")
     parser.add_argument("--host", default="127.0.0.1")
     options = parser.parse_args()
