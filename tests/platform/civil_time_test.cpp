@@ -21,9 +21,7 @@ TEST(AddMonths, ClampsToTheLastDayOfAShorterMonth) {
       {2026y / 1 / 1, -1, 2025y / 12 / 1},     {2024y / 2 / 29, 12, 2025y / 2 / 28},
       {2026y / 11 / 16, -23, 2024y / 12 / 16},
   };
-  for (const auto& c : cases) {
-    EXPECT_EQ(AddMonths(c.from, c.months), c.expected) << c.months;
-  }
+  for (const auto& c : cases) EXPECT_EQ(AddMonths(c.from, c.months), c.expected) << c.months;
 }
 
 TEST(CivilTime, StaysInsideTheYearsThatDatesCanHold) {

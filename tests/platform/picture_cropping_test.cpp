@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
-#include <fstream>
-#include <iterator>
+
+#include "tests/support/child_process.h"
 
 namespace pxscheduler {
 namespace {
@@ -29,8 +29,7 @@ TEST(PixelsLeft, FollowTheSizeOfThePicture) {
 }
 
 std::string Picture(const std::string& name) {
-  std::ifstream file(TEST_DATA_FOLDER "/pictures/" + name, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
+  return ReadWholeFile(TEST_DATA_FOLDER "/pictures/" + name);
 }
 
 std::uint32_t BigEndian(const std::string& bytes, std::size_t at, std::size_t length) {

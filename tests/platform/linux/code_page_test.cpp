@@ -84,12 +84,10 @@ TEST(CodePage, ReadsUndefinedBytes) {
 TEST(CodePages, FindsByNameAndNumber) {
   const IcuCodePages pages(L"1252");
   for (const char* name : {"ISO-8859-2", "utf-8", "UTF8", "windows-1250", "CP1250", "1250", "cp437",
-                           "10000", "shift_jis", "us-ascii", "GBK", "big5"}) {
+                           "10000", "shift_jis", "us-ascii", "GBK", "big5"})
     EXPECT_NE(pages.Find(name), nullptr) << name;
-  }
-  for (const char* name : {"", "no-such-page", "99999", "ibm-1047,swaplfnl", "1252 ", "\xFF"}) {
+  for (const char* name : {"", "no-such-page", "99999", "ibm-1047,swaplfnl", "1252 ", "\xFF"})
     EXPECT_EQ(pages.Find(name), nullptr) << name;
-  }
   EXPECT_THROW(IcuCodePages(L"12520"), RuntimeError);
 }
 

@@ -146,9 +146,8 @@ TEST_F(LinuxSystemTest, ReplacesFiles) {
   EXPECT_EQ(RaisedBy([&] { system_.ReplaceContent(Path("taken"), "x"); }).number, 75);
   EXPECT_EQ(RaisedBy([&] { system_.ReplaceContent(Path("missing\\file"), "x"); }).number, 76);
   std::vector<std::string> left;
-  for (const auto& entry : std::filesystem::directory_iterator(folder_.Path())) {
+  for (const auto& entry : std::filesystem::directory_iterator(folder_.Path()))
     left.push_back(entry.path().filename());
-  }
   EXPECT_THAT(left, testing::UnorderedElementsAre("file", "reader", "taken"));
 }
 
@@ -174,9 +173,8 @@ TEST(ErrorOf, KnowsWhatTheSystemMeans) {
     int expected;
   } cases[] = {{ENOENT, 76}, {ENOTDIR, 76}, {EACCES, 70}, {EPERM, 70}, {EROFS, 70},
                {ENOSPC, 61}, {EDQUOT, 61},  {EFBIG, 61},  {EIO, 75},   {ENAMETOOLONG, 75}};
-  for (const auto& c : cases) {
+  for (const auto& c : cases)
     EXPECT_EQ(ErrorOf(c.error_number, "/a/b").number, c.expected) << c.error_number;
-  }
   EXPECT_EQ(ErrorOf(EACCES, "/a/b").description, L"Permission denied: \\a\\b");
 }
 

@@ -59,9 +59,8 @@ TEST(IcuCalendarNames, NamesEveryMonthInEveryLanguage) {
   for (const wchar_t* locale : {L"en-US", L"de-DE", L"fr-FR", L"ru-RU", L"ja-JP", L"ar-SA",
                                 L"zh-Hant-TW", L"nb-NO", L"xx-XX", L"not a locale", L""}) {
     const CalendarNames names = IcuCalendarNames(locale);
-    for (const auto* months : {&names.months, &names.months_of_dates, &names.short_months}) {
+    for (const auto* months : {&names.months, &names.months_of_dates, &names.short_months})
       for (const std::wstring& month : *months) EXPECT_NE(month, L"") << locale;
-    }
     for (const std::wstring& weekday : names.weekdays) EXPECT_NE(weekday, L"") << locale;
   }
   EXPECT_EQ(IcuCalendarNames(L"en-US").short_months, IcuCalendarNames(L"en").short_months);

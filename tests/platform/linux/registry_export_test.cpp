@@ -67,9 +67,8 @@ TEST(RegistryExport, ReadsEveryEncoding) {
   const std::string text = kHeader + "[HKLM\\K]\r\n@=\"default\"\r\n\"\"=\"same\"";
   std::string with_line_feeds = text;
   std::erase(with_line_feeds, '\r');
-  for (const std::string& bytes : {text, "\xEF\xBB\xBF" + text, Utf16(text), with_line_feeds}) {
+  for (const std::string& bytes : {text, "\xEF\xBB\xBF" + text, Utf16(text), with_line_feeds})
     EXPECT_EQ(ValueOf(Read(bytes), L""), L"same");
-  }
   EXPECT_EQ(ValueOf(Read(kHeader + "[HKLM\\K]\n\"\xC3\x9C\"=\"\xE2\x82\xAC\""), L"\u00FC"),
             L"\u20AC");
   EXPECT_EQ(ValueOf(Read(""), L""), L"(none)");

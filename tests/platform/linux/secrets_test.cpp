@@ -1,11 +1,9 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
-#include <cstdio>
-#include <cstdlib>
-
 #include "platform/linux/linux_passwords.h"
 #include "platform/secrets/secret_box.h"
+#include "tests/support/child_process.h"
 #include "tests/support/scratch_folder.h"
 
 namespace pxscheduler {
@@ -46,9 +44,8 @@ TEST_F(CredentialsTest, DecipherTheMailPassword) {
   first_.Write("mailkey", SecretKey::Random()->Text());
   EXPECT_EQ(Passwords().Decipher(stored), L"");
   EXPECT_EQ(warnings_.size(), 3U);
-  for (const std::wstring& warning : warnings_) {
+  for (const std::wstring& warning : warnings_)
     EXPECT_THAT(warning, testing::Not(testing::HasSubstr(stored)));
-  }
 
   first_.Write("mailkey", key.Text() + "\n");
   EXPECT_EQ(Passwords().Decipher(stored), L"hunter2");
@@ -57,19 +54,13 @@ TEST_F(CredentialsTest, DecipherTheMailPassword) {
 
 struct Finished {
   int status;
-  std::string output;
+  std::string output;  // and errors
 };
 
-// Runs a shell command to its end.
 Finished RunShell(const std::string& command) {
-  Finished finished{-1, ""};
-  std::FILE* pipe = ::popen(command.c_str(), "r");
-  if (pipe == nullptr) return finished;
-  char buffer[256];
-  while (std::fgets(buffer, sizeof buffer, pipe) != nullptr) finished.output += buffer;
-  const int status = ::pclose(pipe);
-  if (WIFEXITED(status)) finished.status = WEXITSTATUS(status);
-  return finished;
+  const ScratchFolder folder;
+  const int status = ChildProcess({"/bin/sh", "-c", command}, folder.Path("output")).Wait();
+  return {status, folder.Read("output")};
 }
 
 TEST_F(CredentialsTest, AreMadeByPxsecret) {
@@ -81,7 +72,7 @@ TEST_F(CredentialsTest, AreMadeByPxsecret) {
   EXPECT_EQ(status.st_mode & 0777U, 0600U);
 
   const std::string made = first_.Read("mailkey");
-  EXPECT_EQ(RunShell(program + " new-key " + key + " 2>&1").status, 1);
+  EXPECT_EQ(RunShell(program + " new-key " + key).status, 1);
   EXPECT_EQ(first_.Read("mailkey"), made);
 
   const Finished enciphered = RunShell("echo hunter2 | " + program + " encipher " + key);
@@ -90,15 +81,13 @@ TEST_F(CredentialsTest, AreMadeByPxsecret) {
   EXPECT_EQ(Passwords().Decipher(std::wstring(value.begin(), value.end())), L"hunter2");
 
   for (const char* bad : {"printf ''", "printf 'two\\nlines\\n'", "printf '\\377'"}) {
-    std::string command = bad;
-    command.append(" | ").append(program).append(" encipher ").append(key).append(" 2>/dev/null");
-    const Finished refused = RunShell(command);
+    const Finished refused =
+        RunShell(bad + (" | " + program) + " encipher " + key + " 2>/dev/null");
     EXPECT_EQ(refused.status, 1) << bad;
     EXPECT_EQ(refused.output, "") << bad;
   }
-  EXPECT_EQ(RunShell(program + " encipher " + first_.Path("missing") + " </dev/null 2>&1").status,
-            1);
-  EXPECT_EQ(RunShell(program + " encipher " + key + " hunter2 2>&1").status, 2);
+  EXPECT_EQ(RunShell(program + " encipher " + first_.Path("missing") + " </dev/null").status, 1);
+  EXPECT_EQ(RunShell(program + " encipher " + key + " hunter2").status, 2);
   EXPECT_EQ(RunShell(program + " --help").status, 0);
 }
 

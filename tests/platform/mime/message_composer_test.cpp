@@ -58,9 +58,8 @@ std::string Unstuffed(std::string_view wire) {
   EXPECT_TRUE(wire.ends_with("\r\n.\r\n"));
   std::string message(wire.substr(0, wire.size() - 3));
   EXPECT_EQ(message.find("\r\n.\r\n"), std::string::npos);
-  for (std::size_t i = 0; (i = message.find("\r\n..", i)) != std::string::npos; i += 3) {
+  for (std::size_t i = 0; (i = message.find("\r\n..", i)) != std::string::npos; i += 3)
     message.erase(i + 2, 1);
-  }
   return message;
 }
 

@@ -42,9 +42,7 @@ TEST(QuotedPrintableTest, Texts) {
       {std::wstring(74, L'x') + L" \n", std::string(74, 'x') + "=\r\n=20\r\n"},
       {std::wstring(73, L'x') + L" \n", std::string(73, 'x') + "=20\r\n"},
   };
-  for (const Case& test : cases) {
-    EXPECT_EQ(Encoded(test.text), test.encoded);
-  }
+  for (const Case& test : cases) EXPECT_EQ(Encoded(test.text), test.encoded);
 }
 
 // As a mail program reads it, after the server undid the dot-stuffing.
@@ -79,9 +77,7 @@ TEST(QuotedPrintableTest, AnyTextComesBack) {
       L"abcdefghijklmnopqrstuvwxyz....==   \t\n\n<>&\u00e9\u20ac\U0001F600";
   for (int round = 0; round < 2000; ++round) {
     std::wstring text;
-    for (std::size_t i = random() % 400; i > 0; --i) {
-      text += alphabet[random() % alphabet.size()];
-    }
+    for (std::size_t i = random() % 400; i > 0; --i) text += alphabet[random() % alphabet.size()];
     ASSERT_EQ(Decoded(Encoded(text)), ToUtf8(text));
   }
 }

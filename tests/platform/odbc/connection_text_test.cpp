@@ -95,9 +95,8 @@ TEST(DriverLibraryTest, KnowsHowEachDriverReads) {
       {L"ODBC Driver 17 for SQL Server", Dialect::kStandard},
       {L"sql server", Dialect::kWindowsOwn},
   };
-  for (const auto& each : cases) {
+  for (const auto& each : cases)
     EXPECT_EQ(DialectOf(each.driver), each.dialect) << ToUtf8(each.driver);
-  }
 }
 
 TEST(DriverLibraryTest, FindsTheDriverOrSaysWhatIsMissing) {

@@ -65,9 +65,8 @@ class LossyBrowser {
       const SocketHandle socket = socket_.Handle();
       for (int requests = 0; !is_over_;) {
         if (PollSockets(std::span(&socket, 1), SocketEvent::kReadable, milliseconds(20)) !=
-            PollResult::kReady) {
+            PollResult::kReady)
           continue;
-        }
         constexpr int kLongest = 100;
         std::array<char, kLongest> buffer{};
         sockaddr_storage client{};
@@ -75,9 +74,8 @@ class LossyBrowser {
         const auto got = recvfrom(socket, buffer.data(), kLongest, 0,
                                   reinterpret_cast<sockaddr*>(&client), &size);
         if (got <= 0 ||
-            std::string(buffer.data(), static_cast<std::size_t>(got)) != expected_request) {
+            std::string(buffer.data(), static_cast<std::size_t>(got)) != expected_request)
           return;
-        }
         if (++requests == 2) {
           std::size_t sent = 0;
           (void)StartConnecting(socket, client, size);

@@ -34,9 +34,8 @@ TEST(WideTextTest, ConvertsEveryLengthOfCharacter) {
 
 TEST(WideTextTest, ReplacesLoneSurrogates) {
   for (const std::vector<SQLWCHAR>& units :
-       {std::vector<SQLWCHAR>{'a', 0xD83D}, {'a', 0xDE00}, {'a', 0xD83D}}) {
+       {std::vector<SQLWCHAR>{'a', 0xD83D}, {'a', 0xDE00}, {'a', 0xD83D}})
     EXPECT_EQ(FromDriverText(units), L"a\uFFFD");
-  }
   EXPECT_EQ(FromDriverText(std::vector<SQLWCHAR>{0xD83D, 0xD83D, 0xDE00}), L"\uFFFD\U0001F600");
   EXPECT_EQ(ToDriverText(std::wstring(1, wchar_t{0xD83D})), (std::vector<SQLWCHAR>{0xFFFD, 0}));
 }

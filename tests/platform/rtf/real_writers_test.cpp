@@ -3,21 +3,19 @@
 #include <gtest/gtest.h>
 
 #include <cctype>
-#include <fstream>
-#include <iterator>
 #include <string>
 
 #include "platform/html/html_writer.h"
 #include "platform/html/plain_text.h"
 #include "platform/linux/icu_code_page.h"
 #include "platform/rtf/rtf_reader.h"
+#include "tests/support/child_process.h"
 
 namespace pxscheduler {
 namespace {
 
 std::string ReadData(const std::string& name) {
-  std::ifstream file(std::string(TEST_DATA_FOLDER "/templates/") + name, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+  return ReadWholeFile(TEST_DATA_FOLDER "/templates/" + name);
 }
 
 std::string Converted(const std::string& rtf) {
@@ -101,9 +99,7 @@ TEST(CodePages, ComeFromFontsAndTheDocument) {
 // The letter of the demonstration, cut off anywhere: what is left of it is a document, and each
 // merge token that was whole before the cut is whole in it.
 TEST(CutOffLetter, KeepsItsTokensWhole) {
-  std::ifstream file(TEST_DATA_FOLDER "/../../demo/birthday.qzw", std::ios::binary);
-  std::string letter{std::istreambuf_iterator<char>(file), {}};
-  letter.erase(0, 30);
+  const std::string letter = ReadWholeFile(TEST_DATA_FOLDER "/../../demo/birthday.qzw").substr(30);
   ASSERT_GT(letter.size(), 5000U);
   ASSERT_EQ(Count(Converted(letter), "[First Name]"), 1U);
   std::size_t tokens_before = 0;

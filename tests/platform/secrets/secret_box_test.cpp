@@ -33,18 +33,16 @@ TEST(SecretBox, RefusesEveryChange) {
     EXPECT_EQ(Decipher(key, value.substr(0, i)), std::nullopt) << i;
   }
   for (const std::string& changed : {value + "=", value + "AAAA", value + "\n", " " + value,
-                                     "v1:" + value, std::string("v1:"), std::string("v1:====")}) {
+                                     "v1:" + value, std::string("v1:"), std::string("v1:====")})
     EXPECT_EQ(Decipher(key, changed), std::nullopt) << changed;
-  }
 }
 
 TEST(SecretKey, ReadsOnlyKeys) {
   const std::string text = SecretKey::Random()->Text();
   EXPECT_EQ(SecretKey::FromText(text)->Text(), text);
   for (const std::string& other : {std::string(), text.substr(4), text + "AAAA",
-                                   text.substr(0, 43) + "\n", "!" + text.substr(1)}) {
+                                   text.substr(0, 43) + "\n", "!" + text.substr(1)})
     EXPECT_FALSE(SecretKey::FromText(other)) << other;
-  }
 }
 
 }  // namespace

@@ -34,9 +34,7 @@ TEST(DigestsTest, PublishedValues) {
       {Pbkdf2Sha256("", "salt", 4096),
        "ea25800b7cc40c98aa4f4ec410701524d18901c70cd8e1ee5650fd978ecbaa10"},
   };
-  for (const auto& each : cases) {
-    EXPECT_EQ(Hexadecimal(each.digest), each.expected);
-  }
+  for (const auto& each : cases) EXPECT_EQ(Hexadecimal(each.digest), each.expected);
 }
 
 TEST(DigestsTest, RandomBytesAreAsManyAsWantedAndNeverTheSame) {

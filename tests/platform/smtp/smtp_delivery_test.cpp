@@ -35,9 +35,8 @@ TEST(DeliveryTest, OneConnectionForTheRunWithResetAfterARefusal) {
   ASSERT_THAT(commands, SizeIs(12));
   EXPECT_THAT(commands[0], StartsWith("1 EHLO "));
   commands.erase(commands.begin());
-  for (std::string& command : commands) {
+  for (std::string& command : commands)
     command.resize(std::min(command.find(" SIZE="), command.size()));
-  }
   EXPECT_THAT(
       commands,
       ElementsAre("1 MAIL FROM:<news@agency.example>", "1 RCPT TO:<ann@example.com>", "1 DATA",
@@ -68,9 +67,8 @@ TEST(DeliveryTest, OpensAgainWhereTheServerEndedTheConnection) {
     const ScriptedSmtpServer server(R"({"faults": [)" + std::string(fault) + "]}");
     TestMail mail(server.Port());
     for (const wchar_t* address :
-         {L"a@example.com", L"b@example.com", L"c@example.com", L"d@example.com"}) {
+         {L"a@example.com", L"b@example.com", L"c@example.com", L"d@example.com"})
       EXPECT_EQ(mail.SendTo(address), 0);
-    }
     EXPECT_THAT(server.Messages(), SizeIs(4));
     EXPECT_THAT(server.Envelope(3), HasSubstr(R"("connection": 2)"));
   }
@@ -79,10 +77,8 @@ TEST(DeliveryTest, OpensAgainWhereTheServerEndedTheConnection) {
 TEST(DeliveryTest, NothingIsSentWhereSomethingIsMalformedOrMissing) {
   const ScriptedSmtpServer server("{}");
   TestMail mail(server.Port());
-  for (const wchar_t* address :
-       {L"", L"a@example.com, b@example.com", L"ann@example.com\r\nDATA"}) {
+  for (const wchar_t* address : {L"", L"a@example.com, b@example.com", L"ann@example.com\r\nDATA"})
     EXPECT_EQ(mail.SendTo(address), 8) << ToUtf8(address);
-  }
   for (const wchar_t* sender : {L"", L"agency", L"news@agency.example\r\nRCPT TO:<x@y>"}) {
     mail.Component().SetSenderAddress(sender);
     EXPECT_EQ(mail.SendTo(L"ann@example.com"), 7) << ToUtf8(sender);
@@ -135,11 +131,10 @@ TEST(DeliveryTest, Extensions) {
     const ScriptedSmtpServer server(R"({"extensions": [)" + std::string(test.extensions) + "]}");
     TestMail mail(server.Port());
     EXPECT_EQ(mail.SendTo(test.address), test.code);
-    if (test.code == 0) {
+    if (test.code == 0)
       EXPECT_THAT(server.Envelope(0), HasSubstr(test.envelope));
-    } else {
+    else
       EXPECT_THAT(server.Messages(), IsEmpty());
-    }
   }
 }
 

@@ -107,9 +107,7 @@ TEST(ProtectionTest, EachSettingMeetsEachKindOfServer) {
     TestMail mail(server.Port());
     mail.Component().SetServerHost(L"localhost");
     mail.Component().SetSecurity(test.security);
-    if (test.with_password) {
-      UsePassword(mail);
-    }
+    if (test.with_password) UsePassword(mail);
     EXPECT_EQ(mail.SendTo(L"ann@example.com"), test.code);
     if (test.code == 0) {
       EXPECT_THAT(server.Envelope(0),
@@ -193,9 +191,7 @@ TEST(ProtectionTest, FaultsAtStartTls) {
           R"("STARTTLS", "AUTH PLAIN")", "trusted.pem",
           R"(, "faults": [{"at": "STARTTLS", "do": ")" + std::string(test.action) + R"("}])"));
       TestMail mail(server.Port(), std::chrono::milliseconds(900));
-      if (with_password) {
-        UsePassword(mail);
-      }
+      if (with_password) UsePassword(mail);
       const std::int32_t code = mail.SendTo(L"ann@example.com");
       EXPECT_EQ(code, with_password ? test.code_with_password : test.code);
       delivered += code == 0 ? 1 : 0;
@@ -240,11 +236,10 @@ TEST(ProtectionTest, TheStrongestMechanismThatTheServerOffers) {
     UsePassword(mail, test.password);
     EXPECT_EQ(mail.SendTo(L"ann@example.com"), test.code);
     EXPECT_EQ(server.Messages().size(), test.code == 0 ? 1U : 0U);
-    if (*test.expected == '\0') {
+    if (*test.expected == '\0')
       EXPECT_THAT(server.Commands(), Each(Not(HasSubstr("AUTH"))));
-    } else {
+    else
       EXPECT_THAT(server.Commands(), Contains(HasSubstr(test.expected)));
-    }
   }
 }
 

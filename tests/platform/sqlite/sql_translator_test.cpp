@@ -32,39 +32,31 @@ struct Case {
 template <std::size_t count>
 void ExpectTranslated(const Case (&cases)[count]) {
   for (const auto& [sql, translated] : cases) {
-    const std::string error = ErrorOf(sql);
-    EXPECT_EQ(error, "none: " + translated) << sql;
+    EXPECT_EQ(ErrorOf(sql), "none: " + translated) << sql;
   }
 }
 
 TEST(SqlTranslatorTest, LeavesWhatBothLanguagesShare) {
-  const Case cases[] = {
-      {"SELECT * FROM Clients", "SELECT * FROM Clients"},
-      {"select c.*, COUNT(*) n from Clients c group by c.Name order by 2 desc;",
-       "SELECT c.*, COUNT(*) n FROM Clients c GROUP BY c.Name ORDER BY 2 DESC;"},
-      {"SELECT Name FROM Clients WHERE MONTH(Birthdate)*100+DAY(Birthdate) IN (1117,1118)",
-       "SELECT Name FROM Clients WHERE MONTH(Birthdate)*100+DAY(Birthdate) IN (1117,1118)"},
-      {"SELECT 1 WHERE NOT EXISTS (SELECT 1) AND Name IS NOT NULL",
-       "SELECT 1 WHERE NOT EXISTS (SELECT 1) AND Name IS NOT NULL"},
-      {"SELECT a - -b*-2", "SELECT SQL_SUBTRACT(a, -b* -2)"},
-      {"SELECT Number - -2", "SELECT Number-  -2"},
-      {"SELECT a FROM t LEFT JOIN u ON t.a=u.a", "SELECT a FROM t LEFT JOIN u ON t.a=u.a"},
-      {")", ")"},
-      {"", ""},
-  };
-  ExpectTranslated(cases);
+  for (const std::string sql :
+       {"SELECT * FROM Clients", ")", "", "SELECT a FROM t LEFT JOIN u ON t.a=u.a",
+        "SELECT Name FROM Clients WHERE MONTH(Birthdate)*100+DAY(Birthdate) IN (1117,1118)",
+        "SELECT 1 WHERE NOT EXISTS (SELECT 1) AND Name IS NOT NULL"})
+    EXPECT_EQ(ErrorOf(sql), "none: " + sql);
 }
 
 TEST(SqlTranslatorTest, RewritesTheDialect) {
   const Case cases[] = {
+      {"select c.*, COUNT(*) n from Clients c group by c.Name order by 2 desc;",
+       "SELECT c.*, COUNT(*) n FROM Clients c GROUP BY c.Name ORDER BY 2 DESC;"},
+      {"SELECT a - -b*-2", "SELECT SQL_SUBTRACT(a, -b* -2)"},
+      {"SELECT Number - -2", "SELECT Number-  -2"},
       {"SELECT TOP 5 * FROM [Agency].dbo.[Clients] WITH (NOLOCK) ORDER BY Name",
        "SELECT * FROM \"Clients\" ORDER BY Name LIMIT 5"},
       {"SELECT DISTINCT TOP (2+3) Name FROM dbo.Clients c (nolock) OPTION (MAXDOP 1)",
        "SELECT DISTINCT Name FROM Clients c LIMIT (2+3)"},
       {"SELECT TOP 1 a FROM t UNION ALL SELECT TOP 2 a FROM u ORDER BY a",
-       " SELECT * FROM (SELECT a FROM t LIMIT 1) UNION ALL SELECT * FROM ( SELECT a FROM u LIMIT "
-       "2) "
-       "ORDER BY a"},
+       " SELECT * FROM (SELECT a FROM t LIMIT 1) UNION ALL "
+       "SELECT * FROM ( SELECT a FROM u LIMIT 2) ORDER BY a"},
       {"SELECT (SELECT TOP 1 a FROM t) FROM u", "SELECT (SELECT a FROM t LIMIT 1) FROM u"},
       {"SELECT DATEDIFF(yy, Birthdate, GETDATE()), DATEADD(day,-1,CURRENT_TIMESTAMP)",
        "SELECT DATEDIFF('yy',Birthdate,GETDATE()), DATEADD('day', -1,GETDATE())"},

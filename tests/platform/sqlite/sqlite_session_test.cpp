@@ -19,9 +19,7 @@
 namespace pxscheduler {
 namespace {
 
-using std::chrono::hours;
-using std::chrono::sys_days;
-using std::chrono::year;
+using namespace std::chrono_literals;
 
 class SqliteSessionTest : public testing::Test {
  protected:
@@ -91,36 +89,22 @@ class SqliteSessionTest : public testing::Test {
   ScratchFolder scratch_;
   std::filesystem::path folder_ = scratch_.Path();
   std::filesystem::path file_;
-  DateTime now_{year{2026} / 11 / 16, hours{15}};
+  DateTime now_{2026y / 11 / 16, 15h};
 };
 
 TEST_F(SqliteSessionTest, GivesValuesByDeclaredType) {
   const std::unique_ptr<Session> session = Open();
   const RowStore rows = session->Query(L"SELECT * FROM Clients ORDER BY Number");
+  const DateTime birth{1980y / 11 / 25};
+  const DateTime wedding{2001y / 12 / 24};
+  const DateTime afternoon{2026y / 11 / 16, 15h + 7min + 41s};
   const std::vector<std::vector<Value>> expected = {
-      {std::int64_t{1}, L"Zoë", L"Zoe@Example.org", true, DateTime{year{1970} / 11 / 17},
-       DateTime{year{2002} / 3 / 5}, Decimal{"19.9"}, 2.0, std::wstring{L"\0\uFFFD", 2}, 1.5},
-      {std::int64_t{2},
-       L"O'Brien",
-       L"b@x",
-       false,
-       DateTime{year{1980} / 11 / 25},
-       DateTime{year{2001} / 12 / 24},
-       Decimal{"5"},
-       0.1,
-       {},
-       L"text"},
-      {std::int64_t{3}, std::wstring{L"a\0b", 3}, {}, {}, L"unknown", {}, 1e300, {}, {}, {}},
-      {std::int64_t{4},
-       L"\U0001F600",
-       L"É@x",
-       L"yes",
-       {},
-       DateTime{sys_days{year{2026} / 11 / 16}, std::chrono::seconds{54461}},
-       L"n/a",
-       L"n/a",
-       {},
-       std::int64_t{9007199254740993}}};
+      {1, L"Zoë", L"Zoe@Example.org", true, DateTime{1970y / 11 / 17}, DateTime{2002y / 3 / 5},
+       Decimal{"19.9"}, 2.0, std::wstring{L"\0\uFFFD", 2}, 1.5},
+      {2, L"O'Brien", L"b@x", false, birth, wedding, Decimal{"5"}, 0.1, {}, L"text"},
+      {3, std::wstring{L"a\0b", 3}, {}, {}, L"unknown", {}, 1e300, {}, {}, {}},
+      {4, L"\U0001F600", L"É@x", L"yes", {}, afternoon, L"n/a", L"n/a", {}, 9007199254740993},
+  };
   ASSERT_EQ(rows.RowCount(), expected.size());
   for (std::size_t row = 0; row < expected.size(); ++row)
     for (std::size_t column = 0; column < expected[row].size(); ++column)
@@ -166,7 +150,6 @@ TEST_F(SqliteSessionTest, RunsSavedQueries) {
 }
 
 TEST_F(SqliteSessionTest, ComputesAsTheServerDoes) {
-  using Integer = std::int64_t;
   // As many characters to the server as the platform's wide characters take for it.
   const std::wstring emoji = L"\U0001F600";
   const struct {
@@ -188,27 +171,27 @@ TEST_F(SqliteSessionTest, ComputesAsTheServerDoes) {
       {L"SUBSTRING('abcdef',7,1)", L""},
       {L"SUBSTRING(12345,2,9223372036854775807)", L"2345"},
       {L"SUBSTRING('a" + emoji + L"b',2," + std::to_wstring(emoji.size()) + L")", emoji},
-      {L"LEN('  a  ')", Integer{3}},
-      {L"LEN('')", Integer{0}},
+      {L"LEN('  a  ')", 3},
+      {L"LEN('')", 0},
       {L"LEFT('abc',2)+RIGHT('abc',5)", L"ababc"},
-      {L"CHARINDEX('B','abcb',3)", Integer{4}},
-      {L"CHARINDEX('x','abc')", Integer{0}},
+      {L"CHARINDEX('B','abcb',3)", 4},
+      {L"CHARINDEX('x','abc')", 0},
       {L"UPPER('straße é')+LOWER('ÀÉ')", L"STRAßE Éàé"},
       {L"'a'+'b'+NULL", {}},
-      {L"'5'+3", Integer{8}},
+      {L"'5'+3", 8},
       {L"9223372036854775807-(-1)+0", 9223372036854775808.0},
       {L"CONVERT(varchar(3),'abcdef')", L"abc"},
       {L"CONVERT(char(5),12)+'|'", L"12   |"},
       {L"CONVERT(varchar,GETDATE())", L"Nov 16 2026  3:00PM"},
       {L"CONVERT(varchar(10),GETDATE(),103)", L"16/11/2026"},
-      {L"CONVERT(int,'  42 ')", Integer{42}},
-      {L"CAST(-2.9 AS int)", Integer{-2}},
+      {L"CONVERT(int,'  42 ')", 42},
+      {L"CAST(-2.9 AS int)", -2},
       {L"CONVERT(decimal(10,2),1.005)", 1.01},
-      {L"CONVERT(decimal(5),-2.5)", Integer{-3}},
+      {L"CONVERT(decimal(5),-2.5)", -3},
       {L"CONVERT(datetime,'16/11/2026',103)", L"2026-11-16 00:00:00"},
-      {L"CONVERT(bit,5)", Integer{1}},
-      {L"CASE 'A' WHEN 'a' THEN 1 ELSE 2 END", Integer{1}},
-      {L"7/2", Integer{3}},
+      {L"CONVERT(bit,5)", 1},
+      {L"CASE 'A' WHEN 'a' THEN 1 ELSE 2 END", 1},
+      {L"7/2", 3},
   };
   for (const auto& [expression, value] : cases)
     EXPECT_EQ(Values(L"SELECT " + expression), std::vector<Value>{value}) << ToUtf8(expression);

@@ -38,9 +38,8 @@ TEST(WindowsCodePage, WritesWhatItHas) {
     EXPECT_EQ(page->FromBytes(c.bytes), c.back) << c.page;
     EXPECT_EQ(page->RoundTrip(c.text), c.back) << c.page;
   }
-  for (const char* name : {"", "no-such-page", "windows-", "999999", "1252x"}) {
+  for (const char* name : {"", "no-such-page", "windows-", "999999", "1252x"})
     EXPECT_EQ(pages.Find(name), nullptr) << name;
-  }
 }
 
 // The table of a single-byte page gives what the conversions give, over every unit.
@@ -50,9 +49,8 @@ TEST(WindowsCodePage, RoundTripsAsItConverts) {
     const std::unique_ptr<CodePage> page = pages.Find(name);
     ASSERT_NE(page, nullptr) << name;
     std::wstring text;
-    for (unsigned unit = 1; unit < 0xFFFE; unit += unit < 0x300 ? 1 : 7) {
+    for (unsigned unit = 1; unit < 0xFFFE; unit += unit < 0x300 ? 1 : 7)
       if (unit < 0xD800 || unit > 0xDFFF) text += static_cast<wchar_t>(unit);
-    }
     const std::wstring once = page->RoundTrip(text);
     EXPECT_EQ(once, page->FromBytes(page->ToBytes(text))) << name;
     EXPECT_EQ(once, page->RoundTrip(once)) << name;

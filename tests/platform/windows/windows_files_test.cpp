@@ -18,9 +18,8 @@ class WindowsFilesTest : public testing::Test {
  protected:
   std::wstring Path(const std::string& name) const {
     std::wstring path = FromUtf8(folder_.Path(name));
-    for (wchar_t& unit : path) {
+    for (wchar_t& unit : path)
       if (unit == L'/') unit = L'\\';
-    }
     return path;
   }
 

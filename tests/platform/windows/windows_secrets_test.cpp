@@ -16,9 +16,8 @@ class WindowsPasswordsTest : public testing::Test {
   WindowsPasswordsTest() { Remove(); }
   ~WindowsPasswordsTest() override { Remove(); }
   static void Remove() {
-    for (const wchar_t* target : {L"Orbalis/appuser", L"Orbalis/mailkey"}) {
+    for (const wchar_t* target : {L"Orbalis/appuser", L"Orbalis/mailkey"})
       ::CredDeleteW(target, CRED_TYPE_GENERIC, 0);
-    }
   }
   CredentialPasswords Passwords() {
     return WindowsPasswords([this](const std::wstring& line) { warnings_.push_back(line); });

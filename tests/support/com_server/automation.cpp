@@ -38,9 +38,8 @@ std::wstring Described(const std::wstring& call, WORD kind, const Arguments& arg
   const std::size_t listed = arguments.size() - (kind == DISPATCH_PROPERTYPUT ? 1 : 0);
   if (kind != DISPATCH_PROPERTYPUT || listed != 0) {
     text += L'(';
-    for (std::size_t i = 0; i < listed; ++i) {
+    for (std::size_t i = 0; i < listed; ++i)
       text += (i == 0 ? L"" : L", ") + Described(arguments[i]);
-    }
     text += L')';
   }
   if (kind == DISPATCH_PROPERTYPUT) text += L" = " + Described(arguments.back());

@@ -47,14 +47,13 @@ ResultSet ResultOf(const std::wstring& statement) {
   ResultSet result;
   bool wanted = false;
   std::wistringstream lines(FromUtf8Bytes(ReadWhole(EnvironmentText(kComRows))));
-  for (std::wstring line; std::getline(lines, line);) {
+  for (std::wstring line; std::getline(lines, line);)
     if (line.starts_with(L"? "))
       wanted = statement.starts_with(line.substr(2));
     else if (wanted && result.columns.empty())
       result.columns = Split(line);
     else if (wanted)
       result.rows.push_back(Split(line));
-  }
   return result;
 }
 
@@ -72,9 +71,8 @@ HRESULT GiveCell(const std::wstring& cell, VARIANT* result) {
                          : type == L"date"  ? VT_DATE
                          : type == L"money" ? VT_CY
                                             : VT_BSTR;
-  if (wanted == VT_DATE) {  // a serial number, which no locale reads otherwise
+  if (wanted == VT_DATE)  // a serial number, which no locale reads otherwise
     ::VariantChangeTypeEx(result, result, LOCALE_INVARIANT, 0, VT_R8);
-  }
   return ::VariantChangeTypeEx(result, result, LOCALE_INVARIANT, 0, wanted);
 }
 
@@ -164,9 +162,8 @@ class FieldsObject : public Automation {
                 VARIANT* result) override {
     const std::vector<std::wstring>& columns = owner_.Rows().columns;
     const std::wstring name = LowerCase(V_BSTR(&arguments.at(0)));
-    for (std::size_t i = 0; i < columns.size(); ++i) {
+    for (std::size_t i = 0; i < columns.size(); ++i)
       if (LowerCase(columns[i]) == name) return Give(result, new FieldObject(owner_, i));
-    }
     return kItemNotFound;
   }
 

@@ -12,9 +12,8 @@ const std::wstring kClasses = L"Software\\Classes\\";
 void Write(const std::wstring& key, const wchar_t* name, const std::wstring& text) {
   const auto bytes = static_cast<DWORD>((text.size() + 1) * sizeof(wchar_t));
   if (::RegSetKeyValueW(HKEY_LOCAL_MACHINE, key.c_str(), name, REG_SZ, text.c_str(), bytes) !=
-      ERROR_SUCCESS) {
+      ERROR_SUCCESS)
     throw std::runtime_error("a class cannot be registered");
-  }
 }
 
 std::wstring LibraryPath() {
@@ -33,9 +32,8 @@ ComRegistration::ComRegistration(const std::wstring& program_id, const CLSID& cl
   wchar_t before[64] = {};
   DWORD size = sizeof before;
   if (::RegGetValueW(HKEY_LOCAL_MACHINE, program_key_.c_str(), nullptr, RRF_RT_REG_SZ, nullptr,
-                     before, &size) == ERROR_SUCCESS) {
+                     before, &size) == ERROR_SUCCESS)
     before_ = before;
-  }
   Write(program_key_, nullptr, identifier);
   Write(class_key_ + L"\\InprocServer32", nullptr, LibraryPath());
   Write(class_key_ + L"\\InprocServer32", L"ThreadingModel", L"Apartment");
@@ -43,11 +41,10 @@ ComRegistration::ComRegistration(const std::wstring& program_id, const CLSID& cl
 
 ComRegistration::~ComRegistration() {
   ::RegDeleteTreeW(HKEY_LOCAL_MACHINE, class_key_.c_str());
-  if (before_) {
+  if (before_)
     Write(program_key_, nullptr, *before_);
-  } else {
+  else
     ::RegDeleteTreeW(HKEY_LOCAL_MACHINE, program_key_.c_str());
-  }
 }
 
 }  // namespace pxscheduler
