@@ -55,20 +55,18 @@ TEST(PlainText, RendersEachElement) {
 
 TEST(PlainText, RendersTables) {
   const Case cases[] = {
-      {"<table><tr><th>Trip</th><th>Price</th></tr><tr><td>Lisbon, 4 nights</td>"
-       "<td align=right>399</td></tr><tr><td>Rome</td><td><p "
-       "style='text-align:right'>1,250</p></td></tr>"
-       "</table>",
-       "Trip              Price\n----------------  -----\nLisbon, 4 nights    399\nRome            "
-       "  1,250\n"},
-      {"<table><tr><td rowspan=2>A</td><td>b</td></tr><tr><td>c</td></tr><tr><td colspan=2>wide "
-       "cell"
-       "</td></tr></table>",
+      {"<table><tr><th>Trip</th><th>Price</th></tr>"
+       "<tr><td>Lisbon, 4 nights</td><td align=right>399</td></tr>"
+       "<tr><td>Rome</td><td><p style='text-align:right'>1,250</p></td></tr></table>",
+       "Trip              Price\n----------------  -----\n"
+       "Lisbon, 4 nights    399\nRome              1,250\n"},
+      {"<table><tr><td rowspan=2>A</td><td>b</td></tr><tr><td>c</td></tr>"
+       "<tr><td colspan=2>wide cell</td></tr></table>",
        "A  b\n   c\nwide cell\n"},
       // A table for the layout alone.
       {"<table><tr><td><p>One</p><p>Two</p></td></tr></table>", "One\n\nTwo\n"},
-      {"<table><tr><td>out<table><tr><td>in</td><td>ner</td></tr></table></td><td>x</td></tr></"
-       "table>",
+      {"<table><tr><td>out<table><tr><td>in</td><td>ner</td></tr></table></td>"
+       "<td>x</td></tr></table>",
        "out      x\n\nin  ner\n"},
       {"x<table>lost?<tr><td>a</td></table>y", "x\n\nlost?\na\n\ny\n"},
   };

@@ -60,17 +60,12 @@ TEST(CropDib, LeavesTheRowsAndPixelsInside) {
                         {40, 16, false, 3}, {40, 24, true, 0}, {40, 32, false, 0},
                         {12, 24, false, 0}, {12, 4, false, 0}, {108, 32, true, 3}};
   const PixelRectangle parts[] = {{0, 0, 9, 5}, {1, 0, 8, 5}, {3, 1, 5, 3}, {8, 4, 1, 1}};
+  const auto twips = [](std::uint32_t pixels) { return static_cast<std::int32_t>(pixels * 15); };
   for (const Form& form : forms) {
     for (const PixelRectangle& part : parts) {
-      const auto twips = [](std::uint32_t pixels) {
-        return static_cast<std::int32_t>(pixels * 15);
-      };
-      const PictureCropping cropping{0,
-                                     0,
-                                     twips(part.left),
-                                     twips(part.top),
-                                     twips(9 - part.left - part.width),
-                                     twips(5 - part.top - part.height)};
+      const std::int32_t right = twips(9 - part.left - part.width);
+      const std::int32_t bottom = twips(5 - part.top - part.height);
+      const PictureCropping cropping{0, 0, twips(part.left), twips(part.top), right, bottom};
       EXPECT_EQ(CropDib(Dib(form, {0, 0, 9, 5}), cropping), Dib(form, part))
           << form.bits << " bits, " << part.left;
     }

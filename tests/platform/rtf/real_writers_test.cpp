@@ -56,12 +56,9 @@ TEST_P(RealWriters, ExportTheSameText) {
 
 TEST_P(RealWriters, ExportTheSameStructure) {
   const std::string html = Converted(ReadData(GetParam() + ".rtf"));
-  EXPECT_EQ(Count(html, "<h1"), 1U);
-  EXPECT_EQ(Count(html, "<h2"), 1U);
-  EXPECT_EQ(Count(html, "<table"), 1U);
-  EXPECT_EQ(Count(html, "href=\"https://sunset.example/offers?n=[Number]\""), 1U);
-  EXPECT_EQ(Count(html, "<sub"), 1U);
-  EXPECT_EQ(Count(html, "[First Name]"), 1U);
+  for (const char* once : {"<h1", "<h2", "<table", "<sub", "[First Name]",
+                           "href=\"https://sunset.example/offers?n=[Number]\""})
+    EXPECT_EQ(Count(html, once), 1U) << once;
   EXPECT_NE(html.find("Čeština, ελληνικά, русский, 日本語 and 🎂 are"), std::string::npos);
 }
 

@@ -152,10 +152,12 @@ TEST(RtfConversion, KeepsTokensWhole) {
   Expect({
       {"Dear {\\b [Fir}{\\i st Na}me], hello to you",
        "<P>Dear <b>[First Name]</b>, hello to you</p>"},
-      {R"([First\~Name] [La\-st Name] [\u70?irst Name])",
+      {R"([First\~Name] [La\-st\u8203? Name] [\u70?irst Name])",
        "<P>[First Name] [Last Name] [First Name]</p>"},
-      {R"(see [{\b 1}{\i -}2] or [{\b not\line one}])",
-       "<P>see [<b>1</b><i>-</i>2] or [<b>not<br>one</b>]</p>"},
+      {R"(tokens {\b [A}{\i ][B}{\ul ] [C]} {\b [[D}])",
+       "<P>tokens <b>[A]</b><i>[B]</i><u> [C]</u> <b>[[D]</b></p>"},
+      {R"(see [{\b 1}{\i -}2] or [{\b not\line one}] [{\b open})",
+       "<P>see [<b>1</b><i>-</i>2] or [<b>not<br>one</b>] [<b>open</b></p>"},
       {R"({\field{\*\fldinst HYPERLINK "https://a.example/?n=%5BFirst%20Name%5D&x=%5B1"})"
        "{\\fldrslt go}}",
        R"(<P><a href="https://a.example/?n=[First Name]&amp;x=%5B1" style="color:#000000;text-de)"
