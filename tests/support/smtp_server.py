@@ -62,7 +62,7 @@ class Server:
         self.mailbox = mailbox
         self.script_source = script
         self.script_text = None
-        self.transcript = open(transcript, "a", buffering=1) if transcript else None
+        self.transcript = open(transcript, "a", buffering=1)
         self.lock = threading.Lock()
         self.messages = 0
         self.read_script()
@@ -92,9 +92,8 @@ class Server:
         return None
 
     def note(self, connection, line):
-        if self.transcript:
-            with self.lock:
-                self.transcript.write(f"{connection} {line}\n")
+        with self.lock:
+            self.transcript.write(f"{connection} {line}\n")
 
     def keep(self, content, envelope):
         with self.lock:
@@ -156,10 +155,8 @@ class Session:
             self.output = b""
 
     def reply(self, text):
-        # Answers to commands that came together leave together.
+        # Answers to commands that came together leave together, before more is read.
         self.output += text.encode() + b"\r\n"
-        if not self.input:
-            self.flush()
 
     # One step of the dialogue: the regular reply, or what the script wants instead. Returns
     # whether the step took its regular course.
@@ -277,7 +274,6 @@ class Session:
 
     def ask(self, text):
         self.reply("334 " + base64.b64encode(text).decode())
-        self.flush()
         line = self.read_line()
         self.server.note(self.number, line)
         return base64.b64decode(line)
@@ -343,7 +339,6 @@ class Session:
             return
         if not self.step("DATA", "354 go ahead", parameter):
             return
-        self.flush()
         if self.meets_fault("content"):
             return
         content = self.read_content()
@@ -380,7 +375,7 @@ def main():
     parser.add_argument("--port-file", required=True)
     parser.add_argument("--mailbox", required=True)
     parser.add_argument("--script", required=True)
-    parser.add_argument("--transcript")
+    parser.add_argument("--transcript", default=os.devnull)
     parser.add_argument("--host", default="127.0.0.1")
     options = parser.parse_args()
 

@@ -25,9 +25,10 @@ RegistryContent Read(const std::string& bytes) {
   return content;
 }
 
-// What the named value holds under the key "K" of the machine, "(none)" for nothing.
-std::wstring ValueOf(const RegistryContent& content, const wchar_t* name) {
-  const std::wstring* text = content.Find(kMachine, L"K", name);
+// "(none)" for nothing.
+std::wstring ValueOf(const RegistryContent& content, const wchar_t* name,
+                     RegistryRoot root = kMachine, const wchar_t* key = L"K") {
+  const std::wstring* text = content.Find(root, key, name);
   return text == nullptr ? L"(none)" : *text;
 }
 
@@ -82,15 +83,11 @@ TEST(RegistryExport, FindsKeysAsARegistryDoes) {
                                        "[HKLM\\A\\Bc]\n@=\"neighbour\"\n"
                                        "[HKLM\\A\\B\\C]\n@=\"below\"\n"
                                        "[HKLM\\Software\\WOW6432Node\\Maker]\n@=\"32 bit\"\n");
-  const auto value = [&](RegistryRoot root, const wchar_t* key) {
-    const std::wstring* text = content.Find(root, key, L"");
-    return text == nullptr ? L"(none)" : *text;
-  };
-  EXPECT_EQ(value(kUser, L"a\\b"), L"user");
-  EXPECT_EQ(value(kMachine, L"a\\B\\"), L"machine");
-  EXPECT_EQ(value(kMachine, L"A\\B [x]"), L"brackets");
-  EXPECT_EQ(value(kMachine, L"SOFTWARE\\maker"), L"32 bit");
-  EXPECT_EQ(value(kUser, L"SOFTWARE\\maker"), L"(none)");
+  EXPECT_EQ(ValueOf(content, L"", kUser, L"a\\b"), L"user");
+  EXPECT_EQ(ValueOf(content, L"", kMachine, L"a\\B\\"), L"machine");
+  EXPECT_EQ(ValueOf(content, L"", kMachine, L"A\\B [x]"), L"brackets");
+  EXPECT_EQ(ValueOf(content, L"", kMachine, L"SOFTWARE\\maker"), L"32 bit");
+  EXPECT_EQ(ValueOf(content, L"", kUser, L"SOFTWARE\\maker"), L"(none)");
 
   RegistryContent changed = content;
   ApplyRegistryExport(kHeader + "[-HKLM\\A\\B]\n", "b.reg", changed);

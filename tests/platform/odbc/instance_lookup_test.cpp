@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <atomic>
 #include <span>
+#include <stop_token>
 #include <string>
 #include <thread>
 
@@ -52,18 +52,12 @@ class LossyBrowser {
     (void)getsockname(socket_.Handle(), reinterpret_cast<sockaddr*>(&address), &size);
     port_ = ntohs(address.sin_port);
   }
-  ~LossyBrowser() {
-    is_over_ = true;
-    if (server_.joinable()) server_.join();
-  }
-  LossyBrowser(const LossyBrowser&) = delete;
-  LossyBrowser& operator=(const LossyBrowser&) = delete;
 
   std::uint16_t Port() const { return port_; }
   void Serve(const std::string& expected_request, const std::string& answer) {
-    server_ = std::thread([this, expected_request, answer] {
+    server_ = std::jthread([this, expected_request, answer](const std::stop_token& over) {
       const SocketHandle socket = socket_.Handle();
-      for (int requests = 0; !is_over_;) {
+      for (int requests = 0; !over.stop_requested();) {
         if (PollSockets(std::span(&socket, 1), SocketEvent::kReadable, milliseconds(20)) !=
             PollResult::kReady)
           continue;
@@ -89,8 +83,7 @@ class LossyBrowser {
   SocketLibrary library_;
   Socket socket_{AF_INET, SOCK_DGRAM};
   std::uint16_t port_ = 0;
-  std::atomic<bool> is_over_ = false;
-  std::thread server_;
+  std::jthread server_;
 };
 
 ResolvedHost Loopback() {

@@ -14,15 +14,9 @@ TEST(WindowsCodePage, WritesWhatItHas) {
     const char* bytes;
     const wchar_t* back;
   } cases[] = {
-      {"1252", L"Zo\u00EB \u20AC5 \u0160",
-       "Zo\xEB \x80"
-       "5 \x8A",
-       L"Zo\u00EB \u20AC5 \u0160"},
+      {"1252", L"Zo\u00EB \u20AC \u0160", "Zo\xEB \x80 \x8A", L"Zo\u00EB \u20AC \u0160"},
       {"1252", L"\u65E5|", "?|", L"?|"},
-      {"windows-1250", L"\u0141\u00F3d\u017A",
-       "\xA3\xF3"
-       "d\x9F",
-       L"\u0141\u00F3d\u017A"},
+      {"windows-1250", L"\u0141\u00F3g\u017A", "\xA3\xF3g\x9F", L"\u0141\u00F3g\u017A"},
       {"cp932", L"\u65E5\u672C A\\~ \uFF71", "\x93\xFA\x96\x7B A\\~ \xB1",
        L"\u65E5\u672C A\\~ \uFF71"},
       {"ISO-8859-2", L"\u0142", "\xB3", L"\u0142"},

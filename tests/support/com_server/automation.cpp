@@ -54,7 +54,7 @@ HRESULT AskedFailure(const std::wstring& call, std::wstring& description) {
   std::size_t occurrence = 0;
   std::wstring code;
   if (!(wanted >> name >> occurrence >> code) || name != call) return S_OK;
-  std::wistringstream record(FromUtf8Bytes(ReadWhole(EnvironmentText(kComRecord))));
+  std::wistringstream record(FromUtf8(ReadWhole(EnvironmentText(kComRecord))));
   std::size_t made = 0;
   for (std::wstring line; std::getline(record, line);) {
     const std::wstring_view rest =
@@ -78,8 +78,6 @@ std::string ReadWhole(const std::wstring& path) {
   std::ifstream file(path.c_str(), std::ios::binary);
   return {std::istreambuf_iterator<char>(file), {}};
 }
-
-std::wstring FromUtf8Bytes(const std::string& bytes) { return FromUtf8(bytes); }
 
 void Record(const std::wstring& line) {
   std::ofstream file(EnvironmentText(kComRecord).c_str(), std::ios::binary | std::ios::app);

@@ -14,7 +14,6 @@ std::wstring EnvironmentText(const wchar_t* name);
 std::string ReadWhole(const std::wstring& path);
 void Record(const std::wstring& line);
 BSTR NewText(const std::wstring& text);
-std::wstring FromUtf8Bytes(const std::string& bytes);
 
 using Arguments = std::vector<VARIANT>;  // first to last, borrowed
 

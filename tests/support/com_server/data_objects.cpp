@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/code_page.h"
 #include "platform/letter_case.h"
 #include "tests/support/com_server/com_server.h"
 
@@ -46,7 +47,7 @@ struct ResultSet {
 ResultSet ResultOf(const std::wstring& statement) {
   ResultSet result;
   bool wanted = false;
-  std::wistringstream lines(FromUtf8Bytes(ReadWhole(EnvironmentText(kComRows))));
+  std::wistringstream lines(FromUtf8(ReadWhole(EnvironmentText(kComRows))));
   for (std::wstring line; std::getline(lines, line);)
     if (line.starts_with(L"? "))
       wanted = statement.starts_with(line.substr(2));
