@@ -100,6 +100,7 @@ std::vector<Kind> Kinds() {
       L"<html><body style=\"color: red\">\n.dot\n<p>Gr\u00fc\u00dfe</p></body></html>";
   const std::vector<std::wstring> texts = {
       L"",
+      L" \t ",
       L"News",
       L"Smith, Ann (\"the first\") <x@y> \\",
       L"Ren\u00e9e O'Neil",

@@ -74,6 +74,22 @@ TEST(SqlTranslatorTest, RewritesTheDialect) {
   ExpectTranslated(cases);
 }
 
+TEST(SqlTranslatorTest, ReadsEveryToken) {
+  const Case cases[] = {
+      {" \t\r\n\xC2\xA0 -- all", ""},
+      {"SELECT a.[b]]c]+N'it''s'", "SELECT SQL_ADD(a.\"b]c\",'it''s')"},
+      {R"(SELECT "a""b", '-- [x] /*')", R"(SELECT "a""b", '-- [x] /*')"},
+      {"SELECT a/* 'x /* nested */ ] */,b--'\n,c /* d", "SELECT a, b, c"},
+      {"SELECT 1.5e-3,.2E+x", "SELECT 1.5e-3, .2 SQL_ADD(E,x)"},
+      {"SELECT 1 WHERE Number!<1 AND Number!>2 AND Number!=3 AND Number<>0x1F",
+       "SELECT 1 WHERE Number>=1 AND Number<=2 AND Number!=3 AND Number<>0x1F"},
+      {"SELECT a||b", "SELECT a || b"},
+      {"SELECT N=N@x", "SELECT N@x AS \"N\""},
+      {"SELECT Größe\xC2\xA0#t", "SELECT Größe #t"},
+  };
+  ExpectTranslated(cases);
+}
+
 TEST(SqlTranslatorTest, ComparesAsSqlServerDoes) {
   const Case cases[] = {
       {"Name='x'", "Name=('x') COLLATE SQLSERVER"},
@@ -127,6 +143,9 @@ TEST(SqlTranslatorTest, RefusesWhatTheServerWould) {
       {"SET ROWCOUNT 5", "Incorrect syntax near 'ROWCOUNT'."},
       {"SET NOCOUNT", "Incorrect syntax near 'NOCOUNT'."},
       {"SELECT 'x", "Unclosed quotation mark after the character string 'x'."},
+      {"SELECT N'a''", "Unclosed quotation mark after the character string 'a''."},
+      {"SELECT [a]]", "Unclosed quotation mark after the character string 'a]'."},
+      {"SELECT \"", "Unclosed quotation mark after the character string ''."},
       {"SELECT a +", "Incorrect syntax near '+'."},
       {"SELECT (a", "Incorrect syntax near 'a'."},
       {"SELECT CASE WHEN", "Incorrect syntax near 'WHEN'."},
