@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/code_page.h"
@@ -155,13 +156,11 @@ TEST(MessageComposerTest, StrictParsersFindWhatWasGiven) {
   }
   const std::string scripts =
       HostPath(std::filesystem::path(TEST_DATA_FOLDER).parent_path() / "platform/mime");
-  for (const std::vector<std::string>& parser :
-       std::vector<std::vector<std::string>>{{"/usr/bin/python3", scripts + "/parse_strictly.py"},
-                                             {"/usr/bin/perl", scripts + "/parse_strictly.pl"}}) {
+  for (const auto& [program, script] : {std::pair("/usr/bin/python3", "/parse_strictly.py"),
+                                        {"/usr/bin/perl", "/parse_strictly.pl"}}) {
     const std::string report = folder.Path("report");
-    std::vector<std::string> command = parser;
-    command.push_back(HostPath(folder.Path()));
-    EXPECT_EQ(ChildProcess(command, report).Wait(), 0) << parser[0] << ReadWholeFile(report);
+    ChildProcess parser({program, scripts + script, HostPath(folder.Path())}, report);
+    EXPECT_EQ(parser.Wait(), 0) << program << ReadWholeFile(report);
   }
 }
 

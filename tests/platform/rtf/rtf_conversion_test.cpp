@@ -36,7 +36,6 @@ std::string Body(const std::string& content) {
   for (const auto& [whole, brief] : {
            std::pair(R"(<p style="margin:0">)", "<P>"),
            {R"(<li style="margin:0">)", "<LI>"},
-           {R"(<div style="margin:0">)", "<DIV>"},
            {R"(<table cellspacing="0" cellpadding="0" border="0")", "<TABLE"},
            {"font-family:Arial,sans-serif;font-size:12pt", "FONT"},
            {"white-space:nowrap", "NOWRAP"},
@@ -182,6 +181,9 @@ TEST(RtfConversion, FieldsNotesAndBookmarks) {
 
 // Stops that blanks cannot stand for make the line one row of cells.
 TEST(RtfConversion, TabStops) {
+  const auto in_div = [](const std::string& margin, const std::string& lines) {
+    return "<div style=\"margin:" + margin + "\">" + lines + "</div>";
+  };
   // A line: how wide it is, its cells, how far it stands in, and what its font has besides.
   const auto row = [](const std::string& width, const std::string& cells,
                       const std::string& margin = "0", const std::string& font = "") {
@@ -199,43 +201,38 @@ TEST(RtfConversion, TabStops) {
   };
   Expect({
       {R"(\tqr\tx5000 [First {\b Name]}\tab 12)",
-       "<DIV>" + row(";width:250pt", text + "[First Name]</td>" + gap + right + "12</td>") +
-           "</div>"},
+       in_div("0", row(";width:250pt", text + "[First Name]</td>" + gap + right + "12</td>"))},
       {R"(\li400\fi-300\tqr\tldot\tx5000 a\tab [Number])",
-       R"(<div style="margin:0 0 0 5pt">)" +
-           row(";width:245pt", text + "a</td>" + leader("dotted") + right + "[Number]</td>") +
-           "</div>"},
+       in_div("0 0 0 5pt",
+              row(";width:245pt", text + "a</td>" + leader("dotted") + right + "[Number]</td>"))},
       {R"(\box\brdrs\brdrw20\li400\fi200\tqr\tx5000\tab 1)",
-       R"(<div style="margin:0 0 0 20pt;border:1pt solid #000000"><div style="margin:0 0 0 10pt">)" +
-           row(";width:220pt", right_of("220pt", "1")) + "</div></div>"},
+       in_div("0 0 0 20pt;border:1pt solid #000000",
+              in_div("0 0 0 10pt", row(";width:220pt", right_of("220pt", "1"))))},
       // Lines of one paragraph, of which the first hangs; a heading.
       {R"(\li400\fi-200\tqr\tx5000 a\tab 1\line {\b b\line c}\tab 2)",
-       R"(<div style="margin:0 0 0 10pt">)" +
-           row(";width:240pt", text + "a</td>" + gap + right + "1</td>") +
-           R"(<div style="margin:0 0 0 10pt"><b>b</b></div>)" +
-           row(";width:230pt", text + "<b>c</b></td>" + gap + right + "2</td>", "0 0 0 10pt") +
-           "</div>"},
+       in_div("0 0 0 10pt", row(";width:240pt", text + "a</td>" + gap + right + "1</td>") +
+                                in_div("0 0 0 10pt", "<b>b</b>") +
+                                row(";width:230pt", text + "<b>c</b></td>" + gap + right + "2</td>",
+                                    "0 0 0 10pt"))},
       {R"({\stylesheet{\s1 heading 1;}}\s1\b\tqr\tx5000\tab Title)",
-       R"(<div style="margin:0;font-weight:bold">)" +
-           row(";width:250pt", right_of("250pt", "Title"), "0", ";font-weight:bold") + "</div>"},
+       in_div("0;font-weight:bold",
+              row(";width:250pt", right_of("250pt", "Title"), "0", ";font-weight:bold"))},
       {R"(\tqr\tx1000\tqc\tx3000\tab 1\tab two\tab end)",
-       "<DIV>" +
-           row("", right_of("50pt", "1") +
-                       R"(<td style="width:85pt">&nbsp;</td>)"
-                       R"(<td style="width:30pt;text-align:center;NOWRAP">two</td>)"
-                       R"(<td style="width:15pt">&nbsp;</td><td>end</td>)") +
-           "</div>"},
+       in_div("0", row("", right_of("50pt", "1") +
+                               R"(<td style="width:85pt">&nbsp;</td>)"
+                               R"(<td style="width:30pt;text-align:center;NOWRAP">two</td>)"
+                               R"(<td style="width:15pt">&nbsp;</td><td>end</td>)"))},
       {R"(\tlul\tx3000 Name:\tab)",
-       "<DIV>" + row(";width:150pt", text + "Name:</td>" + leader("solid")) + "</div>"},
+       in_div("0", row(";width:150pt", text + "Name:</td>" + leader("solid")))},
       {R"(\tqdec\tx2000\tab 9.50)",
-       "<DIV>" + row(";width:115.35pt", right_of("115.35pt", "9.50")) + "</div>"},
+       in_div("0", row(";width:115.35pt", right_of("115.35pt", "9.50")))},
   });
   // Blanks stay where they do, and where cells would not.
   for (const char* rtf :
        {"\\tx3000 a\\tab b", R"(\tx1000\tqr\tx9000 a\tab b)", R"(\tx3000 a\tab b\line c)",
         R"(\qc\tqr\tx5000 a\tab b)", R"(\tqr\tb500\tx5000 a\tab b)", R"(\tqr\pard\tx5000 a\tab b)",
         "\\tqr\\tx5000 a"})
-    EXPECT_EQ(Body(rtf).find("<table"), std::string::npos) << rtf;
+    EXPECT_EQ(WholeBody(rtf).find("<table"), std::string::npos) << rtf;
   EXPECT_EQ(Plain(R"(\tqr\tx5000 Lisbon\tab 899\par Rome\tab 1,099\par)"),
             "Lisbon  899\nRome  1,099\n");
   EXPECT_EQ(Plain(R"(\tqr\tx5000 Lisbon\tab 899\line Prices for two\line Rome\tab 1,099\par)"),

@@ -218,9 +218,8 @@ TEST_F(SqliteSessionTest, RefusesWhatTheServerRejects) {
        "77 is not a valid style number when converting from datetime to a character string."},
       {L"SET LOCK_TIMEOUT soon", "Incorrect syntax near 'soon'."},
       {L"SELECT 1 WHERE 2=(SELECT UserID FROM Users WHERE Login='jsmith')",
-       "Subquery returned more than 1 value. This is not permitted when the subquery follows =, "
-       "!=, "
-       "<, <= , >, >= or when the subquery is used as an expression."},
+       "Subquery returned more than 1 value. This is not permitted when the subquery follows "
+       "=, !=, <, <= , >, >= or when the subquery is used as an expression."},
   };
   for (const auto& [sql, error] : cases)
     EXPECT_EQ(ErrorOf([&, &query = sql] { Open()->Query(query); }), "-2147217900 " + error)

@@ -14,6 +14,7 @@
 #include "tests/support/com_server/com_server.h"
 #include "tests/support/com_server/registration.h"
 #include "tests/support/fake_platform.h"
+#include "tests/support/scratch_folder.h"
 
 namespace pxscheduler {
 
@@ -21,20 +22,10 @@ namespace pxscheduler {
 class ComFixture : public testing::Test {
  protected:
   ComFixture() {
-    std::error_code ignored;
-    std::filesystem::remove(record_, ignored);
     ::SetEnvironmentVariableW(kComRecord, record_.c_str());
     ::SetEnvironmentVariableW(kComRows, rows_.c_str());
     ::SetEnvironmentVariableW(kComFailure, nullptr);
   }
-  ~ComFixture() override {
-    std::error_code ignored;
-    std::filesystem::remove(record_, ignored);
-    std::filesystem::remove(rows_, ignored);
-  }
-  ComFixture(const ComFixture&) = delete;
-  ComFixture& operator=(const ComFixture&) = delete;
-
   void Install(const std::wstring& program_id, const CLSID& class_id) {
     installed_.push_back(std::make_unique<ComRegistration>(program_id, class_id));
   }
@@ -57,13 +48,9 @@ class ComFixture : public testing::Test {
   FakeSystem system_;
 
  private:
-  std::filesystem::path Named(const char* ending) const {
-    return std::filesystem::temp_directory_path() /
-           (std::to_string(::GetCurrentProcessId()) + ending);
-  }
-
-  std::filesystem::path record_ = Named(".record");
-  std::filesystem::path rows_ = Named(".rows");
+  ScratchFolder folder_;
+  std::filesystem::path record_ = folder_.Path("record");
+  std::filesystem::path rows_ = folder_.Path("rows");
   std::vector<std::unique_ptr<ComRegistration>> installed_;
 };
 
