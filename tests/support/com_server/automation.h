@@ -50,4 +50,9 @@ class Automation : public IDispatch {
   ULONG references_ = 1;
 };
 
+// The caller owns the first reference.
+IDispatch* NewConnectionObject();
+IDispatch* NewRecordsetObject();
+IDispatch* NewTextControlObject();
+
 }  // namespace pxscheduler

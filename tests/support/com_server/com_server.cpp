@@ -4,7 +4,7 @@
 
 #include <olectl.h>
 
-#include "tests/support/com_server/data_objects.h"
+#include "tests/support/com_server/automation.h"
 
 namespace pxscheduler {
 namespace {
@@ -40,8 +40,7 @@ class Factory : public IClassFactory {
   }
   STDMETHODIMP CreateInstance(IUnknown* /*outer*/, REFIID wanted, void** found) override {
     *found = nullptr;
-    const std::wstring failure = EnvironmentText(kComFailure);
-    if (failure == L"unlicensed") return CLASS_E_NOTLICENSED;
+    if (EnvironmentText(kComFailure) == L"unlicensed") return CLASS_E_NOTLICENSED;
     IDispatch* const object = maker_();
     const HRESULT result = object->QueryInterface(wanted, found);
     object->Release();

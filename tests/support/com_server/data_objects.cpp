@@ -1,5 +1,3 @@
-#include "tests/support/com_server/data_objects.h"
-
 #include <algorithm>
 #include <cstddef>
 #include <sstream>
@@ -8,6 +6,7 @@
 
 #include "platform/code_page.h"
 #include "platform/letter_case.h"
+#include "tests/support/com_server/automation.h"
 #include "tests/support/com_server/com_server.h"
 
 namespace pxscheduler {

@@ -5,7 +5,7 @@
 #include <map>
 #include <string>
 
-#include "tests/support/com_server/data_objects.h"
+#include "tests/support/com_server/automation.h"
 
 namespace pxscheduler {
 namespace {
