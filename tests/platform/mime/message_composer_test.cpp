@@ -99,6 +99,8 @@ std::string Expectation(const Kind& kind) {
 std::vector<Kind> Kinds() {
   const std::wstring html =
       L"<html><body style=\"color: red\">\n.dot\n<p>Gr\u00fc\u00dfe</p></body></html>";
+  std::wstring words = L"many words, ";
+  for (int i = 0; i < 300; ++i) words += L"word" + std::to_wstring(i) + L" ";
   const std::vector<std::wstring> texts = {
       L"",
       L" \t ",
@@ -111,15 +113,7 @@ std::vector<Kind> Kinds() {
       L"=?utf-8?Q?no_encoded_word?= =?",
       std::wstring(5000, L'n'),
       std::wstring(1500, L'\u00fc'),
-      L"many words, " +
-          [] {
-            std::wstring words;
-            for (int i = 0; i < 300; ++i) {
-              words += L"word" + std::to_wstring(i) + L" ";
-            }
-            return words;
-          }() +
-          L"end",
+      words + L"end",
   };
   std::vector<Kind> kinds;
   for (const std::wstring& text : texts) {

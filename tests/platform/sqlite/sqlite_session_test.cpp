@@ -24,7 +24,6 @@ using namespace std::chrono_literals;
 class SqliteSessionTest : public testing::Test {
  protected:
   void SetUp() override {
-    file_ = folder_ / "Agency.v2.db";
     Make(R"sql(
       CREATE TABLE Clients (Number INTEGER PRIMARY KEY, Name NVARCHAR(50), Email VARCHAR(80) UNIQUE,
         SendEmail BIT, Birthdate DATETIME, AnniversaryDate DATE, Balance MONEY, Weight REAL,
@@ -58,16 +57,11 @@ class SqliteSessionTest : public testing::Test {
 
   std::unique_ptr<Session> Open() { return Open(file_.wstring()); }
 
-  // The first column's values, or what the first row holds where there is one row.
-  std::vector<Value> Values(const std::wstring& sql) {
-    const RowStore rows = Open()->Query(sql);
-    std::vector<Value> values;
-    if (rows.RowCount() == 1)
-      for (std::size_t column = 0; column < rows.ColumnCount(); ++column)
-        values.push_back(rows.Read(0, column));
-    else
-      for (std::size_t row = 0; row < rows.RowCount(); ++row) values.push_back(rows.Read(row, 0));
-    return values;
+  Value Computed(const std::wstring& expression) {
+    const RowStore rows = Open()->Query(L"SELECT " + expression);
+    EXPECT_EQ(rows.RowCount(), 1U);
+    EXPECT_EQ(rows.ColumnCount(), 1U);
+    return rows.Read(0, 0);
   }
 
   // The numbers of the clients that fit the condition, in their order.
@@ -88,7 +82,7 @@ class SqliteSessionTest : public testing::Test {
 
   ScratchFolder scratch_;
   std::filesystem::path folder_ = scratch_.Path();
-  std::filesystem::path file_;
+  std::filesystem::path file_ = folder_ / "Agency.v2.db";
   DateTime now_{2026y / 11 / 16, 15h};
 };
 
@@ -194,7 +188,7 @@ TEST_F(SqliteSessionTest, ComputesAsTheServerDoes) {
       {L"7/2", 3},
   };
   for (const auto& [expression, value] : cases)
-    EXPECT_EQ(Values(L"SELECT " + expression), std::vector<Value>{value}) << ToUtf8(expression);
+    EXPECT_EQ(Computed(expression), value) << ToUtf8(expression);
 }
 
 TEST_F(SqliteSessionTest, RefusesWhatTheServerRejects) {
@@ -271,22 +265,21 @@ TEST_F(SqliteSessionTest, NamesItsDatabase) {
 }
 
 TEST_F(SqliteSessionTest, OpensNothingButDatabases) {
-  const std::string failure = "-2147467259 ";
-  EXPECT_EQ(ErrorOf([&] { Open(L""); }),
-            failure + "Cannot open the database file \"\": there is no such file.");
-  EXPECT_EQ(ErrorOf([&] { Open(L":memory:"); }),
-            failure + "Cannot open the database file \":memory:\": there is no such file.");
-  EXPECT_EQ(
-      ErrorOf([&] { Open(folder_.wstring()); }),
-      failure + "Cannot open the database file \"" + folder_.string() + "\": it is not a file.");
+  const auto refusal = [](const std::string& path, const std::string& why) {
+    return "-2147467259 Cannot open the database file \"" + path + "\": " + why;
+  };
+  EXPECT_EQ(ErrorOf([&] { Open(L""); }), refusal("", "there is no such file."));
+  EXPECT_EQ(ErrorOf([&] { Open(L":memory:"); }), refusal(":memory:", "there is no such file."));
+  EXPECT_EQ(ErrorOf([&] { Open(folder_.wstring()); }),
+            refusal(folder_.string(), "it is not a file."));
   const std::filesystem::path text = folder_ / "a%20text#file";
   std::ofstream{text} << std::string(5000, 'x');
-  EXPECT_EQ(ErrorOf([&] { Open(text.wstring()); }), failure + "file is not a database");
+  EXPECT_EQ(ErrorOf([&] { Open(text.wstring()); }), "-2147467259 file is not a database");
 }
 
 TEST_F(SqliteSessionTest, KeepsNamesOfFiveThousandCharacters) {
   const std::wstring name(5000, L'é');
-  EXPECT_EQ(Values(L"SELECT '" + name + L"'+''"), std::vector<Value>{name});
+  EXPECT_EQ(Computed(L"'" + name + L"'+''"), Value{name});
 }
 
 }  // namespace
