@@ -53,10 +53,6 @@ import threading
 import time
 
 
-class Ended(Exception):
-    """The connection is over."""
-
-
 class Server:
     def __init__(self, mailbox, script, transcript):
         self.mailbox = mailbox
@@ -129,7 +125,7 @@ class Session:
         self.flush()
         data = self.socket.recv(65536)
         if not data:
-            raise Ended
+            raise EOFError
         self.input += data
 
     def read_line(self):
@@ -189,10 +185,10 @@ class Session:
     def misbehave(self, action):
         self.flush()
         if action == "close":
-            raise Ended
+            raise EOFError
         if action == "reset":
             self.socket.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))
-            raise Ended
+            raise EOFError
         if action == "garbage":
             self.socket.sendall(b"\x00\xff<html>this is no mail server</html>\r\n")
         elif action == "huge":
@@ -210,7 +206,7 @@ class Session:
             self.reply(action.removesuffix(" close"))
             if closes:
                 self.flush()
-                raise Ended
+                raise EOFError
         else:
             raise ValueError(f"unknown action {action}")
 
@@ -356,7 +352,7 @@ class Session:
     def on_quit(self, parameter):
         self.step("QUIT", "221 bye", parameter)
         self.flush()
-        raise Ended
+        raise EOFError
 
 
 def serve(server, number, connection):
@@ -364,7 +360,7 @@ def serve(server, number, connection):
     try:
         connection.setsockopt(socket.IPPROTO_TCP, socket.TCP_NODELAY, 1)
         session.run()
-    except (Ended, OSError, ValueError):
+    except (EOFError, OSError, ValueError):
         pass
     finally:
         session.socket.close()

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <iterator>
 
@@ -18,8 +19,7 @@ class WindowsFilesTest : public testing::Test {
  protected:
   std::wstring Path(const std::string& name) const {
     std::wstring path = FromUtf8(folder_.Path(name));
-    for (wchar_t& unit : path)
-      if (unit == L'/') unit = L'\\';
+    std::ranges::replace(path, L'/', L'\\');
     return path;
   }
 
