@@ -4,7 +4,6 @@
 #include <optional>
 #include <string>
 #include <utility>
-#include <vector>
 
 #include "platform/smtp/socket_network.h"
 #include "tests/platform/smtp/mail_fixture.h"

@@ -4,7 +4,6 @@
 #include <cwchar>
 #include <fstream>
 #include <iterator>
-#include <map>
 #include <sstream>
 
 #include "platform/code_page.h"
