@@ -35,12 +35,5 @@ TEST(ParseCommandLine, ValuesRunToTheNextBlankAndSlash) {
   }
 }
 
-TEST(IsLoggingOn, TheSwitchCountsWhereverItStands) {
-  EXPECT_TRUE(IsLoggingOn(L"/Qa /Sno log /Fb"));
-  for (const wchar_t* off : {L"/NOLOG", L"/Qa /nolog", L"/Sread /NoLogging now", L"x/nolog"}) {
-    EXPECT_FALSE(IsLoggingOn(off)) << off;
-  }
-}
-
 }  // namespace
 }  // namespace pxscheduler

@@ -46,17 +46,5 @@ TEST(HelperLibrary, ParseAndQuote) {
   EXPECT_EQ(Quote(ansi, kForeign), L"'?'");
 }
 
-TEST(HelperLibrary, AMissingRegistryValueIsItsDefault) {
-  const Latin1CodePage ansi;
-  FakeRegistry registry;
-  registry.Set(RegistryRoot::kLocalMachine, L"Key", L"Empty", L"");
-  const auto read = [&](const wchar_t* key, const wchar_t* name) {
-    return GetRegValue(registry, ansi, RegistryRoot::kLocalMachine, key, name, L"default");
-  };
-  EXPECT_EQ(read(L"Key", L"Empty"), L"");
-  EXPECT_EQ(read(L"Key", L"Missing"), L"default");
-  EXPECT_EQ(read(L"Missing", L"Empty"), L"default");
-}
-
 }  // namespace
 }  // namespace pxscheduler

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "platform/runtime_error.h"
 #include "tests/support/fake_components.h"
 #include "tests/support/fake_platform.h"
 
@@ -11,72 +12,35 @@ namespace {
 
 using testing::ElementsAre;
 
-class MessageSending : public testing::Test {
- protected:
-  void AddRow(Value email, Value send_email) {
-    FakeRecordset::Row row = ClientRow(std::move(email), std::move(send_email));
-    row[L"FullName"] = L"Ann \u0141";
-    rows_.rows.push_back(std::move(row));
+TEST(ComposeRow, AMessageGoesToEachNewAddressAlone) {
+  const Latin1CodePage ansi;
+  const MessageTemplates templates{PrepareMergeTemplate(ansi, L"To [Full Name]"),
+                                   PrepareMergeTemplate(ansi, L"[Email Address]"),
+                                   PrepareMergeTemplate(ansi, L"plain [Email Address]")};
+  FakeRecordset rows;
+  rows.row[L"FullName"] = L"Ann \u0141";
+  FakeMailComponent mail;
+  std::wstring last_address;
+  std::vector<std::wstring> composed;
+  for (const wchar_t* address : {L"ann@example.org", L"nobody", L"ANN@example.org", L" Ann@x"}) {
+    rows.row[L"Email"] = address;
+    composed.push_back(
+        ComposeRow(EnglishRegional(), ansi, rows, templates, mail, last_address).value_or(L""));
   }
-  // The addresses that get a message, in order.
-  std::vector<std::wstring> ComposeAll() {
-    std::vector<std::wstring> composed;
-    std::wstring last_address;
-    for (; !rows_.EndOfFile(); rows_.MoveNext()) {
-      if (auto address =
-              ComposeRow(EnglishRegional(), ansi_, rows_, templates_, mail_, last_address))
-        composed.push_back(*std::move(address));
-    }
-    return composed;
-  }
-
-  Latin1CodePage ansi_;
-  FakeRecordset rows_;
-  FakeMailComponent mail_;
-  MessageTemplates templates_{PrepareMergeTemplate(ansi_, L"To [Full Name]"),
-                              PrepareMergeTemplate(ansi_, L"[Email Address]"),
-                              PrepareMergeTemplate(ansi_, L"plain [Email Address]")};
-};
-
-TEST_F(MessageSending, OneMessagePerMarkedAddress) {
-  AddRow(L"ann@example.org", std::int64_t{0});
-  AddRow(L"Ann@example.org", std::monostate{});
-  AddRow(L"ANN@example.org", true);
-  AddRow(L"ann@example.org", true);
-  AddRow(std::monostate{}, true);
-  AddRow(L"nobody", std::int64_t{1});
-  AddRow(L"ann@EXAMPLE.org", std::int64_t{1});
-  AddRow(L" ann@example.org", std::int64_t{-1});
-  AddRow(L"bob@example.org", L"True");
-  EXPECT_THAT(ComposeAll(),
-              ElementsAre(L"ANN@example.org", L" ann@example.org", L"bob@example.org"));
+  EXPECT_THAT(composed, ElementsAre(L"ann@example.org", L"", L"", L" Ann@x"));
+  EXPECT_THAT(mail.calls, ElementsAre(L"reset 1", L"to Ann \u0141 <ann@example.org> 1", L"compose",
+                                      L"reset 1", L"to Ann \u0141 < Ann@x> 1", L"compose"));
+  EXPECT_EQ(mail.subject, L"To Ann ?");
+  EXPECT_EQ(mail.body, L" Ann@x");
+  EXPECT_EQ(mail.alternative, L"plain  Ann@x");
 }
 
-TEST_F(MessageSending, TheMessageGoesToTheRowAlone) {
-  AddRow(L"Ann@example.org", true);
-  ComposeAll();
-  EXPECT_THAT(mail_.calls,
-              ElementsAre(L"reset 1", L"to Ann \u0141 <Ann@example.org> 1", L"compose"));
-  EXPECT_EQ(mail_.subject, L"To Ann ?");
-  EXPECT_EQ(mail_.body, L"Ann@example.org");
-  EXPECT_EQ(mail_.alternative, L"plain Ann@example.org");
-}
-
-TEST_F(MessageSending, ResultCodesAreSixteenBitsWide) {
-  mail_.result = -32768;
-  EXPECT_EQ(AwaitResultCode(mail_), -32768);
-  mail_.result = 32768;
-  EXPECT_THROW(AwaitResultCode(mail_), RuntimeError);
-}
-
-TEST_F(MessageSending, EveryColumnMustBeThere) {
-  AddRow(L"not marked", false);
-  rows_.rows[0].erase(L"LastDate");
-  EXPECT_TRUE(ComposeAll().empty());
-  rows_.current = 0;
-  rows_.rows[0][L"SendEmail"] = true;
-  rows_.rows[0][L"Email"] = L"a@b";
-  EXPECT_THROW(ComposeAll(), RuntimeError);
+TEST(AwaitResultCode, IsSixteenBitsWide) {
+  FakeMailComponent mail;
+  mail.result = -32768;
+  EXPECT_EQ(AwaitResultCode(mail), -32768);
+  mail.result = 32768;
+  EXPECT_THROW(AwaitResultCode(mail), RuntimeError);
 }
 
 }  // namespace

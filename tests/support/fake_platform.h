@@ -7,7 +7,7 @@
 #include <set>
 #include <string>
 #include <string_view>
-#include <utility>
+#include <tuple>
 #include <vector>
 
 #include "platform/code_page.h"
@@ -19,67 +19,49 @@
 
 namespace pxscheduler {
 
+// Keys and names compare with case.
 class FakeRegistry : public Registry {
  public:
-  void Set(RegistryRoot root, std::wstring_view key, std::wstring_view name, std::wstring value);
-
+  void Set(RegistryRoot root, const std::wstring& key, const std::wstring& name,
+           const std::wstring& value) {
+    values_[{root, key, name}] = value;
+  }
   std::optional<std::wstring> Value(RegistryRoot root, std::wstring_view key,
                                     std::wstring_view name) const override;
 
  private:
-  std::map<std::wstring, std::wstring> values_;
+  std::map<std::tuple<RegistryRoot, std::wstring, std::wstring>, std::wstring> values_;
 };
 
-// A machine in memory. The test sets what it holds, reads what was done to it, and names the errors
-// that it raises. File and folder names compare with case.
+// A machine in memory. The test sets what it holds. File and folder names compare with case.
 class FakeSystem : public System {
  public:
-  struct MessageBox {
-    std::wstring caption;
-    std::wstring text;
-
-    friend bool operator==(const MessageBox&, const MessageBox&) = default;
-  };
-
   Moment moment{{std::chrono::year{2026} / 11 / 16, std::chrono::hours{15}}, {}};
   std::map<std::wstring, std::wstring> environment;
-  std::wstring command_line;
-  std::wstring program_folder = L"C:\\Program";
   std::wstring temporary_folder = L"C:\\Temp\\";
   std::optional<int> os_major_version = 6;
   std::map<std::wstring, std::string> files;
-  std::set<std::wstring> folders = {L"C:", L"C:\\Program", L"C:\\Temp"};
+  std::set<std::wstring> folders;
   std::map<std::wstring, std::wstring> links;  // what RealPath makes of a path, where another one
-
-  // What was done.
-  std::vector<MessageBox> message_boxes;
-  std::vector<std::wstring> warnings;
-  std::vector<std::wstring> made_folders;
-  std::map<std::wstring, std::wstring> appended;  // by path; `files` gets it too, in Latin-1
-
-  // Raised instead of doing anything, by path.
-  std::map<std::wstring, RuntimeError> first_entry_errors;
-  std::map<std::wstring, RuntimeError> make_folder_errors;
-  std::map<std::wstring, RuntimeError> open_errors;
-  std::map<std::wstring, RuntimeError> append_errors;
-  std::map<std::wstring, RuntimeError> read_errors;
-  std::map<std::wstring, RuntimeError> replace_errors;
+  std::vector<std::wstring> warnings;          // that were given
 
   Moment Now() const override { return moment; }
   std::wstring EnvironmentVariable(const std::wstring& name) const override;
-  std::wstring CommandLine() const override { return command_line; }
-  std::wstring ProgramFolder() const override { return program_folder; }
+  std::wstring CommandLine() const override { return L""; }
+  std::wstring ProgramFolder() const override { return L"C:\\Program"; }
   std::wstring TemporaryFolder() const override { return temporary_folder; }
   std::optional<int> OsMajorVersion() const override { return os_major_version; }
-  void ShowMessageBox(const std::wstring& caption, const std::wstring& text) override;
-  void Warn(const std::wstring& line) override;
+  void ShowMessageBox(const std::wstring& /*caption*/, const std::wstring& /*text*/) override {}
+  void Warn(const std::wstring& line) override { warnings.push_back(line); }
   void ShowProgress(const RunProgress& /*progress*/) override {}
   std::wstring FirstEntry(const std::wstring& path) const override;
-  void MakeFolder(const std::wstring& path) override;
-  std::unique_ptr<AppendFile> OpenForAppend(const std::wstring& path) override;
+  void MakeFolder(const std::wstring& path) override { folders.insert(path); }
+  std::unique_ptr<AppendFile> OpenForAppend(const std::wstring& /*path*/) override { return {}; }
   std::string ReadFile(const std::wstring& path) const override;
   std::wstring RealPath(const std::wstring& path) const override;
-  void ReplaceContent(const std::wstring& path, std::string_view bytes) override;
+  void ReplaceContent(const std::wstring& path, std::string_view bytes) override {
+    files[path] = bytes;
+  }
 };
 
 // ISO 8859-1: the first 256 characters, each one byte.
@@ -100,20 +82,18 @@ class FakeCodePages : public CodePages {
   Latin1CodePage ansi_;
 };
 
-// "v1:" and a text deciphers to the text backwards.
 class FakePasswords : public Passwords {
  public:
-  std::wstring database_password = L"database secret";
-
-  std::wstring DatabasePassword() const override { return database_password; }
-  std::wstring Decipher(std::wstring_view stored) const override;
+  std::wstring DatabasePassword() const override { return L"database secret"; }
+  std::wstring Decipher(std::wstring_view stored) const override {
+    return L"deciphered " + std::wstring{stored};
+  }
 };
 
-// Locales whose current day is `today`.
-inline constexpr std::chrono::sys_days kFakeToday = std::chrono::year{2026} / 11 / 16;
-RegionalSettings EnglishSettings(std::chrono::sys_days today = kFakeToday);
-PictureRegional EnglishRegional(std::chrono::sys_days today = kFakeToday);  // 11/16/2026 3:07:41 PM
-PictureRegional BritishRegional(std::chrono::sys_days today = kFakeToday);  // 16/11/2026 15:07:41
-PictureRegional GermanRegional(std::chrono::sys_days today = kFakeToday);   // 16.11.2026 15:07:41
+// Locales whose current day is 2026-11-16.
+RegionalSettings EnglishSettings();
+PictureRegional EnglishRegional();  // 11/16/2026 3:07:41 PM
+PictureRegional BritishRegional();  // 16/11/2026 15:07:41
+PictureRegional GermanRegional();   // 16.11.2026 15:07:41
 
 }  // namespace pxscheduler
