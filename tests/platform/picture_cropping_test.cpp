@@ -4,7 +4,7 @@
 
 #include <cstddef>
 
-#include "tests/support/child_process.h"
+#include "tests/support/scratch_folder.h"
 
 namespace pxscheduler {
 namespace {

@@ -28,10 +28,4 @@ class ChildProcess {
 // What a program of the host calls a file.
 std::string HostPath(const std::filesystem::path& path);
 
-std::string ReadWholeFile(const std::filesystem::path& path);
-
-// Waits until the file holds a line, at most ten seconds, and returns the file's content; "" when
-// it never does.
-std::string AwaitLine(const std::filesystem::path& path);
-
 }  // namespace pxscheduler

@@ -21,15 +21,11 @@ class ScopedEnvironment {
 
  private:
   void Set(const std::optional<std::string>& value) {
-#ifdef _WIN32
-    ::_putenv_s(name_.c_str(), value.value_or("").c_str());  // "" removes it
-#else
     if (value) {
       ::setenv(name_.c_str(), value->c_str(), 1);
     } else {
       ::unsetenv(name_.c_str());
     }
-#endif
   }
 
   std::string name_;

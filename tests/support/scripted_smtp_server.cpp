@@ -2,9 +2,8 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
-#include <sstream>
+#include <set>
 #include <stdexcept>
 
 namespace pxscheduler {
@@ -21,17 +20,12 @@ std::string WriteScript(const ScratchFolder& folder, const std::string& script) 
 std::vector<std::string> ServerArguments(const ScratchFolder& folder, const std::string& script,
                                          const std::string& host) {
   return {"/usr/bin/python3",
-          HostPath(std::filesystem::path(TEST_DATA_FOLDER) / "../support/smtp_server.py"),
-          "--port-file",
-          HostPath(folder.Path("port")),
-          "--mailbox",
-          HostPath(folder.Path("mailbox")),
-          "--transcript",
-          HostPath(folder.Path("transcript")),
-          "--script",
-          HostPath(script),
-          "--host",
-          host};
+          HostPath(TEST_DATA_FOLDER "/../support/smtp_server.py"),
+          "--port-file=" + HostPath(folder.Path("port")),
+          "--mailbox=" + HostPath(folder.Path("mailbox")),
+          "--transcript=" + HostPath(folder.Path("transcript")),
+          "--script=" + HostPath(script),
+          "--host=" + host};
 }
 
 }  // namespace
@@ -48,32 +42,14 @@ ScriptedSmtpServer::ScriptedSmtpServer(const std::string& script, const std::str
 
 void ScriptedSmtpServer::SetScript(const std::string& script) { WriteScript(folder_, script); }
 
-std::vector<std::string> ScriptedSmtpServer::Messages() const {
-  std::vector<std::filesystem::path> files;
+std::vector<std::string> ScriptedSmtpServer::Filed(const std::string& extension) const {
+  std::set<std::filesystem::path> files;
   for (const auto& entry : std::filesystem::directory_iterator(folder_.Path("mailbox"))) {
-    if (entry.path().extension() == ".eml") {
-      files.push_back(entry.path());
-    }
+    if (entry.path().extension() == extension) files.insert(entry.path());
   }
-  std::sort(files.begin(), files.end());
-  std::vector<std::string> messages;
-  std::transform(files.begin(), files.end(), std::back_inserter(messages), ReadWholeFile);
-  return messages;
-}
-
-std::string ScriptedSmtpServer::Envelope(std::size_t index) const {
-  std::string name = std::to_string(index + 1);
-  name.insert(0, 4 - std::min<std::size_t>(4, name.size()), '0');
-  return ReadWholeFile(folder_.Path("mailbox/" + name + ".json"));
-}
-
-std::vector<std::string> ScriptedSmtpServer::Commands() const {
-  std::istringstream lines(ReadWholeFile(folder_.Path("transcript")));
-  std::vector<std::string> commands;
-  for (std::string line; std::getline(lines, line);) {
-    commands.push_back(line);
-  }
-  return commands;
+  std::vector<std::string> contents;
+  std::transform(files.begin(), files.end(), std::back_inserter(contents), ReadWholeFile);
+  return contents;
 }
 
 }  // namespace pxscheduler

@@ -18,13 +18,15 @@ class ScriptedSmtpServer {
   // Holds from the next connection on.
   void SetScript(const std::string& script);
   // The messages that arrived whole, in the order of arrival, dot-stuffing undone.
-  std::vector<std::string> Messages() const;
+  std::vector<std::string> Messages() const { return Filed(".eml"); }
   // The envelope of a message, 0 for the first, as JSON.
-  std::string Envelope(std::size_t index) const;
+  std::string Envelope(std::size_t index) const { return Filed(".json").at(index); }
   // Every command, each after the number of its connection.
-  std::vector<std::string> Commands() const;
+  std::vector<std::string> Commands() const { return folder_.ReadLines("transcript"); }
 
  private:
+  std::vector<std::string> Filed(const std::string& extension) const;
+
   ScratchFolder folder_;
   ChildProcess process_;
   int port_ = 0;

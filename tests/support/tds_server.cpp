@@ -1,21 +1,16 @@
 #include "tests/support/tds_server.h"
 
 #include <cstdlib>
-#include <sstream>
 #include <stdexcept>
 
 namespace pxscheduler {
 namespace {
 
-constexpr char kScript[] = TEST_SUPPORT_FOLDER "/tds_server.py";
-
 std::vector<std::string> Command(const ScratchFolder& folder, const TdsServer::Options& options) {
-  std::vector<std::string> command = {"/usr/bin/python3",
-                                      HostPath(kScript),
-                                      "--answers",
-                                      HostPath(folder.Write("answers.json", options.answers)),
-                                      "--log",
-                                      HostPath(folder.Path("log"))};
+  std::vector<std::string> command = {
+      "/usr/bin/python3", HostPath(TEST_SUPPORT_FOLDER "/tds_server.py"),
+      "--answers=" + HostPath(folder.Write("answers.json", options.answers)),
+      "--log=" + HostPath(folder.Path("log"))};
   command.insert(command.end(), options.arguments.begin(), options.arguments.end());
   return command;
 }
@@ -25,16 +20,11 @@ std::vector<std::string> Command(const ScratchFolder& folder, const TdsServer::O
 TdsServer::TdsServer(const Options& options)
     : process_(Command(folder_, options), folder_.Path("output")) {
   const std::string port = AwaitLine(folder_.Path("output"));
-  port_ = static_cast<std::uint16_t>(std::strtoul(port.c_str(), nullptr, 10));
+  port_ = static_cast<int>(std::strtol(port.c_str(), nullptr, 10));
   if (port_ == 0) throw std::runtime_error("tds_server.py does not start: " + port);
 }
 
-std::vector<std::string> TdsServer::Log() const {
-  std::istringstream log(folder_.Read("log"));
-  std::vector<std::string> lines;
-  for (std::string line; std::getline(log, line);) lines.push_back(line);
-  return lines;
-}
+std::vector<std::string> TdsServer::Log() const { return folder_.ReadLines("log"); }
 
 std::vector<std::string> TdsServer::Log(const std::string& kind) const {
   std::vector<std::string> found;

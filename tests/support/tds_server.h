@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -20,7 +19,6 @@ class TdsServer {
   TdsServer() : TdsServer(Options{}) {}
   explicit TdsServer(const Options& options);
 
-  std::uint16_t Port() const { return port_; }
   // The server as a data source names it.
   std::wstring DataSource() const { return L"127.0.0.1," + std::to_wstring(port_); }
   // The lines of its log so far: logins and statements as they were received.
@@ -31,7 +29,7 @@ class TdsServer {
  private:
   ScratchFolder folder_;
   ChildProcess process_;
-  std::uint16_t port_ = 0;
+  int port_ = 0;
 };
 
 }  // namespace pxscheduler

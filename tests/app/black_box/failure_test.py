@@ -3,12 +3,13 @@
 import resource
 import time
 
+import wine
 from machine import COMMAND, DATA_SOURCE, MAIL, PRODUCT, RUNNING, SchedulerTest, unfinished_block
 
 REJECTED_SQL = -2147217900
 
 
-class Machine(SchedulerTest):
+class FailureTest(SchedulerTest):
     def setUp(self):
         super().setUp()
         self.server = self.start_mail_server()
@@ -17,29 +18,25 @@ class Machine(SchedulerTest):
     def assert_nothing_sent(self):
         self.assertEqual(self.server.messages, [])
 
+    def assert_stopped_while_running(self, number, *words):
+        self.assert_stopped(self.run_scheduler(), number, *words)
+        self.assert_log(*unfinished_block(RUNNING))
+        self.assert_nothing_sent()
+
+
+class Machine(FailureTest):
+    @wine.not_under("Windows has a registry")
     def test_malformed_registry_file(self):
-        head = "Windows Registry Editor Version 5.00\r\n\r\n"
-        key = head + "[HKEY_LOCAL_MACHINE\\Software]\r\n"
         self.registry = None
-        for text, line in (
-                ("Not a registry file\r\n", 1),
-                (head + "[HKEY_LOCAL_MACHINE\\Software\r\n", 3),
-                (key + '"Name"="no end\r\n', 4),
-                (key + '"Good"="yes"\r\n"Name"=dword:xyz\r\n', 5),
-                (key + '"Name"=hex(2):25,0g\r\n', 4),
-                (head + '"Name"="before any key"\r\n', 3)):
-            with self.subTest(text=text):
-                self.write_file("agency.reg", text)
-                result = self.run_scheduler()
-                self.assert_stopped(result, 321, "agency.reg", f"line {line}")
+        self.write_file("agency.reg", "Not a registry file\r\n")
+        self.assert_stopped(self.run_scheduler(), 321, "agency.reg", "line 1")
         self.assert_no_log()
         self.assert_nothing_sent()
 
     def test_missing_registry_file_gives_the_defaults(self):
         self.registry = None
-        self.assert_stopped(self.run_scheduler(), 3709)
         self.log_file = self.folder / "work" / "Data" / "PXScheduler.log"
-        self.assert_log(*unfinished_block(RUNNING))
+        self.assert_stopped_while_running(3709)
 
     def test_data_folder_setting_always_stops_the_run(self):
         for value in (r"[PROGRAM PATH]\Logs", str(self.folder / "logs"), " "):
@@ -52,8 +49,7 @@ class Machine(SchedulerTest):
 
     def test_log_that_cannot_be_opened(self):
         self.log_file.mkdir(parents=True)
-        result = self.run_scheduler()
-        self.assert_stopped(result, "(70|75)", "PXScheduler.log")
+        self.assert_stopped(self.run_scheduler(), "(70|75)", "PXScheduler.log")
         self.assert_stopped(self.run_scheduler(""), "(70|75)")
         self.assert_nothing_sent()
         self.assert_ended_well(self.run_scheduler(COMMAND + " /NOLOG"))
@@ -84,38 +80,19 @@ class Machine(SchedulerTest):
             preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (limit, limit)),
             restore_signals=False)
         self.assert_stopped(result, "(61|75)")
+        # No message is sent before the outcome of the one before is in the log.
         self.assertLessEqual(len(self.server.messages), 3)
         self.assertTrue(self.log_file.read_bytes().startswith(written))
 
 
-class Database(SchedulerTest):
-    def setUp(self):
-        super().setUp()
-        self.server = self.start_mail_server()
-        self.add_client("ann@example.com")
-
-    def assert_stopped_while_running(self, number, *words):
-        self.log_file.unlink(missing_ok=True)
-        self.assert_stopped(self.run_scheduler(), number, *words)
-        self.assert_log(*unfinished_block(RUNNING))
-        self.assertEqual(self.server.messages, [])
-
+class Database(FailureTest):
     def test_database_that_cannot_be_opened(self):
-        for server in ("sqlite:" + str(self.folder / "missing.db"),
-                       "sqlite:" + str(self.folder), "sqlite:" + str(self.body_file), "sqlite:"):
-            with self.subTest(server=server):
-                self.registry[DATA_SOURCE]["Server"] = server
-                self.assert_stopped_while_running(3709)
+        self.registry[DATA_SOURCE]["Server"] = "sqlite:" + str(self.folder / "missing.db")
+        self.assert_stopped_while_running(3709)
         self.assertFalse((self.folder / "missing.db").exists())
 
-    def test_database_is_never_written(self):
-        self.save_query("DELETE FROM Clients")
-        self.assert_stopped(self.run_scheduler(), "-2147[0-9]+")
-        self.assertEqual(self.database.execute("SELECT COUNT(*) FROM Clients").fetchone(), (1,))
-
     def test_statements_that_are_rejected(self):
-        for sql in ("SELEKT * FROM Clients", "SELECT * FROM Nobody", "SELECT Nothing FROM Clients",
-                    "[TODAY]", "SELECT * FROM Clients WHERE FirstName='no end"):
+        for sql in ("SELEKT * FROM Clients", "[TODAY]"):
             with self.subTest(sql=sql):
                 self.save_query(sql)
                 self.assert_stopped_while_running(REJECTED_SQL)
@@ -135,8 +112,14 @@ class Database(SchedulerTest):
 
     def test_missing_columns_matter_only_for_a_row_that_is_mailed(self):
         self.save_query("SELECT Email, 0 AS SendEmail FROM Clients")
-        self.assert_ended_well(self.run_scheduler())
-        self.assert_sent()
+        self.assert_sends()
+
+    def test_row_that_ends_the_run_takes_no_outcome_with_it(self):
+        self.add_client("bob@example.com")
+        self.add_client("carl@example.com", SendEmail="perhaps")
+        self.assert_stopped(self.run_scheduler(), 13)
+        self.assert_log(
+            *unfinished_block(RUNNING, "Sent: ann@example.com", "Sent: bob@example.com"))
 
     def test_single_day_beside_a_birthday(self):
         self.save_query("SELECT * FROM Clients WHERE DAY(Birthdate) IN [3 DAYS AGO]")
@@ -154,25 +137,16 @@ class Database(SchedulerTest):
         self.assert_log(*unfinished_block(RUNNING))
 
 
-class Template(SchedulerTest):
+class Template(FailureTest):
     def test_template_that_cannot_be_converted(self):
-        server = self.start_mail_server()
-        self.add_client("ann@example.com")
-        header = b"\0" * 30
-        for content in (None, b"", b"{\\rtf1 short}", header[1:], header + b"\x01\x02\x03unknown",
-                        header + b"\x89PNG\r\n\x1a\n\0\0"):
+        for content in (None, b"\0" * 30 + b"\x01\x02\x03unknown"):
             with self.subTest(content=content):
                 self.body_file = self.folder / "work" / "bad.qzw"
-                self.body_file.unlink(missing_ok=True)
                 if content is not None:
                     self.body_file.write_bytes(content)
-                self.log_file.unlink(missing_ok=True)
-                self.assert_stopped(self.run_scheduler(), "[0-9]+", "bad.qzw")
-                self.assert_log(*unfinished_block(RUNNING))
-        self.assertEqual(server.messages, [])
+                self.assert_stopped_while_running("[0-9]+", "bad.qzw")
 
     def test_quotation_marks_belong_to_the_name(self):
-        self.start_mail_server()
         self.write_file("work/letter.qzw", b"\0" * 30 + b"{\\rtf1 Dear}")
         self.assert_stopped(
             self.run_scheduler("/QMailing /SHello '/F\"letter.qzw'"), "[0-9]+", '"letter.qzw')
@@ -184,60 +158,42 @@ class Mail(SchedulerTest):
         self.add_client("ann@example.com")
 
     def test_settings_that_cannot_be_read(self):
-        for settings, number in (({"EmailAuthenticate": "perhaps"}, 13),
-                                 ({"EmailAuthenticate": ""}, 13),
-                                 ({"EmailServer": "127.0.0.1:99999999999"}, 6)):
-            with self.subTest(settings=settings):
-                self.log_file.unlink(missing_ok=True)
-                saved = dict(self.registry[MAIL])
-                self.registry[MAIL].update(settings)
+        settings = self.registry[MAIL]
+        for name, value, number in (("EmailServer", "127.0.0.1:99999999999", 6),
+                                    ("EmailAuthenticate", "perhaps", 13)):
+            with self.subTest(name):
+                self.registry[MAIL] = {**settings, name: value}
                 self.assert_stopped(self.run_scheduler(), number)
-                self.registry[MAIL] = saved
                 self.assert_log(*unfinished_block(RUNNING))
-
-    def assert_outcome(self, *lines):
-        self.log_file.unlink(missing_ok=True)
-        result = self.run_scheduler()
-        self.assert_ended_well(result)
-        self.assert_sent(*lines)
 
     def test_servers_that_cannot_be_reached(self):
         for server, text in (
                 ("", "No mail server specified."),
                 ("127.0.0.1:9", "There was an error connecting to the SMTP mail server."),
-                ("127.0.0.1:", "There was an error connecting to the SMTP mail server."),
                 ("no..such..host", "Could not resolve host.")):
             with self.subTest(server=server):
                 self.registry[MAIL]["EmailServer"] = server
-                self.assert_outcome("Failed: ann@example.com", text)
+                self.assert_sends("Failed: ann@example.com", text)
 
     def test_servers_that_refuse_or_break_off(self):
-        body = "An error has occurred due to a problem;with the message body or attachments."
-        broken = "There was a problem with the connection;and a socket error occurred."
-        for step, action, text in (
+        for steps, action, text in (
                 ("greeting", "554 no", "Connected but server sent back bad response."),
-                ("greeting", "garbage", "Connected but server sent back bad response."),
+                ("EHLO HELO", "502 no", "There was a problem initiating the conversation;with the "
+                 "mail server. Ensure the setting;of the Domain property is correct."),
                 ("MAIL", "550 no", "The from address was not formatted correctly or was rejected;"
                  "by the SMTP mail server. Some SMTP mail servers will only accept;mail from "
                  "particular addresses or domains. SMTP mail servers may;also reject a from "
                  "address if the server can not successfully do;a reverse lookup on the from address."),
                 ("RCPT", "550 no", "An error was reported in response to a recipient address.;"
                  "The SMTP server may refuse to handle mail for unknown recipients."),
-                ("DATA", "554 no", body),
-                ("message", "554 no", body),
-                ("message", "close", broken),
-                ("RCPT", "reset", broken)):
-            with self.subTest(step=step, action=action):
-                self.start_mail_server(faults=[{"at": step, "do": action}])
-                self.assert_outcome("Failed: ann@example.com", text)
-
-    def test_neither_greeting_is_accepted(self):
-        self.start_mail_server(
-            faults=[{"at": step, "do": "502 no"} for step in ("EHLO", "HELO")])
-        self.assert_outcome(
-            "Failed: ann@example.com",
-            "There was a problem initiating the conversation;with the mail server. Ensure the "
-            "setting;of the Domain property is correct.")
+                ("message", "554 no",
+                 "An error has occurred due to a problem;with the message body or attachments."),
+                ("message", "close",
+                 "There was a problem with the connection;and a socket error occurred.")):
+            with self.subTest(steps=steps, action=action):
+                self.start_mail_server(
+                    faults=[{"at": step, "do": action} for step in steps.split()])
+                self.assert_sends("Failed: ann@example.com", text)
 
     def test_logins_that_fail(self):
         secret = "S3cret"
@@ -251,8 +207,7 @@ class Mail(SchedulerTest):
                 ({}, "The selected ESMTP Authentication mode;is not supported by the server.")):
             with self.subTest(script=script):
                 self.start_mail_server(**script)
-                self.assert_outcome("Failed: ann@example.com", text)
-                self.assertNotIn(secret.encode(), self.log_file.read_bytes())
+                self.assert_sends("Failed: ann@example.com", text)
 
     def test_a_failure_is_one_client_only(self):
         server = self.start_mail_server(faults=[{"at": "RCPT", "match": "bob@", "do": "550 no"}])
@@ -261,7 +216,7 @@ class Mail(SchedulerTest):
             self.add_client(email)
         refused = ("An error was reported in response to a recipient address.;"
                    "The SMTP server may refuse to handle mail for unknown recipients.")
-        self.assert_outcome(
+        self.assert_sends(
             "Sent: ann@example.com", "Failed: bob@example.com", refused, "Sent: carl@example.com",
             "Failed: eve@example.com>", "RCPT TO:<all@example.com", refused)
         self.assertEqual([message.envelope["to"] for message in server.messages],

@@ -27,9 +27,7 @@ PRODUCT = r"HKEY_LOCAL_MACHINE\Software\Kestrova\Orbalis"
 USER_PRODUCT = r"HKEY_CURRENT_USER\Software\Kestrova\Orbalis"
 MAIL = PRODUCT + r"\Sunset Travel"
 DATA_SOURCE = r"HKEY_LOCAL_MACHINE\Software\ODBC\ODBC.INI\agency"
-SHELL_FOLDERS = (
-    r"HKEY_CURRENT_USER\Software\Microsoft\Windows\CurrentVersion\Explorer\User Shell Folders"
-)
+SHELL_FOLDERS = wine.SHELL_FOLDERS
 INTERNATIONAL = r"HKEY_CURRENT_USER\Control Panel\International"
 CODE_PAGE = r"HKEY_LOCAL_MACHINE\System\CurrentControlSet\Control\Nls\CodePage"
 
@@ -77,12 +75,6 @@ class Message:
         return self.parsed.get_body(("html",)).get_content()
 
 
-def filed_messages(mailbox):
-    """The messages in the folder of a server that files each one beside its envelope."""
-    return [Message(path.read_bytes(), json.loads(path.with_suffix(".json").read_text()))
-            for path in sorted(mailbox.glob("*.eml"))]
-
-
 class MailServer:
     """The scripted server as a process of its own; `script` is what smtp_server.py documents."""
 
@@ -106,7 +98,8 @@ class MailServer:
 
     @property
     def messages(self):
-        return filed_messages(self.mailbox)
+        return [Message(path.read_bytes(), json.loads(path.with_suffix(".json").read_text()))
+                for path in sorted(self.mailbox.glob("*.eml"))]
 
 
 class SchedulerTest(unittest.TestCase):
@@ -154,30 +147,27 @@ class SchedulerTest(unittest.TestCase):
         path.write_bytes(content if isinstance(content, bytes) else content.encode("cp1252"))
         return path
 
-    def save_query(self, sql, name="Mailing", user=0):
-        with self.database:
-            self.database.execute(
-                "DELETE FROM MarketingQueries WHERE QueryName=? AND UserID=?", (name, user))
-            self.database.execute(
-                "INSERT INTO MarketingQueries VALUES (?, ?, ?)", (user, name, sql))
-
-    def add_client(self, email, **values):
-        values = {
-            "Email": email, "SendEmail": 1, "FirstName": "Ann", "FullName": "Ann Lee", **values}
+    def insert(self, table, **values):
         places = ", ".join("?" * len(values))
         with self.database:
-            self.database.execute(
-                f"INSERT INTO Clients ({', '.join(values)}) VALUES ({places})",
-                tuple(values.values()))
+            self.database.execute(f"INSERT INTO {table} ({', '.join(values)}) VALUES ({places})",
+                                  tuple(values.values()))
 
-    def registry_text(self):
-        lines = ["Windows Registry Editor Version 5.00"]
-        for key, values in self.registry.items():
-            lines += ["", f"[{key}]"]
+    def save_query(self, sql, name="Mailing", user=0):
+        self.database.execute(
+            "DELETE FROM MarketingQueries WHERE QueryName=? AND UserID=?", (name, user))
+        self.insert("MarketingQueries", UserID=user, QueryName=name, QueryString=sql)
+
+    def add_client(self, email, **values):
+        self.insert("Clients", **{"Email": email, "SendEmail": 1, "FirstName": "Ann",
+                                  "FullName": "Ann Lee", **values})
+
+    def registry_lines(self):
+        for key, values in (self.registry or {}).items():
+            yield f"[{key}]"
             for name, value in values.items():
                 escaped = value.replace("\\", "\\\\").replace('"', '\\"')
-                lines.append(f'"{name}"="{escaped}"')
-        return "\r\n".join(lines) + "\r\n"
+                yield f'"{name}"="{escaped}"'
 
     def start_mail_server(self, **script):
         """Starts a server and makes it the agency's."""
@@ -216,13 +206,13 @@ class SchedulerTest(unittest.TestCase):
     def start(self, command_line=COMMAND, now=NOW, **options):
         """Starts the executable. The command line is split as a shell splits it; {body} stands for
         the body file."""
-        if self.registry is not None:
-            self.write_file("agency.reg", self.registry_text().encode())
         arguments = shlex.split(
             command_line.replace("{body}", shlex.quote(self.path_text(self.body_file))))
         if wine.IS_USED:
-            wine.import_registry(self.folder, self.registry)
+            wine.import_registry(self.folder, self.registry_lines())
             arguments = wine.words(arguments)
+        elif self.registry is not None:
+            self.write_file("agency.reg", wine.registry_text(self.registry_lines()).encode())
         return subprocess.Popen(
             shlex.split(os.environ["PXSCHEDULER"]) + arguments,
             cwd=self.folder / "work", env=self.environment(now), text=True, errors="replace",
@@ -284,12 +274,15 @@ class SchedulerTest(unittest.TestCase):
             self.assertIn(USAGE, result.stderr)
 
     def assert_log(self, *lines, encoding="cp1252"):
+        """What the log holds. The next run begins another."""
         expected = "".join(line + "\r\n" for line in lines).encode(encoding)
         self.assertEqual(self.log_file.read_bytes(), expected)
+        self.log_file.unlink()
 
-    def assert_sent(self, *lines, **options):
-        """The whole account of one run of the query with these outcomes."""
-        self.assert_log(*log_block(RUNNING, *lines), **options)
+    def assert_sends(self, *outcomes, command_line=COMMAND):
+        """A run of the query ends as it should and has these outcomes in the log."""
+        self.assert_ended_well(self.run_scheduler(command_line))
+        self.assert_log(*log_block(RUNNING, *outcomes))
 
     def assert_no_log(self):
         self.assertFalse(self.log_file.exists())

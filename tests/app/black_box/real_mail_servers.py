@@ -1,23 +1,27 @@
-"""Mail servers as agencies have them, each a process of its own on a free port of 127.0.0.1.
+"""Mail servers as agencies have them, each on a free port of 127.0.0.1.
 
 Both take mail over TLS only and from one user only, who logs in by the one mechanism that the
 server offers.
 """
 
+import asyncio
+import logging
 import os
 import pwd
 import re
 import shutil
 import socket
+import ssl
 import subprocess
-import sys
 import tempfile
+import threading
 import time
 from pathlib import Path
 
-from machine import FAKETIME, Message, filed_messages
+from aiosmtpd.smtp import SMTP, AuthResult
 
-AIOSMTPD_SERVER = Path(__file__).resolve().parents[2] / "support" / "aiosmtpd_server.py"
+from machine import FAKETIME, Message
+
 CAN_RUN_POSTFIX = os.geteuid() == 0
 
 USER = "office"
@@ -50,33 +54,45 @@ def wait_until(is_true, what):
 
 
 class Aiosmtpd:
+    """In a thread of the test."""
+
     def __init__(self, certificate, password, mechanism):
-        self.folder = Path(tempfile.mkdtemp(prefix="aiosmtpd "))
-        self.mailbox = self.folder / "mailbox"
-        self.process = subprocess.Popen(
-            [sys.executable, "-B", AIOSMTPD_SERVER, "--certificate", certificate,
-             "--mailbox", self.mailbox, "--user", USER, "--password", password,
-             "--mechanism", mechanism],
-            stdout=subprocess.PIPE, text=True)
-        port = self.process.stdout.readline()
-        if not port:
-            self.stop()
-            raise RuntimeError("aiosmtpd does not start")
-        self.port = int(port)
+        self.messages, self.logins = [], 0
+        self.user_and_password = (USER.encode(), password.encode())
+        # A client that goes away in the handshake is what some tests want.
+        logging.getLogger("mail.log").setLevel(logging.CRITICAL)
+        tls = ssl.create_default_context(ssl.Purpose.CLIENT_AUTH)
+        tls.load_cert_chain(certificate)
+        self.loop = asyncio.new_event_loop()
+        server = self.loop.run_until_complete(self.loop.create_server(
+            lambda: SMTP(
+                self, hostname="localhost", enable_SMTPUTF8=True, loop=self.loop, tls_context=tls,
+                require_starttls=True, auth_required=True, authenticator=self.authenticate,
+                auth_exclude_mechanism={"PLAIN", "LOGIN"} - {mechanism}),
+            "127.0.0.1", 0))
+        self.port = server.sockets[0].getsockname()[1]
+        self.thread = threading.Thread(target=self.loop.run_forever, daemon=True)
+        self.thread.start()
 
     def stop(self):
-        self.process.terminate()
-        self.process.communicate()
-        shutil.rmtree(self.folder)
+        self.loop.call_soon_threadsafe(self.loop.stop)
+        self.thread.join()
+
+    def authenticate(self, server, session, envelope, mechanism, login):
+        self.logins += 1
+        accepted = (login.login, login.password) == self.user_and_password
+        return AuthResult(success=accepted, handled=False, auth_data=(mechanism, login.login))
+
+    async def handle_DATA(self, server, session, envelope):
+        mechanism, user = session.auth_data
+        self.messages.append(Message(envelope.content, {
+            "from": envelope.mail_from, "to": envelope.rcpt_tos, "tls": session.ssl is not None,
+            "mechanism": mechanism, "user": user.decode()}))
+        return "250 filed"
 
     def login_attempts(self, sessions):
         """How often a client tried to log in, in so many sessions."""
-        logins = self.mailbox / "logins"
-        return len(logins.read_text().splitlines()) if logins.exists() else 0
-
-    @property
-    def messages(self):
-        return filed_messages(self.mailbox)
+        return self.logins
 
 
 class Postfix:

@@ -66,18 +66,15 @@ def environment(now, faketime):
     }
 
 
-def import_registry(folder, keys):
-    """Makes these keys, in the 32-bit view, all that the product finds in Wine's registry."""
-    lines = [f"[-{key}]" for key in KEYS]
-    lines += [f"[{SHELL_FOLDERS}]", '"Personal"=-']
-    home = path_text(folder / "home")
-    for key, values in (keys or {}).items():
-        key = key.replace(*VIEW)
-        lines += ["", f"[{key}]"]
-        for name, value in values.items():
-            text = value.replace("%USERPROFILE%", home).replace("\\", "\\\\").replace('"', '\\"')
-            lines.append(f'"{name}"="{text}"')
-    edit_registry(lines)
+def registry_text(lines):
+    return "\r\n".join(["Windows Registry Editor Version 5.00", "", *lines]) + "\r\n"
+
+
+def import_registry(folder, lines):
+    """Makes these lines, in the 32-bit view, all that the product finds in Wine's registry."""
+    home = path_text(folder / "home").replace("\\", "\\\\")
+    edit_registry([*(f"[-{key}]" for key in KEYS), f"[{SHELL_FOLDERS}]", '"Personal"=-',
+                   *(line.replace(*VIEW).replace("%USERPROFILE%", home) for line in lines)])
 
 
 def forget_credentials():
@@ -85,9 +82,8 @@ def forget_credentials():
 
 
 def edit_registry(lines):
-    lines = ["Windows Registry Editor Version 5.00", "", *lines]
     with tempfile.NamedTemporaryFile(suffix=".reg") as file:
-        file.write(("\r\n".join(lines) + "\r\n").encode("utf-16"))
+        file.write(registry_text(lines).encode("utf-16"))
         file.flush()
         command = [EMULATOR, "regedit", "/S", path_text(file.name)]
         # Wine's editor has been seen to fail without a word where it is started beside other programs.

@@ -9,7 +9,7 @@
 #include "platform/html/plain_text.h"
 #include "platform/linux/icu_code_page.h"
 #include "platform/rtf/rtf_reader.h"
-#include "tests/support/child_process.h"
+#include "tests/support/scratch_folder.h"
 
 namespace pxscheduler {
 namespace {

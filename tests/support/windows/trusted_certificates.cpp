@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "platform/base64.h"
-#include "tests/support/child_process.h"
+#include "tests/support/scratch_folder.h"
 
 namespace pxscheduler {
 
