@@ -33,10 +33,6 @@ CODE_PAGE = r"HKEY_LOCAL_MACHINE\System\CurrentControlSet\Control\Nls\CodePage"
 
 NOW = "2026-11-16 15:07:41"
 SEPARATOR = "=" * 32
-COLUMNS = (
-    "ProfileNumber Prefix FirstName LastName FullName Attention Phone Fax Email SendEmail "
-    "BirthDate AnniversaryDate TravelDate ReturnDate FirstDate LastDate"
-).split()
 USAGE = ("Usage: PXScheduler /U[user name] /Q[saved query name] /S[subject] "
          "/F[message body file]")
 COMMAND = '/QMailing "/SHello [First Name]" /F{body}'
@@ -47,14 +43,19 @@ FAKETIME = next(Path("/usr/lib").glob("*/faketime/libfaketime.so.1"))
 
 def log_block(*lines, time="11/16/2026 3:07:41 PM"):
     """The whole account of a run that ended as it should."""
-    return [
-        *unfinished_block(*lines, time=time),
-        SEPARATOR, "Query finished: " + time, SEPARATOR,
-    ]
+    return [*unfinished_block(*lines, time=time), SEPARATOR, "Query finished: " + time, SEPARATOR]
 
 
 def unfinished_block(*lines, time="11/16/2026 3:07:41 PM"):
     return [SEPARATOR, "Query started: " + time, SEPARATOR, *lines]
+
+
+def wait_until(is_true, what):
+    deadline = time.monotonic() + 30
+    while not is_true():
+        if time.monotonic() > deadline:
+            raise TimeoutError(what)
+        time.sleep(0.01)
 
 
 class Message:
@@ -79,18 +80,10 @@ class MailServer:
     """The scripted server as a process of its own; `script` is what smtp_server.py documents."""
 
     def __init__(self, folder, script):
-        self.mailbox = folder / "mailbox"
-        port_file = folder / "port"
+        self.mailbox, self.port_file = folder / "mailbox", folder / "port"
         self.process = subprocess.Popen(
-            [sys.executable, SMTP_SERVER, "--port-file", port_file, "--mailbox", self.mailbox,
+            [sys.executable, SMTP_SERVER, "--port-file", self.port_file, "--mailbox", self.mailbox,
              "--script", json.dumps(script)])
-        deadline = time.monotonic() + 30
-        while not port_file.exists():
-            if self.process.poll() is not None or time.monotonic() > deadline:
-                self.stop()
-                raise RuntimeError("the mail server does not start")
-            time.sleep(0.01)
-        self.port = int(port_file.read_text())
 
     def stop(self):
         self.process.terminate()
@@ -126,19 +119,17 @@ class SchedulerTest(unittest.TestCase):
         self.database = sqlite3.connect(self.folder / "agency.db")
         self.addCleanup(self.database.close)
         self.database.executescript(
-            f"""
+            """
             CREATE TABLE MarketingQueries (UserID INTEGER, QueryName TEXT, QueryString TEXT);
             CREATE TABLE Users (UserID INTEGER, Login TEXT, Permissions TEXT);
-            CREATE TABLE Clients ({", ".join(self.column_declaration(name) for name in COLUMNS)});
+            CREATE TABLE Clients (
+                ProfileNumber INTEGER, Prefix TEXT, FirstName TEXT, LastName TEXT, FullName TEXT,
+                Attention TEXT, Phone TEXT, Fax TEXT, Email TEXT, SendEmail INTEGER,
+                BirthDate DATETIME, AnniversaryDate DATETIME, TravelDate DATETIME,
+                ReturnDate DATETIME, FirstDate DATETIME, LastDate DATETIME);
             """
         )
         self.save_query("SELECT * FROM Clients")
-
-    @staticmethod
-    def column_declaration(name):
-        if name in ("ProfileNumber", "SendEmail"):
-            return name + " INTEGER"
-        return name + (" DATETIME" if name.endswith("Date") else " TEXT")
 
     # What the machine holds
 
@@ -173,7 +164,8 @@ class SchedulerTest(unittest.TestCase):
         """Starts a server and makes it the agency's."""
         server = MailServer(Path(tempfile.mkdtemp(dir=self.folder)), script)
         self.addCleanup(server.stop)
-        self.registry[MAIL]["EmailServer"] = f"127.0.0.1:{server.port}"
+        wait_until(server.port_file.exists, "the mail server does not start")
+        self.registry[MAIL]["EmailServer"] = "127.0.0.1:" + server.port_file.read_text().strip()
         return server
 
     # Running
@@ -187,21 +179,16 @@ class SchedulerTest(unittest.TestCase):
         return wine.converted_file() if wine.IS_USED else self.folder / "tmp" / "scheduler.htm"
 
     def environment(self, now):
-        if wine.IS_USED:
-            return wine.environment(now, FAKETIME)
-        return {
-            "PATH": os.environ["PATH"],
-            "TZ": "UTC",
+        machine = wine.environment() if wine.IS_USED else {
             "USERPROFILE": str(self.folder / "home"),
             "TMPDIR": str(self.folder / "tmp"),
             "PXSCHEDULER_REGISTRY": str(self.folder / "agency.reg"),
             "PXSCHEDULER_CREDENTIALS": str(self.folder / "credentials"),
-            "LD_PRELOAD": str(FAKETIME),
-            "FAKETIME": now,
-            "FAKETIME_DONT_FAKE_MONOTONIC": "1",
             # The sanitizer's own library is not the first where another is preloaded.
             "ASAN_OPTIONS": "verify_asan_link_order=0",
         }
+        return {"PATH": os.environ["PATH"], "TZ": "UTC", "LD_PRELOAD": str(FAKETIME),
+                "FAKETIME": now, "FAKETIME_DONT_FAKE_MONOTONIC": "1", **machine}
 
     def start(self, command_line=COMMAND, now=NOW, **options):
         """Starts the executable. The command line is split as a shell splits it; {body} stands for
@@ -213,19 +200,18 @@ class SchedulerTest(unittest.TestCase):
             arguments = wine.words(arguments)
         elif self.registry is not None:
             self.write_file("agency.reg", wine.registry_text(self.registry_lines()).encode())
-        return subprocess.Popen(
+        process = subprocess.Popen(
             shlex.split(os.environ["PXSCHEDULER"]) + arguments,
             cwd=self.folder / "work", env=self.environment(now), text=True, errors="replace",
             **{"stdin": subprocess.DEVNULL, "stdout": subprocess.PIPE, "stderr": subprocess.PIPE,
                **options})
+        self.addCleanup(process.communicate)
+        self.addCleanup(process.kill)
+        return process
 
     def run_scheduler(self, command_line=COMMAND, now=NOW, **options):
-        with self.start(command_line, now, **options) as process:
-            try:
-                output, errors = process.communicate(timeout=60)
-            except subprocess.TimeoutExpired:
-                process.kill()
-                raise
+        process = self.start(command_line, now, **options)
+        output, errors = process.communicate(timeout=60)
         return subprocess.CompletedProcess(process.args, process.returncode, output, errors)
 
     def run_pxsecret(self, *arguments, input=None):
@@ -283,6 +269,3 @@ class SchedulerTest(unittest.TestCase):
         """A run of the query ends as it should and has these outcomes in the log."""
         self.assert_ended_well(self.run_scheduler(command_line))
         self.assert_log(*log_block(RUNNING, *outcomes))
-
-    def assert_no_log(self):
-        self.assertFalse(self.log_file.exists())

@@ -15,12 +15,11 @@ import ssl
 import subprocess
 import tempfile
 import threading
-import time
 from pathlib import Path
 
 from aiosmtpd.smtp import SMTP, AuthResult
 
-from machine import FAKETIME, Message
+from machine import FAKETIME, Message, wait_until
 
 CAN_RUN_POSTFIX = os.geteuid() == 0
 
@@ -43,14 +42,6 @@ def make_certificate(folder):
     with both.open("ab") as file:
         file.write(certificate.read_bytes())
     return both, certificate
-
-
-def wait_until(is_true, what):
-    deadline = time.monotonic() + 30
-    while not is_true():
-        if time.monotonic() > deadline:
-            raise TimeoutError(what)
-        time.sleep(0.01)
 
 
 class Aiosmtpd:
@@ -116,7 +107,6 @@ maillog_file_prefixes = {folder}
 inet_protocols = ipv4
 myhostname = mail.{realm}
 mydestination =
-mynetworks =
 alias_maps =
 alias_database =
 local_recipient_maps =
@@ -132,7 +122,6 @@ smtpd_sasl_auth_enable = yes
 smtpd_sasl_authenticated_header = yes
 smtpd_sasl_local_domain = {realm}
 smtpd_relay_restrictions = permit_sasl_authenticated, reject
-smtpd_recipient_restrictions = permit_sasl_authenticated, reject
 """
     MASTER = """
 127.0.0.1:{port} inet n - n - - smtpd

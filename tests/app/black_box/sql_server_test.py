@@ -5,7 +5,7 @@ import subprocess
 import sys
 from pathlib import Path
 
-from machine import COLUMNS, DATA_SOURCE, MAIL, PRODUCT, RUNNING, SchedulerTest, unfinished_block
+from machine import DATA_SOURCE, MAIL, PRODUCT, RUNNING, SchedulerTest, unfinished_block
 
 ROOT = Path(__file__).resolve().parents[3]
 TDS_SERVER = ROOT / "tests" / "support" / "tds_server.py"
@@ -103,15 +103,13 @@ class Results(SqlServerTest):
 
     def test_errors_stop_the_run_before_any_message(self):
         mail_server = self.start_mail_server()
-        columns = [["SendEmail", "bit"], *([name, "nvarchar(120)"] for name in COLUMNS
-                                           if name != "SendEmail")]
-        client = [1] + ["ann@example.com"] * (len(columns) - 1)
+        columns = [["Email", "nvarchar(120)"], ["SendEmail", "bit"]]
         for step, number, *words in (
                 ({"error": [8134, 16, "Divide by zero"]}, -2147217900, "Divide by zero", "8134"),
                 ({"break": "close"}, -2147467259)):
             with self.subTest(step=step):
-                self.start_sql_server(answers=[
-                    {"statement": QUERY, "steps": [{"columns": columns, "rows": [client, step]}]}])
+                self.start_sql_server(answers=[{"statement": QUERY, "steps": [
+                    {"columns": columns, "rows": [["ann@example.com", 1], step]}]}])
                 self.assert_stopped(self.run_scheduler(), number, *words)
                 self.assert_log(*unfinished_block(RUNNING))
         self.assertEqual(mail_server.messages, [])
