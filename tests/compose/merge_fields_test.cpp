@@ -21,10 +21,8 @@ class MergeFields : public testing::Test {
   FakeRecordset rows_;
 };
 
-TEST_F(MergeFields, TheFullNameStandsInForABlankSalutation) {
+TEST_F(MergeFields, TheAttentionIsTheSalutation) {
   rows_.row[L"FullName"] = L"Ann Lee";
-  rows_.row[L"Attention"] = L" ";
-  EXPECT_EQ(Merged(L"[Salutation]"), L"Ann Lee");
   rows_.row[L"Attention"] = L"Dear Ann";
   EXPECT_EQ(Merged(L"[Salutation], [Salutation]"), L"Dear Ann, Dear Ann");
 }

@@ -17,7 +17,7 @@ class ChildProcess {
   ChildProcess(const ChildProcess&) = delete;
   ChildProcess& operator=(const ChildProcess&) = delete;
 
-  // Waits for its end, at most twenty seconds, and returns the exit status; -1 where it goes on.
+  // Waits for its end and returns the exit status, -1 where it has none.
   int Wait();
 
  private:

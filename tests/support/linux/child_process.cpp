@@ -5,33 +5,20 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <chrono>
 #include <csignal>
 #include <stdexcept>
-#include <thread>
 
 namespace pxscheduler {
 
 struct ChildProcess::Process {
   pid_t identifier = -1;
   bool has_ended = false;
-  int status = -1;
 
-  // Whether it ends within `time`.
-  bool EndsWithin(std::chrono::milliseconds time) {
-    const auto deadline = std::chrono::steady_clock::now() + time;
-    while (!has_ended) {
-      int status_word = 0;
-      if (waitpid(identifier, &status_word, WNOHANG) != 0) {
-        has_ended = true;
-        status = WIFEXITED(status_word) ? WEXITSTATUS(status_word) : -1;
-      } else if (std::chrono::steady_clock::now() > deadline) {
-        return false;
-      } else {
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-      }
-    }
-    return true;
+  int Wait() {
+    int status = -1;
+    waitpid(identifier, &status, 0);
+    has_ended = true;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
   }
 };
 
@@ -59,19 +46,12 @@ ChildProcess::ChildProcess(const std::vector<std::string>& arguments,
 }
 
 ChildProcess::~ChildProcess() {
-  if (process_->has_ended) {
-    return;
-  }
-  kill(process_->identifier, SIGTERM);
-  if (!process_->EndsWithin(std::chrono::seconds(2))) {
-    kill(process_->identifier, SIGKILL);
-    process_->EndsWithin(std::chrono::seconds(2));
-  }
+  if (process_->has_ended) return;
+  kill(process_->identifier, SIGKILL);
+  process_->Wait();
 }
 
-int ChildProcess::Wait() {
-  return process_->EndsWithin(std::chrono::seconds(20)) ? process_->status : -1;
-}
+int ChildProcess::Wait() { return process_->Wait(); }
 
 std::string HostPath(const std::filesystem::path& path) { return path.string(); }
 
