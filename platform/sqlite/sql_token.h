@@ -20,8 +20,6 @@ enum class SqlTokenKind {
 struct SqlToken {
   SqlTokenKind kind = SqlTokenKind::kEnd;
   std::string text;
-
-  friend bool operator==(const SqlToken&, const SqlToken&) = default;
 };
 
 // Takes Transact-SQL apart; the last token is kEnd. Blanks and comments (which nest) are dropped. A
