@@ -38,7 +38,7 @@ class SqlServerTest(SchedulerTest):
 
 
 class Access(SqlServerTest):
-    def test_statements_are_sent_as_specified(self):
+    def test_statements_that_are_sent(self):
         self.start_mail_server()
         self.start_sql_server()
         for switches, time_out, lookup, *rest in (

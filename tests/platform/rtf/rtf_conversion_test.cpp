@@ -159,8 +159,8 @@ TEST(RtfConversion, KeepsTokensWhole) {
        "<P>see [<b>1</b><i>-</i>2] or [<b>not<br>one</b>] [<b>open</b></p>"},
       {R"({\field{\*\fldinst HYPERLINK "https://a.example/?n=%5BFirst%20Name%5D&x=%5B1"})"
        "{\\fldrslt go}}",
-       R"(<P><a href="https://a.example/?n=[First Name]&amp;x=%5B1" style="color:#000000;text-de)"
-       "coration:none\">go</a></p>"},
+       R"(<P><a href="https://a.example/?n=[First Name]&amp;x=%5B1" )"
+       R"(style="color:#000000;text-decoration:none">go</a></p>)"},
   });
 }
 
