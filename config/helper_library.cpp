@@ -17,15 +17,16 @@ Flag IsBlank(std::wstring_view text) {
 
 std::wstring Stuff(const CodePage& ansi, std::wstring_view text, std::wstring_view placeholder,
                    std::wstring_view replacement) {
-  return ReplaceAll(ansi.RoundTrip(text), ansi.RoundTrip(placeholder), ansi.RoundTrip(replacement));
+  return ReplaceAll(ansi.RoundTrip(std::wstring{text}), ansi.RoundTrip(std::wstring{placeholder}),
+                    ansi.RoundTrip(std::wstring{replacement}));
 }
 
 std::wstring Parse(const CodePage& ansi, std::wstring_view text, std::wstring_view delimiter) {
-  return ansi.RoundTrip(text.substr(0, text.find(delimiter)));
+  return ansi.RoundTrip(std::wstring{text.substr(0, text.find(delimiter))});
 }
 
 std::wstring Quote(const CodePage& ansi, std::wstring_view text) {
-  return L"'" + ReplaceAll(ansi.RoundTrip(text), L"'", L"''") + L"'";
+  return L"'" + ReplaceAll(ansi.RoundTrip(std::wstring{text}), L"'", L"''") + L"'";
 }
 
 std::wstring Qzpwd(const Passwords& passwords, const CodePage& ansi) {
@@ -37,7 +38,7 @@ std::wstring GetWindowsTempFolder(const System& system, const CodePage& ansi) {
 }
 
 std::wstring Decrypt10(const Passwords& passwords, const CodePage& ansi, std::wstring_view text) {
-  return ansi.RoundTrip(passwords.Decipher(ansi.RoundTrip(text)));
+  return ansi.RoundTrip(passwords.Decipher(ansi.RoundTrip(std::wstring{text})));
 }
 
 }  // namespace pxscheduler

@@ -17,7 +17,7 @@ class CodePage {
 
   // FromBytes(ToBytes(text)): what is left of a text that crossed an interface of this encoding.
   // Applying it twice gives the same as applying it once.
-  virtual std::wstring RoundTrip(std::wstring_view text) const = 0;
+  virtual std::wstring RoundTrip(std::wstring text) const = 0;
 };
 
 // The encodings that documents and files may be written in.

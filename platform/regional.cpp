@@ -1,5 +1,7 @@
 #include "platform/regional.h"
 
+#include "platform/text.h"
+
 namespace pxscheduler {
 
 std::wstring GeneralDate(const Regional& regional, const DateTime& value) {
@@ -22,8 +24,9 @@ std::wstring FormatMonthDay(const Regional& regional, const std::wstring& text) 
   const std::optional<DateTime> value = regional.ReadDate(text);
   if (!value) return text;
   const std::chrono::year_month_day date{value->date};
-  return regional.MonthName(static_cast<unsigned>(date.month())) + L' ' +
-         std::to_wstring(static_cast<unsigned>(date.day()));
+  std::wstring written = regional.MonthName(static_cast<unsigned>(date.month())) + L' ';
+  AppendWholeNumber(static_cast<unsigned>(date.day()), written);
+  return written;
 }
 
 }  // namespace pxscheduler

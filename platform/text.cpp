@@ -1,5 +1,8 @@
 #include "platform/text.h"
 
+#include <array>
+#include <charconv>
+
 #include "platform/letter_case.h"
 
 namespace pxscheduler {
@@ -22,6 +25,14 @@ std::wstring ReplaceAll(std::wstring_view text, std::wstring_view find,
     }
   }
   return result.append(text, copied);
+}
+
+void AppendWholeNumber(std::int64_t number, std::wstring& text) {
+  std::array<char, 20> digits;  // of the longest, with its sign
+  const auto written = std::to_chars(digits.data(), digits.data() + digits.size(), number);
+  for (const char* digit = digits.data(); digit != written.ptr; ++digit) {
+    text += static_cast<wchar_t>(*digit);
+  }
 }
 
 bool IsHtmlDocument(std::wstring_view text) {

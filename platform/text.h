@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -12,6 +13,9 @@ std::wstring_view TrimBlanks(std::wstring_view text);
 // just inserted. Unchanged when `find` does not occur or is empty.
 std::wstring ReplaceAll(std::wstring_view text, std::wstring_view find,
                         std::wstring_view replacement);
+
+// Appends the number in decimal digits.
+void AppendWholeNumber(std::int64_t number, std::wstring& text);
 
 // Whether the text holds both tags of an HTML document, "<html>" and "</html>", in any case.
 bool IsHtmlDocument(std::wstring_view text);

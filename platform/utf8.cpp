@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
@@ -61,8 +62,11 @@ std::string ToUtf8(std::wstring_view text) {
 }
 
 std::wstring FromUtf8(std::string_view bytes) {
-  std::wstring text;
-  text.reserve(bytes.size());
+  const auto is_ascii = [](char byte) { return static_cast<unsigned char>(byte) < 0x80; };
+  const auto* const beyond = std::find_if_not(bytes.begin(), bytes.end(), is_ascii);
+  std::wstring text(bytes.begin(), beyond);
+  bytes.remove_prefix(text.size());
+  text.reserve(text.size() + bytes.size());
   while (!bytes.empty()) {
     const Sequence sequence = ReadSequence(bytes);
     AppendWide(sequence.code_point, text);

@@ -8,8 +8,10 @@
 #include <optional>
 #include <system_error>
 #include <type_traits>
+#include <utility>
 
 #include "platform/runtime_error.h"
+#include "platform/text.h"
 
 namespace pxscheduler {
 namespace {
@@ -30,6 +32,12 @@ std::wstring FloatingText(Number number) {
       std::numeric_limits<Number>::digits10 + (std::is_same_v<Number, float> ? 1 : 0));
   std::replace(buffer.data(), written.ptr, 'e', 'E');
   return Widen({buffer.data(), written.ptr});
+}
+
+std::wstring WholeNumberText(std::int64_t number) {
+  std::wstring text;
+  AppendWholeNumber(number, text);
+  return text;
 }
 
 std::wstring DecimalText(std::string_view digits) {
@@ -111,16 +119,16 @@ bool EqualsWithoutCase(std::wstring_view text, std::wstring_view lower) {
 
 }  // namespace
 
-std::wstring TextOf(const Regional& regional, const Value& value) {
+std::wstring TextOf(const Regional& regional, Value value) {
   return std::visit(
-      [&regional](const auto& held) -> std::wstring {
+      [&regional](auto&& held) -> std::wstring {
         using Held = std::decay_t<decltype(held)>;
         if constexpr (std::is_same_v<Held, std::monostate>)
           return {};
         else if constexpr (std::is_same_v<Held, bool>)
           return held ? L"True" : L"False";
         else if constexpr (std::is_same_v<Held, std::int64_t>)
-          return std::to_wstring(held);
+          return WholeNumberText(held);
         else if constexpr (std::is_floating_point_v<Held>)
           return FloatingText(held);
         else if constexpr (std::is_same_v<Held, Decimal>)
@@ -128,9 +136,9 @@ std::wstring TextOf(const Regional& regional, const Value& value) {
         else if constexpr (std::is_same_v<Held, DateTime>)
           return GeneralDate(regional, held);
         else
-          return held;
+          return std::forward<decltype(held)>(held);
       },
-      value);
+      std::move(value));
 }
 
 bool IsTrue(const Value& value) {

@@ -24,7 +24,7 @@ using Value = std::variant<std::monostate, bool, std::int64_t, float, double, De
 
 // The value joined to the empty text: Null "", Boolean "True" or "False", numbers plain (a float
 // with up to 7 significant digits, a double with up to 15), dates in the general date form.
-std::wstring TextOf(const Regional& regional, const Value& value);
+std::wstring TextOf(const Regional& regional, Value value);
 
 // Whether the value counts as true: a number that is not zero; Null is false; text as
 // BooleanFromText reads it. A date counts by its serial number, so every date is true.

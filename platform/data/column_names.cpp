@@ -16,23 +16,25 @@ wchar_t LowerAscii(wchar_t character) {
                                                 : character;
 }
 
-// FNV-1a over the lower-case ASCII characters. Any other character counts as one and the same,
-// since its other case may be any of them.
+// Of the length and the outer letters, which tell the few names of a result set well apart. A
+// character beyond ASCII counts as any other, since its other case may be any of them.
 std::size_t Hash(std::wstring_view name) {
-  std::uint64_t hash = 14695981039346656037U;
-  for (const wchar_t character : name) {
-    hash ^= character < kFirstBeyondAscii ? static_cast<std::uint64_t>(LowerAscii(character)) : 0U;
-    hash *= 1099511628211U;
-  }
-  return static_cast<std::size_t>(hash);
+  if (name.empty()) return 0;
+  const auto letter = [](wchar_t character) {
+    return character < kFirstBeyondAscii ? static_cast<std::size_t>(LowerAscii(character)) : 0U;
+  };
+  return (name.size() * 31 + letter(name.front())) * 31 + letter(name.back());
 }
 
 bool EqualWithoutCase(std::wstring_view left, std::wstring_view right) {
+  if (left == right) return true;
   if (left.size() != right.size()) return false;
-  const auto [differs, _] =
+  const auto [in_left, in_right] =
       std::mismatch(left.begin(), left.end(), right.begin(),
                     [](wchar_t a, wchar_t b) { return LowerAscii(a) == LowerAscii(b); });
-  return differs == left.end() || LowerCase(left) == LowerCase(right);
+  if (in_left == left.end()) return true;
+  const bool are_ascii = *in_left < kFirstBeyondAscii && *in_right < kFirstBeyondAscii;
+  return !are_ascii && LowerCase(left) == LowerCase(right);
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "platform/dates/date_parts.h"
 
 #include <string>
+#include <utility>
 
 #include "platform/letter_case.h"
 
@@ -14,7 +15,9 @@ class Parser {
  public:
   Parser(std::wstring_view text, wchar_t time_separator,
          const std::function<const DateWords&()>& words)
-      : text_(text), time_separator_(time_separator), words_(words) {}
+      : text_(text), time_separator_(time_separator), words_(words) {
+    parts_.numbers.reserve(kMostNumbers);
+  }
 
   std::optional<DateParts> Parse();
 
@@ -60,7 +63,7 @@ std::optional<DateParts> Parser::Parse() {
   }
   if (last_ == Last::kSeparator && separator_ != L'.') return std::nullopt;
   if (!SettleTime() || !SettleNames()) return std::nullopt;
-  return parts_;
+  return std::move(parts_);
 }
 
 bool Parser::ParseItem() {

@@ -40,16 +40,6 @@ std::wstring_view UsualBeginning(const std::array<std::wstring, 12>& months, std
 
 }  // namespace
 
-bool IsBlankCharacter(wchar_t character) {
-  return character == L' ' || character == L'\t' || character == 0xA0 || character == 0x202F;
-}
-
-bool IsDateSeparator(wchar_t character) {
-  return character == L'/' || character == L'-' || character == L'.' || character == L',';
-}
-
-bool IsDigit(wchar_t character) { return character >= L'0' && character <= L'9'; }
-
 DateWords::DateWords(const CalendarNames& names, const RegionalSettings& settings,
                      const std::vector<PictureItem>& short_date,
                      const std::vector<PictureItem>& long_time) {

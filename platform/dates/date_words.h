@@ -38,8 +38,12 @@ class DateWords {
 };
 
 // Blanks as people and other programs write them, the no-break spaces included.
-bool IsBlankCharacter(wchar_t character);
-bool IsDateSeparator(wchar_t character);  // "/", "-", "." or ","
-bool IsDigit(wchar_t character);          // "0" to "9"
+inline bool IsBlankCharacter(wchar_t character) {
+  return character == L' ' || character == L'\t' || character == 0xA0 || character == 0x202F;
+}
+inline bool IsDateSeparator(wchar_t character) {
+  return character == L'/' || character == L'-' || character == L'.' || character == L',';
+}
+inline bool IsDigit(wchar_t character) { return character >= L'0' && character <= L'9'; }
 
 }  // namespace pxscheduler

@@ -3,13 +3,18 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "platform/text.h"
+
 namespace pxscheduler {
 namespace {
 
+constexpr std::size_t kUsualLength = 32;
+
 void AppendNumber(std::wstring& out, unsigned number, std::size_t least_digits) {
-  const std::wstring digits = std::to_wstring(number);
-  if (digits.size() < least_digits) out.append(least_digits - digits.size(), L'0');
-  out += digits;
+  const std::size_t start = out.size();
+  AppendWholeNumber(number, out);
+  const std::size_t digits = out.size() - start;
+  if (digits < least_digits) out.insert(start, least_digits - digits, L'0');
 }
 
 void AppendLiteral(std::vector<PictureItem>& items, wchar_t character) {
@@ -78,6 +83,7 @@ std::wstring WriteDate(const std::vector<PictureItem>& picture, std::chrono::sys
   const unsigned weekday = std::chrono::weekday{date}.c_encoding();
   const bool beside_day = std::any_of(picture.begin(), picture.end(), NamesDay);
   std::wstring out;
+  out.reserve(kUsualLength);
   for (const PictureItem& item : picture) {
     const std::size_t width = item.text.size();
     if (item.letter == 0) {
@@ -107,6 +113,7 @@ std::wstring WriteTime(const std::vector<PictureItem>& picture, std::chrono::sec
   const auto hour = static_cast<unsigned>(time.hours().count());
   const std::wstring& designator = hour < 12 ? morning : afternoon;
   std::wstring out;
+  out.reserve(kUsualLength);
   for (const PictureItem& item : picture) {
     const std::size_t width = std::min<std::size_t>(item.text.size(), 2);
     switch (item.letter) {

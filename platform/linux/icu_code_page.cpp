@@ -48,28 +48,27 @@ std::size_t SkipBelow(std::wstring_view text, std::size_t begin, std::uint32_t l
   return begin;
 }
 
-// A copy of the text with each character that does not survive replaced. Characters below
-// `always`, a power of two, are not looked at one by one.
+// The text with each character that does not survive replaced. Characters below `always`, a power
+// of two, are not looked at one by one.
 template <typename Survives>
-std::wstring KeepSurvivors(std::wstring_view text, std::uint32_t always, wchar_t replacement,
+std::wstring KeepSurvivors(std::wstring text, std::uint32_t always, wchar_t replacement,
                            const Survives& survives) {
-  std::wstring kept(text);
   std::size_t position = 0;
   while ((position = SkipBelow(text, position, always)) < text.size()) {
     const std::size_t block_end = std::min(position + kBlockLength, text.size());
     for (; position < block_end; ++position) {
-      if (!survives(static_cast<char32_t>(text[position]))) kept[position] = replacement;
+      if (!survives(static_cast<char32_t>(text[position]))) text[position] = replacement;
     }
   }
-  return kept;
+  return text;
 }
 
 class Utf8CodePage : public CodePage {
  public:
   std::string ToBytes(std::wstring_view text) const override { return ToUtf8(text); }
   std::wstring FromBytes(std::string_view bytes) const override { return FromUtf8(bytes); }
-  std::wstring RoundTrip(std::wstring_view text) const override {
-    return KeepSurvivors(text, 0x8000, wchar_t{kReplacementCharacter},
+  std::wstring RoundTrip(std::wstring text) const override {
+    return KeepSurvivors(std::move(text), 0x8000, wchar_t{kReplacementCharacter},
                          [](char32_t c) { return !IsSurrogate(c) && c <= 0x10FFFF; });
   }
 };
@@ -109,8 +108,8 @@ class SingleByteCodePage : public CodePage {
     return text;
   }
 
-  std::wstring RoundTrip(std::wstring_view text) const override {
-    return KeepSurvivors(text, ascii_ ? 0x80 : 1, L'?', [this](char32_t c) {
+  std::wstring RoundTrip(std::wstring text) const override {
+    return KeepSurvivors(std::move(text), ascii_ ? 0x80 : 1, L'?', [this](char32_t c) {
       return c == 0 || (c < kBasicPlane && bytes_[c] != 0);
     });
   }
@@ -143,7 +142,7 @@ class MultiByteCodePage : public CodePage {
   }
 
   std::string ToBytes(std::wstring_view text) const override {
-    const std::u16string source = Utf16(RoundTrip(text));
+    const std::u16string source = Utf16(RoundTrip(std::wstring(text)));
     std::string bytes;
     UErrorCode error = U_ZERO_ERROR;
     const UChar* from = source.data();
@@ -178,8 +177,8 @@ class MultiByteCodePage : public CodePage {
     return text;
   }
 
-  std::wstring RoundTrip(std::wstring_view text) const override {
-    return KeepSurvivors(text, ascii_ ? 0x80 : 1, L'?', [this](char32_t c) {
+  std::wstring RoundTrip(std::wstring text) const override {
+    return KeepSurvivors(std::move(text), ascii_ ? 0x80 : 1, L'?', [this](char32_t c) {
       if (c < kBasicPlane) return static_cast<bool>(survives_[c]);
       return c <= 0x10FFFF && uset_contains(survivors_.get(), static_cast<UChar32>(c)) != 0;
     });

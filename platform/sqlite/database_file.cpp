@@ -75,8 +75,10 @@ SqliteDatabase OpenDatabaseFile(const std::wstring& path) {
   const bool is_immutable = IsIdleWriteAheadFile(file);
   const std::string name = is_immutable ? ImmutableUri(file) : Utf8Of(file);
   sqlite3* opened = nullptr;
-  const int result = sqlite3_open_v2(
-      name.c_str(), &opened, SQLITE_OPEN_READONLY | (is_immutable ? SQLITE_OPEN_URI : 0), nullptr);
+  // A connection serves one thread and needs no locks against others.
+  const int flags =
+      SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX | (is_immutable ? SQLITE_OPEN_URI : 0);
+  const int result = sqlite3_open_v2(name.c_str(), &opened, flags, nullptr);
   SqliteDatabase database{opened};
   if (result != SQLITE_OK)
     RaiseCannotOpen(path,

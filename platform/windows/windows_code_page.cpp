@@ -56,9 +56,9 @@ class Utf8CodePage : public CodePage {
  public:
   std::string ToBytes(std::wstring_view text) const override { return ToUtf8(text); }
   std::wstring FromBytes(std::string_view bytes) const override { return FromUtf8(bytes); }
-  std::wstring RoundTrip(std::wstring_view text) const override {
+  std::wstring RoundTrip(std::wstring text) const override {
     const bool plain = std::none_of(text.begin(), text.end(), IsSurrogate);
-    return plain ? std::wstring(text) : FromUtf8(ToUtf8(text));
+    return plain ? std::move(text) : FromUtf8(ToUtf8(text));
   }
 };
 
@@ -91,11 +91,10 @@ class SingleByteCodePage : public CodePage {
     return text;
   }
 
-  std::wstring RoundTrip(std::wstring_view text) const override {
-    std::wstring left(text.size(), L'\0');
-    std::transform(text.begin(), text.end(), left.begin(),
+  std::wstring RoundTrip(std::wstring text) const override {
+    std::transform(text.begin(), text.end(), text.begin(),
                    [this](wchar_t unit) { return survivors_[unit]; });
-    return left;
+    return text;
   }
 
  private:
@@ -119,10 +118,10 @@ class MultiByteCodePage : public CodePage {
 
   std::string ToBytes(std::wstring_view text) const override { return BytesOf(number_, text); }
   std::wstring FromBytes(std::string_view bytes) const override { return TextOf(number_, bytes); }
-  std::wstring RoundTrip(std::wstring_view text) const override {
+  std::wstring RoundTrip(std::wstring text) const override {
     const bool ascii =
         std::all_of(text.begin(), text.end(), [](wchar_t unit) { return unit < 0x80; });
-    return ascii ? std::wstring(text) : FromBytes(ToBytes(text));
+    return ascii ? std::move(text) : FromBytes(ToBytes(text));
   }
 
  private:

@@ -10,7 +10,7 @@ class Utf8CodePage : public CodePage {
  public:
   std::string ToBytes(std::wstring_view text) const override { return ToUtf8(text); }
   std::wstring FromBytes(std::string_view bytes) const override { return FromUtf8(bytes); }
-  std::wstring RoundTrip(std::wstring_view text) const override { return FromUtf8(ToUtf8(text)); }
+  std::wstring RoundTrip(std::wstring text) const override { return FromUtf8(ToUtf8(text)); }
 };
 
 CalendarNames GermanNames() {
@@ -72,9 +72,7 @@ std::wstring Latin1CodePage::FromBytes(std::string_view bytes) const {
   return text;
 }
 
-std::wstring Latin1CodePage::RoundTrip(std::wstring_view text) const {
-  return FromBytes(ToBytes(text));
-}
+std::wstring Latin1CodePage::RoundTrip(std::wstring text) const { return FromBytes(ToBytes(text)); }
 
 std::unique_ptr<CodePage> FakeCodePages::Find(std::string_view name) const {
   const std::wstring lower = LowerCase(std::wstring(name.begin(), name.end()));

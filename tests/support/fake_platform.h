@@ -69,7 +69,7 @@ class Latin1CodePage : public CodePage {
  public:
   std::string ToBytes(std::wstring_view text) const override;
   std::wstring FromBytes(std::string_view bytes) const override;
-  std::wstring RoundTrip(std::wstring_view text) const override;
+  std::wstring RoundTrip(std::wstring text) const override;
 };
 
 // Knows "iso-8859-1" and "utf-8".

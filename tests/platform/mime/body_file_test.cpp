@@ -17,7 +17,7 @@ class NamingCodePage : public CodePage {
   std::wstring FromBytes(std::string_view bytes) const override {
     return name_ + L":" + std::wstring(bytes.begin(), bytes.end());
   }
-  std::wstring RoundTrip(std::wstring_view text) const override { return std::wstring(text); }
+  std::wstring RoundTrip(std::wstring text) const override { return text; }
 
  private:
   std::wstring name_;
