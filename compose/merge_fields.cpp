@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string_view>
+#include <utility>
 
 #include "config/helper_library.h"
 #include "platform/text.h"
@@ -30,18 +31,18 @@ bool HoldsOpeningBracket(const std::wstring& value) {
   return value.find(L'[') != std::wstring::npos;
 }
 
-std::wstring MergeInOnePass(const MergeTemplate& merge_template, const MergeValues& values) {
-  std::size_t length = merge_template.text.size();
-  for (const MergeToken& token : merge_template.tokens) length += values[token.token].size();
-  std::wstring merged;
-  merged.reserve(length);
+TextPieces MergeInOnePass(const MergeTemplate& merge_template, const MergeValues& values) {
+  const std::wstring_view text = merge_template.text;
+  TextPieces pieces;
+  pieces.reserve(2 * merge_template.tokens.size() + 1);
   std::size_t copied = 0;
   for (const MergeToken& token : merge_template.tokens) {
-    merged.append(merge_template.text, copied, token.position - copied);
-    merged.append(values[token.token]);
+    pieces.push_back({text.substr(copied, token.position - copied), true});
+    pieces.push_back({values[token.token], false});
     copied = token.position + kTokens[token.token].size();
   }
-  return merged.append(merge_template.text, copied);
+  pieces.push_back({text.substr(copied), true});
+  return pieces;
 }
 
 }  // namespace
@@ -93,18 +94,18 @@ MergeValues ReadMergeValues(const Regional& regional, const Recordset& result_se
 
 const std::wstring& FullNameOf(const MergeValues& values) { return values[kFullName]; }
 
-MergeValues InCodePage(const CodePage& ansi, const MergeValues& values) {
-  MergeValues converted;
-  std::transform(values.begin(), values.end(), converted.begin(),
-                 [&](const std::wstring& value) { return ansi.RoundTrip(value); });
-  return converted;
+MergeValues InCodePage(const CodePage& ansi, MergeValues values) {
+  for (std::wstring& value : values) value = ansi.RoundTrip(std::move(value));
+  return values;
 }
 
-std::wstring Merge(const MergeTemplate& merge_template, const MergeValues& values) {
+MergedText Merge(const MergeTemplate& merge_template, const MergeValues& values) {
   const bool one_pass_suffices = !merge_template.values_may_complete_a_token &&
                                  std::none_of(values.begin(), values.end(), HoldsOpeningBracket);
-  return one_pass_suffices ? MergeInOnePass(merge_template, values)
-                           : MergeInSequence(merge_template.text, values);
+  if (one_pass_suffices) return {MergeInOnePass(merge_template, values), nullptr};
+  auto rewritten =
+      std::make_unique<const std::wstring>(MergeInSequence(merge_template.text, values));
+  return {{{.text = *rewritten}}, std::move(rewritten)};
 }
 
 std::wstring MergeInSequence(std::wstring text, const MergeValues& values) {

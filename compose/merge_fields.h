@@ -2,12 +2,14 @@
 
 #include <array>
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "platform/code_page.h"
 #include "platform/recordset.h"
 #include "platform/regional.h"
+#include "platform/text_pieces.h"
 
 namespace pxscheduler {
 
@@ -47,11 +49,19 @@ MergeValues ReadMergeValues(const Regional& regional, const Recordset& result_se
 const std::wstring& FullNameOf(const MergeValues& values);
 
 // The values as they come out of the helper library, which every replacement passes.
-MergeValues InCodePage(const CodePage& ansi, const MergeValues& values);
+MergeValues InCodePage(const CodePage& ansi, MergeValues values);
 
-// The text with its tokens filled in, as if they were replaced one after another over the whole
-// text: a value that holds a later token is replaced again. `values` come from InCodePage.
-std::wstring Merge(const MergeTemplate& merge_template, const MergeValues& values);
+// A text with its tokens filled in. The pieces are parts of the template, constant, and values, or
+// else `rewritten` as a whole.
+struct MergedText {
+  TextPieces pieces;
+  std::unique_ptr<const std::wstring> rewritten;
+};
+
+// Fills the tokens in as if they were replaced one after another over the whole text: a value that
+// holds a later token is replaced again. `values` come from InCodePage; they and the template must
+// outlive the result.
+MergedText Merge(const MergeTemplate& merge_template, const MergeValues& values);
 
 // That sequence itself. Merge() takes it where a value may bring a token into being.
 std::wstring MergeInSequence(std::wstring text, const MergeValues& values);

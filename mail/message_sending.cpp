@@ -1,6 +1,7 @@
 #include "mail/message_sending.h"
 
 #include <limits>
+#include <utility>
 
 #include "platform/letter_case.h"
 #include "platform/runtime_error.h"
@@ -20,14 +21,18 @@ std::optional<std::wstring> ComposeRow(const Regional& regional, const CodePage&
   }
   last_address = std::move(lower_address);
 
-  const MergeValues values = ReadMergeValues(regional, result_set, address);
-  const MergeValues merged_values = InCodePage(ansi, values);
-  mail.SetSubject(Merge(templates.subject, merged_values));
-  mail.SetBodyText(Merge(templates.body, merged_values));
-  mail.SetAlternativeBodyText(Merge(templates.alternative_body, merged_values));
+  MergeValues values = ReadMergeValues(regional, result_set, address);
+  const std::wstring full_name = FullNameOf(values);
+  const MergeValues merged_values = InCodePage(ansi, std::move(values));
+  const MergedText subject = Merge(templates.subject, merged_values);
+  MergedText body = Merge(templates.body, merged_values);
+  MergedText alternative_body = Merge(templates.alternative_body, merged_values);
+  mail.SetSubject(Joined(subject.pieces));
+  mail.SetBodyText(std::move(body.pieces));
+  mail.SetAlternativeBodyText(std::move(alternative_body.pieces));
 
   mail.ResetRecipients(MailComponent::kAllRecipients);
-  mail.AddRecipient(FullNameOf(values), address, MailComponent::kRecipientTo);
+  mail.AddRecipient(full_name, address, MailComponent::kRecipientTo);
   mail.Compose();
   return address;
 }

@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <string>
 
+#include "platform/text_pieces.h"
+
 namespace pxscheduler {
 
 // Composes one message at a time and hands it to the configured SMTP server. Settings stay until
@@ -38,10 +40,12 @@ class MailComponent {
   // (plain text for an HTML document, the same text otherwise). Returns 0, or a non-zero status for
   // a file that cannot be read, with both texts left as they were.
   virtual std::int32_t LoadBodyFromFile(const std::wstring& path, std::int32_t option) = 0;
+  // As they were loaded.
   virtual const std::wstring& BodyText() const = 0;
   virtual const std::wstring& AlternativeBodyText() const = 0;
-  virtual void SetBodyText(std::wstring text) = 0;
-  virtual void SetAlternativeBodyText(std::wstring text) = 0;
+  // What is composed instead. The pieces must stay until the last message with them is composed.
+  virtual void SetBodyText(TextPieces text) = 0;
+  virtual void SetAlternativeBodyText(TextPieces text) = 0;
   // 1: the body is an HTML document and goes out beside its alternative. 0, the default: the body
   // goes out alone as plain text.
   virtual void SetHtml(std::int32_t flag) = 0;

@@ -2,14 +2,13 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
-#include <cstdlib>
+#include <chrono>
+#include <cstddef>
 #include <utility>
 
 #include "platform/base64.h"
 #include "platform/mime/ascii_case.h"
 #include "platform/mime/header_text.h"
-#include "platform/mime/quoted_printable.h"
 
 namespace pxscheduler {
 
@@ -25,25 +24,42 @@ constexpr std::string_view kHtmlPart =
     "Content-Type: text/html; charset=utf-8\r\n"
     "Content-Transfer-Encoding: quoted-printable\r\n\r\n";
 
-constexpr std::array<const char*, 7> kDayNames = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
-constexpr std::array<const char*, 12> kMonthNames = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
-                                                     "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+constexpr std::array<std::string_view, 7> kDayNames = {"Sun", "Mon", "Tue", "Wed",
+                                                       "Thu", "Fri", "Sat"};
+constexpr std::array<std::string_view, 12> kMonthNames = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                                                          "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+
+void AppendDigits(unsigned number, std::size_t width, ByteBuffer& out) {
+  char* const digits = out.Room(width);
+  for (std::size_t i = width; i > 0; --i, number /= 10) {
+    digits[i - 1] = static_cast<char>('0' + number % 10);
+  }
+  out.SetEnd(digits + width);
+}
 
 // RFC 5322 section 3.3: "Mon, 16 Nov 2026 15:07:41 +0100".
 void AppendDate(const Moment& moment, ByteBuffer& out) {
   const std::chrono::year_month_day date{moment.local.date};
   const std::chrono::weekday weekday{moment.local.date};
   const std::chrono::hh_mm_ss time{moment.local.time_of_day};
-  const long offset = static_cast<long>(moment.utc_offset.count());
-  constexpr std::size_t kRoom = 128;
-  char* const end = out.Room(kRoom);
-  const int size = std::snprintf(
-      end, kRoom, "%s, %u %s %04d %02d:%02d:%02d %c%02ld%02ld", kDayNames[weekday.c_encoding()],
-      static_cast<unsigned>(date.day()), kMonthNames[static_cast<unsigned>(date.month()) - 1],
-      static_cast<int>(date.year()), static_cast<int>(time.hours().count()),
-      static_cast<int>(time.minutes().count()), static_cast<int>(time.seconds().count()),
-      offset < 0 ? '-' : '+', std::labs(offset) / 60, std::labs(offset) % 60);
-  out.SetEnd(end + size);
+  const std::chrono::hh_mm_ss offset{moment.utc_offset};
+  const auto day = static_cast<unsigned>(date.day());
+  const auto append_pair = [&out](std::string_view before, auto count) {
+    out.Append(before);
+    AppendDigits(static_cast<unsigned>(count), 2, out);
+  };
+  out.Append(kDayNames[weekday.c_encoding()]);
+  out.Append(", ");
+  AppendDigits(day, day < 10 ? 1 : 2, out);
+  out.Append(" ");
+  out.Append(kMonthNames[static_cast<unsigned>(date.month()) - 1]);
+  out.Append(" ");
+  AppendDigits(static_cast<unsigned>(static_cast<int>(date.year())), 4, out);
+  append_pair(" ", time.hours().count());
+  append_pair(":", time.minutes().count());
+  append_pair(":", time.seconds().count());
+  append_pair(offset.is_negative() ? " -" : " +", offset.hours().count());
+  append_pair("", offset.minutes().count());
 }
 
 void AppendRecipients(const std::vector<Recipient>& recipients, ByteBuffer& out) {
@@ -133,7 +149,7 @@ void MessageComposer::PrepareParts() {
   end_ += "\r\n--" + alternative + "--\r\n";
 }
 
-void MessageComposer::Compose(const MessageContent& content, ByteBuffer& wire) const {
+void MessageComposer::Compose(const MessageContent& content, ByteBuffer& wire) {
   wire.Clear();
   wire.Append(first_fields_);
   AppendRecipients(content.recipients, wire);
@@ -151,16 +167,16 @@ void MessageComposer::Compose(const MessageContent& content, ByteBuffer& wire) c
   wire.Append(".\r\n");
 }
 
-void MessageComposer::AppendBody(const MessageContent& content, ByteBuffer& wire) const {
+void MessageComposer::AppendBody(const MessageContent& content, ByteBuffer& wire) {
   wire.Append(plain_start_);
   if (is_html_) {
-    AppendQuotedPrintable(content.alternative, wire);
+    alternative_.Append(content.alternative, wire);
     wire.Append(html_start_);
-    AppendQuotedPrintable(content.body, wire);
+    body_.Append(content.body, wire);
     wire.Append(end_);
     return;
   }
-  AppendQuotedPrintable(content.body, wire);
+  body_.Append(content.body, wire);
   if (!wire.View().ends_with("\r\n")) {
     wire.Append("\r\n");
   }

@@ -7,7 +7,9 @@
 #include "platform/mime/address.h"
 #include "platform/mime/byte_buffer.h"
 #include "platform/mime/inline_part.h"
+#include "platform/mime/quoted_printable.h"
 #include "platform/system.h"
+#include "platform/text_pieces.h"
 
 namespace pxscheduler {
 
@@ -22,8 +24,8 @@ struct MessageContent {
   std::wstring_view subject;
   Moment date;
   std::string_view message_id;  // the part before the "@"
-  std::wstring_view body;
-  std::wstring_view alternative;  // sent before the body when that is HTML
+  const TextPieces& body;
+  const TextPieces& alternative;  // sent before the body when that is HTML
 };
 
 // Writes whole messages (RFC 5322, RFC 2045) into a buffer, ready for the DATA phase of SMTP: full
@@ -42,10 +44,10 @@ class MessageComposer {
   void SetInlineParts(const std::vector<InlinePart>& parts);
 
   // `wire` is cleared first.
-  void Compose(const MessageContent& content, ByteBuffer& wire) const;
+  void Compose(const MessageContent& content, ByteBuffer& wire);
 
  private:
-  void AppendBody(const MessageContent& content, ByteBuffer& wire) const;
+  void AppendBody(const MessageContent& content, ByteBuffer& wire);
   void PrepareFixedFields();
   void PrepareParts();
 
@@ -60,6 +62,9 @@ class MessageComposer {
   std::string plain_start_;    // from the content type of the message to the body's first line
   std::string html_start_;     // between the plain rendering and the HTML document
   std::string end_;            // after the HTML document
+
+  QuotedPrintable body_;
+  QuotedPrintable alternative_;
 };
 
 // The address in the form that a List-Unsubscribe field takes (RFC 2369), "" unless it is a mailto:

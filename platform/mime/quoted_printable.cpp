@@ -1,5 +1,6 @@
 #include "platform/mime/quoted_printable.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
@@ -11,59 +12,71 @@ namespace pxscheduler {
 namespace {
 
 constexpr std::size_t kLongestContent = 75;  // 76 less the "=" of a soft line break
-constexpr std::size_t kBlock = 16;
-// What one step of the encoder can write at most: a block, or four bytes, each as "=XX", with a
-// soft line break and a doubled full stop.
-constexpr std::size_t kStepRoom = 64;
+// More than what one step of the encoder can write: a line of plain characters, or four bytes, each
+// as "=XX", with a soft line break and a doubled full stop.
+constexpr std::size_t kStepRoom = 128;
+constexpr std::size_t kLineBreak = 2;  // CR LF
+// A shorter constant piece is encoded where it stands, rather than cut off by a soft line break.
+constexpr std::size_t kWorthPreparing = 100;
 
-bool IsPlain(wchar_t unit) {
-  return static_cast<std::uint32_t>(unit) - 0x20U <= 0x7EU - 0x20U && unit != L'=';
-}
+bool IsPlain(wchar_t unit) { return unit >= L' ' && unit <= L'~' && unit != L'='; }
 
-// Whether a whole block is copied as it stands. Without a branch, so that it compiles to a few
-// vector instructions.
-bool IsPlainBlock(const wchar_t* units) {
-  std::uint32_t special = 0;
-  for (std::size_t i = 0; i < kBlock; ++i) {
-    const char32_t code{static_cast<char32_t>(units[i])};
-    special |= static_cast<std::uint32_t>(code - 0x20U > 0x7EU - 0x20U) |
-               static_cast<std::uint32_t>(units[i] == L'=');
-  }
-  return special == 0;
-}
+}  // namespace
 
-class Encoder {
+// Encodes a text piece by piece.
+class QuotedPrintable::Encoder {
  public:
   explicit Encoder(ByteBuffer& out) : out_(out) {}
 
-  void Encode(std::wstring_view text) {
-    std::size_t position = 0;
-    while (position < text.size()) {
+  void Encode(std::wstring_view piece) {
+    std::size_t position = TakesUpReturn(piece) ? 1 : 0;
+    while (position < piece.size()) {
       cursor_ = out_.Room(kStepRoom);
-      position = Step(text, position);
+      position = Step(piece, position);
       out_.SetEnd(cursor_);
     }
+    is_after_return_ = piece.ends_with(L'\r');
+  }
+
+  void Put(const Prepared& prepared) {
+    cursor_ = out_.Room(kStepRoom);
+    if (StartsWithLineBreak(prepared.piece)) {
+      ProtectTrailingBlank();
+    } else if (column_ > 0) {
+      SoftBreak();
+    }
+    out_.SetEnd(cursor_);
+    out_.Append(prepared.encoded.View().substr(TakesUpReturn(prepared.piece) ? kLineBreak : 0));
+    column_ = prepared.column;
+    is_after_return_ = prepared.piece.ends_with(L'\r');
+  }
+
+  void End() {
     cursor_ = out_.Room(kStepRoom);
     ProtectTrailingBlank();
     out_.SetEnd(cursor_);
   }
 
+  std::size_t Column() const { return column_; }
+
  private:
+  // Whether the piece goes on with the second half of a line break that the one before began.
+  bool TakesUpReturn(std::wstring_view piece) const {
+    return is_after_return_ && piece.starts_with(L'\n');
+  }
+
+  static bool StartsWithLineBreak(std::wstring_view piece) {
+    return piece.starts_with(L'\n') || piece.starts_with(L'\r');
+  }
+
   // Encodes what begins at `position` and returns where the next step begins.
   std::size_t Step(std::wstring_view text, std::size_t position) {
     const wchar_t unit = text[position];
-    if (column_ + kBlock <= kLongestContent && text.size() - position >= kBlock && unit != L'.' &&
-        IsPlainBlock(text.data() + position)) {
-      for (std::size_t i = 0; i < kBlock; ++i) {
-        cursor_[i] = static_cast<char>(text[position + i]);
-      }
-      cursor_ += kBlock;
-      column_ += kBlock;
-      return position + kBlock;
-    }
     if (IsPlain(unit) || unit == L'\t') {
-      PutPlain(static_cast<char>(unit));
-      return position + 1;
+      if (column_ == kLongestContent) {
+        SoftBreak();
+      }
+      return position + (unit == L'\t' ? PutTab() : PutPlain(text.substr(position)));
     }
     if (unit == L'\n' || unit == L'\r') {
       HardBreak();
@@ -74,15 +87,29 @@ class Encoder {
     return position;
   }
 
-  void PutPlain(char character) {
-    if (column_ == kLongestContent) {
-      SoftBreak();
-    }
-    if (column_ == 0 && character == '.') {
+  // Copies the plain characters that the text begins with, no more than the line holds, and returns
+  // how many.
+  std::size_t PutPlain(std::wstring_view text) {
+    if (column_ == 0 && text.front() == L'.') {
       *cursor_++ = '.';
     }
-    *cursor_++ = character;
+    const wchar_t* const first = text.data();
+    const wchar_t* const limit = first + std::min(text.size(), kLongestContent - column_);
+    const wchar_t* unit = first;
+    char* cursor = cursor_;
+    for (; unit != limit && IsPlain(*unit); ++unit) {
+      *cursor++ = static_cast<char>(*unit);
+    }
+    const auto size = static_cast<std::size_t>(unit - first);
+    cursor_ = cursor;
+    column_ += size;
+    return size;
+  }
+
+  std::size_t PutTab() {
+    *cursor_++ = '\t';
     ++column_;
+    return 1;
   }
 
   // The bytes of one character stay on one line.
@@ -134,10 +161,37 @@ class Encoder {
   ByteBuffer& out_;
   char* cursor_ = nullptr;
   std::size_t column_ = 0;
+  bool is_after_return_ = false;
 };
 
-}  // namespace
+void QuotedPrintable::Append(const TextPieces& text, ByteBuffer& out) {
+  Encoder encoder(out);
+  std::size_t prepared = 0;
+  for (const TextPiece& piece : text) {
+    if (piece.is_constant && piece.text.size() >= kWorthPreparing) {
+      encoder.Put(Prepare(prepared++, piece.text));
+    } else if (!piece.text.empty()) {
+      encoder.Encode(piece.text);
+    }
+  }
+  encoder.End();
+}
 
-void AppendQuotedPrintable(std::wstring_view text, ByteBuffer& out) { Encoder(out).Encode(text); }
+const QuotedPrintable::Prepared& QuotedPrintable::Prepare(std::size_t index,
+                                                          std::wstring_view piece) {
+  if (index == prepared_.size()) {
+    prepared_.emplace_back();
+  }
+  Prepared& prepared = prepared_[index];
+  if (prepared.piece.data() != piece.data() || prepared.piece.size() != piece.size()) {
+    prepared.piece = {};  // until all of the new one is there, should memory run out
+    prepared.encoded.Clear();
+    Encoder encoder(prepared.encoded);
+    encoder.Encode(piece);
+    prepared.column = encoder.Column();
+    prepared.piece = piece;
+  }
+  return prepared;
+}
 
 }  // namespace pxscheduler

@@ -129,16 +129,16 @@ std::int32_t SmtpMailComponent::LoadBodyFromFile(const std::wstring& path,
     alternative = text;
   }
   composer_.SetInlineParts(parts);
-  body_ = std::move(text);
-  alternative_ = std::move(alternative);
+  loaded_body_ = std::move(text);
+  loaded_alternative_ = std::move(alternative);
+  body_ = {{.text = loaded_body_}};
+  alternative_ = {{.text = loaded_alternative_}};
   return 0;
 }
 
-void SmtpMailComponent::SetBodyText(std::wstring text) { body_ = std::move(text); }
+void SmtpMailComponent::SetBodyText(TextPieces text) { body_ = std::move(text); }
 
-void SmtpMailComponent::SetAlternativeBodyText(std::wstring text) {
-  alternative_ = std::move(text);
-}
+void SmtpMailComponent::SetAlternativeBodyText(TextPieces text) { alternative_ = std::move(text); }
 
 void SmtpMailComponent::SetHtml(std::int32_t flag) { composer_.SetHtml(flag != 0); }
 

@@ -46,10 +46,10 @@ class SmtpMailComponent : public MailComponent {
   void SetUnsubscribe(const std::wstring& address) override;
 
   std::int32_t LoadBodyFromFile(const std::wstring& path, std::int32_t option) override;
-  const std::wstring& BodyText() const override { return body_; }
-  const std::wstring& AlternativeBodyText() const override { return alternative_; }
-  void SetBodyText(std::wstring text) override;
-  void SetAlternativeBodyText(std::wstring text) override;
+  const std::wstring& BodyText() const override { return loaded_body_; }
+  const std::wstring& AlternativeBodyText() const override { return loaded_alternative_; }
+  void SetBodyText(TextPieces text) override;
+  void SetAlternativeBodyText(TextPieces text) override;
   void SetHtml(std::int32_t flag) override;
 
   void SetSubject(std::wstring subject) override;
@@ -81,8 +81,10 @@ class SmtpMailComponent : public MailComponent {
   std::vector<Recipient> recipients_;
   bool has_malformed_recipient_ = false;
   std::wstring subject_;
-  std::wstring body_;
-  std::wstring alternative_;
+  std::wstring loaded_body_;
+  std::wstring loaded_alternative_;
+  TextPieces body_;
+  TextPieces alternative_;
 
   MessageComposer composer_;
   MessageIdentifiers identifiers_;

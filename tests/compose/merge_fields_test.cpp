@@ -14,7 +14,9 @@ class MergeFields : public testing::Test {
  protected:
   std::wstring Merged(const std::wstring& text) const {
     const MergeValues values = ReadMergeValues(EnglishRegional(), rows_, L"");
-    return Merge(PrepareMergeTemplate(ansi_, text), InCodePage(ansi_, values));
+    const MergeTemplate prepared = PrepareMergeTemplate(ansi_, text);
+    const MergeValues merged_values = InCodePage(ansi_, values);
+    return Joined(Merge(prepared, merged_values).pieces);
   }
 
   Latin1CodePage ansi_;
@@ -63,7 +65,8 @@ TEST(Merge, GivesWhatReplacingOneAfterAnotherGives) {
       if (round % 2 == 0) std::erase(value, L'[');
     }
     const std::wstring text = text_of(8);
-    ASSERT_EQ(Merge(PrepareMergeTemplate(ansi, text), values), MergeInSequence(text, values));
+    const MergeTemplate prepared = PrepareMergeTemplate(ansi, text);
+    ASSERT_EQ(Joined(Merge(prepared, values).pieces), MergeInSequence(text, values));
   }
 }
 

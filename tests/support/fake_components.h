@@ -65,8 +65,8 @@ class FakeMailComponent : public MailComponent {
   }
   const std::wstring& BodyText() const override { return body; }
   const std::wstring& AlternativeBodyText() const override { return alternative; }
-  void SetBodyText(std::wstring text) override { body = std::move(text); }
-  void SetAlternativeBodyText(std::wstring text) override { alternative = std::move(text); }
+  void SetBodyText(TextPieces text) override { body = Joined(text); }
+  void SetAlternativeBodyText(TextPieces text) override { alternative = Joined(text); }
   void SetHtml(std::int32_t flag) override { Record(L"html", flag); }
   void SetSubject(std::wstring text) override { subject = std::move(text); }
   void ResetRecipients(std::int32_t which) override { Record(L"reset", which); }

@@ -64,6 +64,13 @@ std::string Unstuffed(std::string_view wire) {
   return message;
 }
 
+// A constant piece, a value and a constant piece.
+TextPieces InPieces(std::wstring_view text) {
+  const std::size_t third = text.size() / 3;
+  return {
+      {text.substr(0, third), true}, {text.substr(third, third)}, {text.substr(2 * third), true}};
+}
+
 std::string Composed(const Kind& kind) {
   MessageComposer composer("0123456789abcdef0123456789abcdef");
   composer.SetSender(*ParseAddress(L"news@agency.example"));
@@ -77,8 +84,8 @@ std::string Composed(const Kind& kind) {
                                        .time_of_day = 15h + 7min + 41s},
                              .utc_offset = -210min},
                     .message_id = "00112233445566778899aabbccddeeff",
-                    .body = kind.html.empty() ? kind.body : kind.html,
-                    .alternative = kind.body},
+                    .body = InPieces(kind.html.empty() ? kind.body : kind.html),
+                    .alternative = InPieces(kind.body)},
                    wire);
   return Unstuffed(wire.View());
 }

@@ -25,7 +25,7 @@ class TestMail {
     component_.SetServerPort(port);
     component_.SetSenderAddress(L"news@agency.example");
     component_.SetSubject(L"News");
-    component_.SetBodyText(L"Hello\n.\nworld\n");
+    component_.SetBodyText({{.text = L"Hello\n.\nworld\n"}});
   }
 
   std::map<std::wstring, std::string>& Files() { return system_.files; }

@@ -150,9 +150,8 @@ TEST(DeliveryTest, BodyFile) {
   TestMail mail(1);
   mail.Files()[L"body.htm"] = "<html><meta charset='utf-8'><p>caf\xC3\xA9 [First Name]</p></html>";
   SmtpMailComponent& component = mail.Component();
-  EXPECT_NE(component.LoadBodyFromFile(L"none.htm", MailComponent::kBodyAndAlternative), 0);
-  EXPECT_EQ(component.BodyText(), L"Hello\n.\nworld\n");
   EXPECT_EQ(component.LoadBodyFromFile(L"body.htm", MailComponent::kBodyAndAlternative), 0);
+  EXPECT_NE(component.LoadBodyFromFile(L"none.htm", MailComponent::kBodyAndAlternative), 0);
   EXPECT_THAT(ToUtf8(component.BodyText()), HasSubstr("caf\xC3\xA9 [First Name]"));
 }
 
