@@ -12,10 +12,10 @@
 
 namespace pxscheduler {
 
-// Composes the current row's message in `mail`, to be sent next, and returns its address as read
-// from the row. Nothing for a row that gets no message: one not marked for mail, an address without
-// "@", or the same address without regard to case as `last_address`, which becomes the lower-cased
-// address of every row that gets one. Raises ItemNotFound (3265) for a missing column.
+// Composes the current row's message in `mail`, to be sent in its turn, and returns its address as
+// read from the row. Nothing for a row that gets no message: one not marked for mail, an address
+// without "@", or the same address without regard to case as `last_address`, which becomes the
+// lower-cased address of every row that gets one. Raises ItemNotFound (3265) for a missing column.
 std::optional<std::wstring> ComposeRow(const Regional& regional, const CodePage& ansi,
                                        const Recordset& result_set,
                                        const MessageTemplates& templates, MailComponent& mail,

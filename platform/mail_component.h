@@ -55,11 +55,16 @@ class MailComponent {
   virtual void AddRecipient(const std::wstring& display_name, const std::wstring& address,
                             std::int32_t kind) = 0;
 
-  // Writes the message out as its texts and recipients are now. Nothing is sent yet, so that a
-  // message can be composed while the server considers the one before. Never raises.
+  // Whether one more message can be composed before the next is sent: a few at once, as long as
+  // they are small. Always where none waits.
+  virtual bool CanComposeMore() const = 0;
+  // Writes the message out as its texts and recipients are now, to be sent after those that wait.
+  // Nothing is sent yet, so that messages can be composed while the server considers the one before
+  // them. Only where CanComposeMore. Never raises.
   virtual void Compose() = 0;
-  // Hands the composed message to the server; returns when all of it has left, or before that where
-  // it has failed. The result of the message before must be known by then. Never raises.
+  // Hands the message that has waited longest to the server; returns when all of it has left, or
+  // before that where it has failed. The result of the message before must be known by then. Never
+  // raises.
   virtual void Send() = 0;
   // Waits for what becomes of the message that was sent: 0 when the server took it, else a code
   // that SmtpErrorText knows. Never raises.

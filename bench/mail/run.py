@@ -4,8 +4,9 @@
 Usage: bench/mail/run.py BUILD_FOLDER [--rows N] [--rounds N] [--quick]
 
 Every client does the whole job (rows from SQLite, fifteen tokens in a subject, a plain text and a
-4 KB HTML template, one message at a time) except smtp-source, which sends one ready message over and
-over. Client and sink are pinned, to one core together and to two cores apart; the rounds are
+4 KB HTML template, one message at a time) except two, which send one ready message of the same
+length over and over: smtp-source, and a client that does only what pipelining leaves to be done, as a
+bound for all others. Client and sink are pinned, to one core together and to two cores apart; the rounds are
 interleaved, so that a disturbance of the machine meets every client, and the medians are printed.
 Peers that are not installed are left out, which is said.
 """
@@ -23,6 +24,8 @@ import subprocess
 import sys
 import tempfile
 import time
+
+import smtplib_peer
 
 HERE = pathlib.Path(__file__).parent
 CORES = sorted(os.sched_getaffinity(0))
@@ -79,6 +82,13 @@ def make_template():
     html += [f'<p style="margin: 12px">{paragraph}</p>' for paragraph in paragraphs]
     html += ["</body>", "</html>"]
     return "\n".join(html) + "\n", "Happy birthday!\n\n" + "\n\n".join(paragraphs) + "\n"
+
+
+def make_message(values, plain, html):
+    """One row's message, with the final full stop."""
+    merged = [smtplib_peer.merged(text, values)
+              for text in ("Happy birthday, [First Name]!", plain, html)]
+    return smtplib_peer.handmade(merged[0], values[4], values[8], *merged[1:]) + b".\r\n"
 
 
 class Sink:
@@ -140,6 +150,8 @@ class Bench:
         with contextlib.closing(sqlite3.connect(self.database)) as database:
             rows_as_text = [["" if value is None else str(value) for value in row]
                             for row in database.execute(QUERY)]
+        self.ready = folder / "ready.eml"
+        self.ready.write_bytes(make_message(rows_as_text[0], plain, html))
         self.json.write_text(json.dumps(rows_as_text[:self.few_rows]), encoding="utf-8")
 
     def messages(self, name):
@@ -169,7 +181,10 @@ class Bench:
         found = {
             "PXScheduler": self.scheduler,
             "smtp-source": lambda port: [tool("smtp-source"), "-s", "1", "-m", str(self.rows),
-                                         "-l", "5000", "-d", f"127.0.0.1:{port}"],
+                                         "-l", str(self.ready.stat().st_size), "-d",
+                                         f"127.0.0.1:{port}"],
+            "ready message": lambda port: [str(self.build / "ready_peer"), str(self.ready),
+                                           str(self.rows), str(port)],
             "smtplib, hand-made": lambda port: [python, peer, "handmade", str(self.database),
                                                 *files, str(port)],
             "smtplib, email": lambda port: [python, peer, "email", str(self.database), *files,

@@ -68,4 +68,5 @@ def main():
     server.quit()
 
 
-main()
+if __name__ == "__main__":
+    main()

@@ -164,14 +164,13 @@ void RowStore::AppendTextPiece(std::string_view utf8) { row_ += utf8; }
 void RowStore::EndText() { AppendTextHeader(row_.size() - text_start_, text_start_); }
 
 void RowStore::AppendTextHeader(std::size_t length, std::size_t at) {
-  std::string header;
   if (length <= kLongestShortText) {
-    header += static_cast<char>(kShortText + length);
-  } else {
-    if (!std::in_range<std::uint32_t>(length)) throw OutOfMemory();
-    header += static_cast<char>(kLongText);
-    Store(static_cast<std::uint32_t>(length), header);
+    row_.insert(at, 1, static_cast<char>(kShortText + length));
+    return;
   }
+  if (!std::in_range<std::uint32_t>(length)) throw OutOfMemory();
+  std::string header(1, static_cast<char>(kLongText));
+  Store(static_cast<std::uint32_t>(length), header);
   row_.insert(at, header);
 }
 

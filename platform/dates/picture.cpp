@@ -81,7 +81,6 @@ std::wstring WriteDate(const std::vector<PictureItem>& picture, std::chrono::sys
   const std::chrono::year_month_day day{date};
   const unsigned month = static_cast<unsigned>(day.month());
   const unsigned weekday = std::chrono::weekday{date}.c_encoding();
-  const bool beside_day = std::any_of(picture.begin(), picture.end(), NamesDay);
   std::wstring out;
   out.reserve(kUsualLength);
   for (const PictureItem& item : picture) {
@@ -101,6 +100,7 @@ std::wstring WriteDate(const std::vector<PictureItem>& picture, std::chrono::sys
     } else if (width == 3) {
       out += names.short_months[month - 1];
     } else {
+      const bool beside_day = std::any_of(picture.begin(), picture.end(), NamesDay);
       out += (beside_day ? names.months_of_dates : names.months)[month - 1];
     }
   }

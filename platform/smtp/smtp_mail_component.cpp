@@ -16,6 +16,8 @@ namespace pxscheduler {
 namespace {
 
 constexpr std::int32_t kCannotOpenFile = 10;
+// What may wait to be sent before another message is composed.
+constexpr std::size_t kMostBytesAhead = 65536;
 
 Security SecurityOf(std::wstring_view text) {
   const std::string name = LowerAscii(ToUtf8(TrimBlanks(text)));
@@ -161,22 +163,47 @@ void SmtpMailComponent::AddRecipient(const std::wstring& display_name, const std
   }
 }
 
+bool SmtpMailComponent::CanComposeMore() const {
+  return waiting_ == 0 || (waiting_ < composed_.size() && waiting_bytes_ < kMostBytesAhead);
+}
+
 void SmtpMailComponent::Compose() {
-  compose_outcome_ = *OutcomeOf([this] {
-    composer_.Compose({.recipients = recipients_,
-                       .subject = subject_,
-                       .date = system_.Now(),
-                       .message_id = identifiers_.Next(),
-                       .body = body_,
-                       .alternative = alternative_},
-                      wire_);
-    return SendOutcome::kDelivered;
-  });
+  ComposedMessage& message = composed_[(first_waiting_ + waiting_) % composed_.size()];
+  message.wire.Clear();
+  message.outcome = *OutcomeOf([&] { return WriteMessage(message); });
+  ++waiting_;
+  waiting_bytes_ += message.wire.View().size();
+}
+
+SendOutcome SmtpMailComponent::WriteMessage(ComposedMessage& message) {
+  message.recipients.clear();
+  for (const Recipient& recipient : recipients_) {
+    message.recipients.push_back(recipient.address);
+  }
+  if (message.recipients.empty() || has_malformed_recipient_) {
+    return SendOutcome::kRecipientRefused;
+  }
+  composer_.Compose({.recipients = recipients_,
+                     .subject = subject_,
+                     .date = system_.Now(),
+                     .message_id = identifiers_.Next(),
+                     .body = body_,
+                     .alternative = alternative_},
+                    message.wire);
+  return SendOutcome::kDelivered;
 }
 
 void SmtpMailComponent::Send() {
-  send_outcome_ = OutcomeOf([this] { return HandOver(); });
-  compose_outcome_ = SendOutcome::kOtherError;  // no message is handed over twice
+  if (waiting_ == 0) {
+    send_outcome_ = SendOutcome::kOtherError;  // no message is handed over twice
+    return;
+  }
+  const ComposedMessage& message = composed_[first_waiting_];
+  send_outcome_ = OutcomeOf([&] { return HandOver(message); });
+  --waiting_;
+  waiting_bytes_ -= message.wire.View().size();
+  // Where messages are too large to wait for one another, the same memory serves them all.
+  first_waiting_ = waiting_ == 0 ? 0 : (first_waiting_ + 1) % composed_.size();
   DropClosedSession();
 }
 
@@ -189,18 +216,15 @@ std::int32_t SmtpMailComponent::AwaitResult() {
 }
 
 // Nothing where the server has the whole message and considers it.
-std::optional<SendOutcome> SmtpMailComponent::HandOver() {
+std::optional<SendOutcome> SmtpMailComponent::HandOver(const ComposedMessage& message) {
   if (host_.empty()) {
     return SendOutcome::kNoServer;
   }
   if (!sender_) {
     return SendOutcome::kSenderRefused;
   }
-  if (recipients_.empty() || has_malformed_recipient_) {
-    return SendOutcome::kRecipientRefused;
-  }
-  if (compose_outcome_ != SendOutcome::kDelivered) {
-    return compose_outcome_;
+  if (message.outcome != SendOutcome::kDelivered) {
+    return message.outcome;
   }
   const bool is_kept = session_ != nullptr;
   if (!is_kept) {
@@ -209,14 +233,14 @@ std::optional<SendOutcome> SmtpMailComponent::HandOver() {
       return opened;
     }
   }
-  const Envelope envelope = MakeEnvelope();
-  Submission submission = session_->Submit(envelope, wire_.View());
+  const Envelope envelope = MakeEnvelope(message);
+  Submission submission = session_->Submit(envelope, message.wire.View());
   if (submission.may_try_again && is_kept) {
     const SendOutcome opened = OpenSession();
     if (opened != SendOutcome::kDelivered) {
       return opened;
     }
-    submission = session_->Submit(envelope, wire_.View());
+    submission = session_->Submit(envelope, message.wire.View());
   }
   return submission.failure;
 }
@@ -246,13 +270,13 @@ SendOutcome SmtpMailComponent::OpenSession() {
   return SmtpSession::Open(*network_, server_, session_);
 }
 
-Envelope SmtpMailComponent::MakeEnvelope() const {
+Envelope SmtpMailComponent::MakeEnvelope(const ComposedMessage& message) const {
   Envelope envelope;
   envelope.sender = sender_->text;
   envelope.sender_is_ascii = sender_->is_ascii;
-  for (const Recipient& recipient : recipients_) {
-    envelope.recipients.emplace_back(recipient.address.text);
-    envelope.recipients_are_ascii = envelope.recipients_are_ascii && recipient.address.is_ascii;
+  for (const Address& recipient : message.recipients) {
+    envelope.recipients.emplace_back(recipient.text);
+    envelope.recipients_are_ascii = envelope.recipients_are_ascii && recipient.is_ascii;
   }
   return envelope;
 }

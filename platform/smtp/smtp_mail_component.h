@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -56,14 +58,23 @@ class SmtpMailComponent : public MailComponent {
   void ResetRecipients(std::int32_t which) override;
   void AddRecipient(const std::wstring& display_name, const std::wstring& address,
                     std::int32_t kind) override;
+  bool CanComposeMore() const override;
   void Compose() override;
   void Send() override;
   std::int32_t AwaitResult() override;
 
  private:
-  std::optional<SendOutcome> HandOver();
+  // A message that waits to be sent, or room for one.
+  struct ComposedMessage {
+    std::vector<Address> recipients;
+    ByteBuffer wire;
+    SendOutcome outcome = SendOutcome::kOtherError;  // kDelivered: it can be sent
+  };
+
+  SendOutcome WriteMessage(ComposedMessage& message);
+  std::optional<SendOutcome> HandOver(const ComposedMessage& message);
   SendOutcome OpenSession();
-  Envelope MakeEnvelope() const;
+  Envelope MakeEnvelope(const ComposedMessage& message) const;
   void DropClosedSession();
   void EndSession();
 
@@ -88,9 +99,11 @@ class SmtpMailComponent : public MailComponent {
 
   MessageComposer composer_;
   MessageIdentifiers identifiers_;
-  // The composed message; kDelivered says that there is one to send.
-  ByteBuffer wire_;
-  SendOutcome compose_outcome_ = SendOutcome::kOtherError;
+  // Used in turn, so that their memory is used again.
+  std::array<ComposedMessage, 8> composed_;
+  std::size_t first_waiting_ = 0;  // in composed_
+  std::size_t waiting_ = 0;
+  std::size_t waiting_bytes_ = 0;
   std::unique_ptr<SmtpSession> session_;
   // Of the message that was sent last; nothing while the server considers it.
   std::optional<SendOutcome> send_outcome_ = SendOutcome::kOtherError;

@@ -74,6 +74,7 @@ class FakeMailComponent : public MailComponent {
                     std::int32_t kind) override {
     Record(L"to", display_name, L"<" + address + L">", kind);
   }
+  bool CanComposeMore() const override { return true; }
   void Compose() override { calls.emplace_back(L"compose"); }
   void Send() override {}
   std::int32_t AwaitResult() override { return result; }

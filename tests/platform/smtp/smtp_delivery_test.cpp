@@ -10,6 +10,7 @@
 namespace pxscheduler {
 namespace {
 
+using ::testing::AllOf;
 using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
@@ -43,6 +44,49 @@ TEST(DeliveryTest, OneConnectionForTheRunWithResetAfterARefusal) {
                   "1 MAIL FROM:<news@agency.example>", "1 RCPT TO:<nobody@example.com>", "1 DATA",
                   "1 RSET", "1 MAIL FROM:<news@agency.example>", "1 RCPT TO:<bob@example.com>",
                   "1 DATA", "1 QUIT"));
+}
+
+// However many are composed before the first is sent, each goes to its own recipient.
+TEST(DeliveryTest, ComposedMessagesWaitTheirTurn) {
+  const ScriptedSmtpServer server("{}");
+  TestMail mail(server.Port());
+  SmtpMailComponent& component = mail.Component();
+  std::vector<std::string> expected;
+  for (const wchar_t* const letter : {L"once", L"again"}) {
+    std::size_t composed = 0;
+    for (; component.CanComposeMore(); ++composed) {
+      ASSERT_LT(composed, 100U);
+      const std::wstring name = letter + std::to_wstring(composed);
+      component.SetBodyText({{.text = name}});
+      component.ResetRecipients(MailComponent::kAllRecipients);
+      component.AddRecipient(L"", composed == 2 ? L"nobody" : name + L"@example.com",
+                             MailComponent::kRecipientTo);
+      component.Compose();
+      if (composed != 2) expected.push_back(ToUtf8(name));
+    }
+    EXPECT_GT(composed, 3U);
+    for (std::size_t sent = 0; sent < composed; ++sent) {
+      component.Send();
+      EXPECT_EQ(component.AwaitResult(), sent == 2 ? 8 : 0);
+    }
+  }
+  const std::vector<std::string> messages = server.Messages();
+  ASSERT_EQ(messages.size(), expected.size());
+  for (std::size_t i = 0; i < messages.size(); ++i) {
+    EXPECT_THAT(messages[i], AllOf(HasSubstr("To: " + expected[i] + "@example.com"),
+                                   HasSubstr("\r\n\r\n" + expected[i] + "\r\n")));
+    EXPECT_THAT(server.Envelope(i), HasSubstr("\"" + expected[i] + "@example.com\""));
+  }
+}
+
+TEST(DeliveryTest, LargeMessagesDoNotWaitForOneAnother) {
+  TestMail mail(1);
+  SmtpMailComponent& component = mail.Component();
+  const std::wstring text(100000, L'x');
+  component.SetBodyText({{.text = text}});
+  component.AddRecipient(L"", L"ann@example.com", MailComponent::kRecipientTo);
+  component.Compose();
+  EXPECT_FALSE(component.CanComposeMore());
 }
 
 TEST(DeliveryTest, NoMessageIsHandedOverTwice) {
