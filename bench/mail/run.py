@@ -120,7 +120,7 @@ def tool(name):
 
 
 def measure(command, environment, core):
-    """Wall seconds, processor seconds and peak kilobytes of one run of a client."""
+    """Wall seconds and processor seconds of one run of a client."""
     start = time.perf_counter()
     process = subprocess.Popen(command, env=environment, stdin=subprocess.DEVNULL,
                                stdout=subprocess.DEVNULL, stderr=subprocess.PIPE,
@@ -131,7 +131,23 @@ def measure(command, environment, core):
     seconds = time.perf_counter() - start
     if process.returncode != 0:
         sys.exit(f"{command[0]}: {errors.decode()}")
-    return seconds, usage.ru_utime + usage.ru_stime, usage.ru_maxrss
+    return seconds, usage.ru_utime + usage.ru_stime
+
+
+def measure_peak(command, environment, core):
+    """Peak kilobytes of one run of a client, watched while it runs: what the system says of it at its
+    end counts in the memory of this program, of which it began as a copy."""
+    process = subprocess.Popen(command, env=environment, stdin=subprocess.DEVNULL,
+                               stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+                               preexec_fn=lambda: os.sched_setaffinity(0, {core}))
+    peak = 0
+    while process.poll() is None:
+        with contextlib.suppress(OSError):
+            status = pathlib.Path(f"/proc/{process.pid}/status").read_text()
+            peak = max([peak] + [int(line.split()[1]) for line in status.splitlines()
+                                 if line.startswith("VmHWM:")])
+        time.sleep(0.01)
+    return (peak,)
 
 
 class Bench:
@@ -201,12 +217,12 @@ class Bench:
                 print(f"{name} is left out: it is not installed")
         return found
 
-    def run(self, name, make_command, client_core, sink_core):
+    def run(self, name, make_command, client_core, sink_core, measurement=measure):
         sink = Sink(sink_core)
         try:
             environment = self.environment()
             environment["NODE_PATH"] = str(self.build / "node_modules")
-            result = measure(make_command(sink.port), environment, client_core)
+            result = measurement(make_command(sink.port), environment, client_core)
         finally:
             sink.close()
         if name == "PXScheduler" and (sent := self.sent()) != self.rows:
@@ -225,6 +241,8 @@ def compare(bench, rounds):
                 results[name].append(bench.run(name, make_command, *cores))
         medians = {name: [statistics.median(column) for column in zip(*values)]
                    for name, values in results.items()}
+        for name, make_command in bench.clients().items():
+            medians[name] += bench.run(name, make_command, *cores, measure_peak)
         base = bench.rows / medians["smtp-source"][0]
         print(f"\n{placement}, {bench.rows} messages, medians of {rounds}")
         print(f"{'':20}{'messages/s':>12}{'to smtp-source':>16}{'CPU s/10,000':>14}{'peak MB':>9}")
@@ -237,7 +255,8 @@ def compare(bench, rounds):
 def growth(bench, larger):
     print("\nPXScheduler as the data grows, on one core")
     for each in (bench, larger):
-        seconds, processor, kilobytes = each.run("PXScheduler", each.scheduler, CORES[0], CORES[0])
+        seconds, processor = each.run("PXScheduler", each.scheduler, CORES[0], CORES[0])
+        (kilobytes,) = each.run("PXScheduler", each.scheduler, CORES[0], CORES[0], measure_peak)
         print(f"{each.rows:8} rows: {seconds:7.2f} s, {processor:6.2f} s of processor, "
               f"{kilobytes / 1024:7.1f} MB at its peak")
 
