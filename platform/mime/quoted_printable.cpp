@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdint>
 
 #include "platform/hexadecimal.h"
 #include "platform/utf8_code_points.h"
