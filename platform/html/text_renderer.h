@@ -24,7 +24,9 @@ class TextRenderer : public HtmlHandler {
   std::wstring Result();
 
  private:
-  static constexpr std::size_t kWidth = 78;
+  // Customary in plain mail: it leaves room for the marks of a quotation, and a line of
+  // quoted-printable holds it whole.
+  static constexpr std::size_t kWidth = 72;
 
   // The content of the document, of a table cell or of a caption while it is read.
   struct Flow {

@@ -91,7 +91,7 @@ TEST(PlainText, KeepsLinesShortAndTokensWhole) {
   std::istringstream lines(text);
   std::size_t tokens = 0;
   for (std::string line; std::getline(lines, line);) {
-    EXPECT_LE(line.size(), 78u);
+    EXPECT_LE(line.size(), 72u);
     for (std::size_t at = line.find("[First Name]"); at != std::string::npos;
          at = line.find("[First Name]", at + 1))
       ++tokens;
