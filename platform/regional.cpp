@@ -24,7 +24,8 @@ std::wstring FormatMonthDay(const Regional& regional, const std::wstring& text) 
   const std::optional<DateTime> value = regional.ReadDate(text);
   if (!value) return text;
   const std::chrono::year_month_day date{value->date};
-  std::wstring written = regional.MonthName(static_cast<unsigned>(date.month())) + L' ';
+  std::wstring written = regional.MonthName(static_cast<unsigned>(date.month()));
+  written += L' ';
   AppendWholeNumber(static_cast<unsigned>(date.day()), written);
   return written;
 }

@@ -1,7 +1,6 @@
 #include "platform/text.h"
 
 #include <array>
-#include <charconv>
 
 #include "platform/letter_case.h"
 
@@ -27,12 +26,16 @@ std::wstring ReplaceAll(std::wstring_view text, std::wstring_view find,
   return result.append(text, copied);
 }
 
-void AppendWholeNumber(std::int64_t number, std::wstring& text) {
-  std::array<char, 20> digits;  // of the longest, with its sign
-  const auto written = std::to_chars(digits.data(), digits.data() + digits.size(), number);
-  for (const char* digit = digits.data(); digit != written.ptr; ++digit) {
-    text += static_cast<wchar_t>(*digit);
+void AppendWholeNumber(std::int64_t number, std::wstring& text, std::size_t least_digits) {
+  std::array<wchar_t, 20> digits;  // of the longest, with its sign
+  std::size_t first = digits.size();
+  auto rest = static_cast<std::uint64_t>(number);
+  if (number < 0) rest = 0 - rest;
+  for (; rest > 0 || digits.size() - first < least_digits; rest /= 10) {
+    digits[--first] = static_cast<wchar_t>(L'0' + rest % 10);
   }
+  if (number < 0) digits[--first] = L'-';
+  text.append(digits.data() + first, digits.size() - first);
 }
 
 bool IsHtmlDocument(std::wstring_view text) {

@@ -37,8 +37,7 @@ std::optional<sys_days> InCurrentYear(int month, int day, const std::function<sy
   return DateOf(static_cast<int>(std::chrono::year_month_day{today()}.year()), month, day);
 }
 
-std::optional<sys_days> ThreeNumbers(const std::vector<DateNumber>& numbers,
-                                     const DateOrder& order) {
+std::optional<sys_days> ThreeNumbers(const DateNumbers& numbers, const DateOrder& order) {
   const auto read = [&](const DateOrder& as) {
     return DateOf(numbers[static_cast<std::size_t>(as.year)],
                   numbers[static_cast<std::size_t>(as.month)],
@@ -112,14 +111,14 @@ DateOrder OrderOf(const std::vector<PictureItem>& short_date) {
 
 std::optional<sys_days> ResolveDate(const DateParts& parts, const DateOrder& order,
                                     const std::function<sys_days()>& today) {
-  const std::vector<DateNumber>& numbers = parts.numbers;
+  const DateNumbers& numbers = parts.numbers;
   if (parts.month == 0) {
-    if (numbers.size() == 3) return ThreeNumbers(numbers, order);
-    if (numbers.size() == 2) return TwoNumbers(numbers[0], numbers[1], order, today);
+    if (numbers.Count() == 3) return ThreeNumbers(numbers, order);
+    if (numbers.Count() == 2) return TwoNumbers(numbers[0], numbers[1], order, today);
     return std::nullopt;
   }
-  if (numbers.size() == 2) return MonthAndTwoNumbers(parts.month, numbers[0], numbers[1], order);
-  if (numbers.size() == 1) return MonthAndNumber(parts.month, numbers[0], today);
+  if (numbers.Count() == 2) return MonthAndTwoNumbers(parts.month, numbers[0], numbers[1], order);
+  if (numbers.Count() == 1) return MonthAndNumber(parts.month, numbers[0], today);
   return std::nullopt;
 }
 

@@ -2,22 +2,20 @@
 
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "platform/letter_case.h"
 
 namespace pxscheduler {
 namespace {
 
-constexpr std::size_t kMostDigits = 4;   // of one number: a year
-constexpr std::size_t kMostNumbers = 4;  // three of the date and an hour without minutes
+constexpr std::size_t kMostDigits = 4;  // of one number: a year
 
 class Parser {
  public:
   Parser(std::wstring_view text, wchar_t time_separator,
          const std::function<const DateWords&()>& words)
-      : text_(text), time_separator_(time_separator), words_(words) {
-    parts_.numbers.reserve(kMostNumbers);
-  }
+      : text_(text), time_separator_(time_separator), words_(words) {}
 
   std::optional<DateParts> Parse();
 
@@ -63,7 +61,7 @@ std::optional<DateParts> Parser::Parse() {
   }
   if (last_ == Last::kSeparator && separator_ != L'.') return std::nullopt;
   if (!SettleTime() || !SettleNames()) return std::nullopt;
-  return std::move(parts_);
+  return parts_;
 }
 
 bool Parser::ParseItem() {
@@ -91,7 +89,7 @@ std::optional<DateNumber> Parser::Digits() {
 }
 
 bool Parser::DateIsComplete() const {
-  return parts_.numbers.size() + (parts_.month != 0 ? 1 : 0) + months_or_weekdays_.size() >= 3;
+  return parts_.numbers.Count() + (parts_.month != 0 ? 1 : 0) + months_or_weekdays_.size() >= 3;
 }
 
 // Standing after a number.
@@ -104,8 +102,8 @@ bool Parser::ParseNumber() {
   const std::optional<DateNumber> number = Digits();
   if (!number) return false;
   if (StartsTime()) return number->digits <= 2 && ParseTime(number->value);
-  if (parts_.numbers.size() == kMostNumbers) return false;
-  parts_.numbers.push_back(*number);
+  if (parts_.numbers.Count() == DateNumbers::kMost) return false;
+  parts_.numbers.Add(*number);
   last_ = Last::kNumber;
   return true;
 }
@@ -161,28 +159,28 @@ bool Parser::ParseWord() {
 bool Parser::TakeDesignator(Designator designator) {
   if (designator_ != Designator::kNone) return false;
   designator_ = designator;
-  if (last_ == Last::kNumber) hour_alone_ = parts_.numbers.size() - 1;
+  if (last_ == Last::kNumber) hour_alone_ = parts_.numbers.Count() - 1;
   last_ = Last::kWord;
   return true;
 }
 
 // A name that can be a month or a weekday is the month where nothing else is.
 bool Parser::SettleNames() {
-  if (!months_or_weekdays_.empty() && parts_.month == 0 && parts_.numbers.size() < 3) {
+  if (!months_or_weekdays_.empty() && parts_.month == 0 && parts_.numbers.Count() < 3) {
     parts_.month = months_or_weekdays_.back();
     months_or_weekdays_.pop_back();
   }
   if (months_or_weekdays_.size() + (parts_.weekday ? 1 : 0) > 1) return false;
   if (!months_or_weekdays_.empty()) parts_.weekday = true;
-  return parts_.numbers.size() + (parts_.month != 0 ? 1 : 0) <= 3;
+  return parts_.numbers.Count() + (parts_.month != 0 ? 1 : 0) <= 3;
 }
 
 bool Parser::SettleTime() {
   if (!hour_ && hour_alone_) {
-    const auto number = parts_.numbers.begin() + static_cast<std::ptrdiff_t>(*hour_alone_);
-    if (number->digits > 2) return false;
-    hour_ = number->value;
-    parts_.numbers.erase(number);
+    const DateNumber number = parts_.numbers[*hour_alone_];
+    if (number.digits > 2) return false;
+    hour_ = number.value;
+    parts_.numbers.Remove(*hour_alone_);
   }
   if (!hour_) return designator_ == Designator::kNone;
   int hour = *hour_;

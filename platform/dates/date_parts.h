@@ -1,11 +1,12 @@
 #pragma once
 
+#include <algorithm>
+#include <array>
 #include <chrono>
 #include <cstddef>
 #include <functional>
 #include <optional>
 #include <string_view>
-#include <vector>
 
 #include "platform/dates/date_words.h"
 
@@ -16,11 +17,30 @@ struct DateNumber {
   std::size_t digits = 0;
 };
 
+// A few numbers in the order of the text.
+class DateNumbers {
+ public:
+  static constexpr std::size_t kMost = 4;  // three of the date and an hour without minutes
+
+  std::size_t Count() const { return count_; }
+  const DateNumber& operator[](std::size_t index) const { return numbers_[index]; }
+  // Only where there are fewer than kMost.
+  void Add(const DateNumber& number) { numbers_[count_++] = number; }
+  void Remove(std::size_t index) {
+    std::copy(numbers_.begin() + index + 1, numbers_.begin() + count_, numbers_.begin() + index);
+    --count_;
+  }
+
+ private:
+  std::array<DateNumber, kMost> numbers_;
+  std::size_t count_ = 0;
+};
+
 // What a date text says, before it is decided which number is the day, the month and the year.
 struct DateParts {
-  std::vector<DateNumber> numbers;  // at most 3, in the order of the text
-  unsigned month = 0;               // 1 to 12 where the month is named, else 0
-  bool weekday = false;             // a weekday is named
+  DateNumbers numbers;   // at most 3
+  unsigned month = 0;    // 1 to 12 where the month is named, else 0
+  bool weekday = false;  // a weekday is named
   std::optional<std::chrono::seconds> time_of_day;
 };
 

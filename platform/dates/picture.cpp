@@ -10,13 +10,6 @@ namespace {
 
 constexpr std::size_t kUsualLength = 32;
 
-void AppendNumber(std::wstring& out, unsigned number, std::size_t least_digits) {
-  const std::size_t start = out.size();
-  AppendWholeNumber(number, out);
-  const std::size_t digits = out.size() - start;
-  if (digits < least_digits) out.insert(start, least_digits - digits, L'0');
-}
-
 void AppendLiteral(std::vector<PictureItem>& items, wchar_t character) {
   if (items.empty() || items.back().letter != 0) items.emplace_back();
   items.back().text += character;
@@ -43,9 +36,9 @@ bool NamesDay(const PictureItem& item) { return item.letter == L'd' && item.text
 void AppendYear(std::wstring& out, int year, std::size_t width) {
   const auto number = static_cast<unsigned>(year);
   if (width <= 2) {
-    AppendNumber(out, number % 100, width);
+    AppendWholeNumber(number % 100, out, width);
   } else {
-    AppendNumber(out, number, 4);
+    AppendWholeNumber(number, out, 4);
   }
 }
 
@@ -80,7 +73,6 @@ std::wstring WriteDate(const std::vector<PictureItem>& picture, std::chrono::sys
                        const CalendarNames& names) {
   const std::chrono::year_month_day day{date};
   const unsigned month = static_cast<unsigned>(day.month());
-  const unsigned weekday = std::chrono::weekday{date}.c_encoding();
   std::wstring out;
   out.reserve(kUsualLength);
   for (const PictureItem& item : picture) {
@@ -91,12 +83,13 @@ std::wstring WriteDate(const std::vector<PictureItem>& picture, std::chrono::sys
       AppendYear(out, static_cast<int>(day.year()), width);
     } else if (item.letter == L'd') {
       if (width <= 2) {
-        AppendNumber(out, static_cast<unsigned>(day.day()), width);
+        AppendWholeNumber(static_cast<unsigned>(day.day()), out, width);
       } else {
+        const unsigned weekday = std::chrono::weekday{date}.c_encoding();
         out += (width == 3 ? names.short_weekdays : names.weekdays)[weekday];
       }
     } else if (width <= 2) {
-      AppendNumber(out, month, width);
+      AppendWholeNumber(month, out, width);
     } else if (width == 3) {
       out += names.short_months[month - 1];
     } else {
@@ -118,16 +111,16 @@ std::wstring WriteTime(const std::vector<PictureItem>& picture, std::chrono::sec
     const std::size_t width = std::min<std::size_t>(item.text.size(), 2);
     switch (item.letter) {
       case L'h':
-        AppendNumber(out, hour % 12 == 0 ? 12 : hour % 12, width);
+        AppendWholeNumber(hour % 12 == 0 ? 12 : hour % 12, out, width);
         break;
       case L'H':
-        AppendNumber(out, hour, width);
+        AppendWholeNumber(hour, out, width);
         break;
       case L'm':
-        AppendNumber(out, static_cast<unsigned>(time.minutes().count()), width);
+        AppendWholeNumber(static_cast<unsigned>(time.minutes().count()), out, width);
         break;
       case L's':
-        AppendNumber(out, static_cast<unsigned>(time.seconds().count()), width);
+        AppendWholeNumber(static_cast<unsigned>(time.seconds().count()), out, width);
         break;
       case L't':
         out += width == 1 ? designator.substr(0, 1) : designator;

@@ -67,7 +67,7 @@ std::optional<DateTime> PictureRegional::ReadDate(std::wstring_view text) const 
   const std::optional<DateParts> parts =
       ParseDateParts(text, time_separator_, [this]() -> const DateWords& { return Words(); });
   if (!parts) return std::nullopt;
-  const bool time_alone = parts->time_of_day && parts->numbers.empty() && parts->month == 0;
+  const bool time_alone = parts->time_of_day && parts->numbers.Count() == 0 && parts->month == 0;
   std::optional<std::chrono::sys_days> date;
   if (!time_alone) {
     date = ResolveDate(*parts, order_, settings_.today);
