@@ -16,7 +16,7 @@ void DataRecordset::Open(const std::wstring& source, Connection& connection, int
   RowStore rows = session->Query(source);
   if (rows.ColumnCount() == 0) return;
   rows_ = std::move(rows);
-  current_row_ = 0;
+  GoTo(0);
 }
 
 bool DataRecordset::EndOfFile() const { return current_row_ >= RequireRows().RowCount(); }
@@ -28,24 +28,29 @@ Value DataRecordset::Fields(std::wstring_view name) const {
   const std::optional<std::size_t> column = rows.FindColumn(name);
   if (!column) throw ItemNotFound();
   if (current_row_ >= rows.RowCount()) throw NoCurrentRecord();
-  return rows.Read(current_row_, *column);
+  return RowStore::Read(current_cells_[*column]);
 }
 
 void DataRecordset::SetSort(const std::wstring& column) {
   const std::optional<std::size_t> found = RequireRows().FindColumn(column);
   if (!found) throw ItemNotFound();
   rows_->Sort(*found);
-  current_row_ = 0;
+  GoTo(0);
 }
 
 void DataRecordset::MoveNext() {
   if (EndOfFile()) throw NoCurrentRecord();
-  ++current_row_;
+  GoTo(current_row_ + 1);
 }
 
 void DataRecordset::Close() {
   RequireRows();
   rows_.reset();
+}
+
+void DataRecordset::GoTo(std::size_t row) {
+  current_row_ = row;
+  if (row < rows_->RowCount()) rows_->FindCells(row, current_cells_);
 }
 
 const RowStore& DataRecordset::RequireRows() const {

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/data/row_store.h"
 #include "platform/recordset.h"
@@ -26,9 +27,11 @@ class DataRecordset : public Recordset {
 
  private:
   const RowStore& RequireRows() const;
+  void GoTo(std::size_t row);
 
   std::optional<RowStore> rows_;
   std::size_t current_row_ = 0;
+  std::vector<RowStore::Cell> current_cells_;
 };
 
 }  // namespace pxscheduler

@@ -182,14 +182,22 @@ void RowStore::EndRow() {
   row_.clear();
 }
 
-const char* RowStore::CellAt(std::size_t row, std::size_t column) const {
-  const char* cell = cells_.At(PositionOf(row));
+RowStore::Cell RowStore::CellAt(std::size_t row, std::size_t column) const {
+  Cell cell = cells_.At(PositionOf(row));
   for (; column > 0; --column) cell = NextCell(cell);
   return cell;
 }
 
-Value RowStore::Read(std::size_t row, std::size_t column) const {
-  const char* cell = CellAt(row, column);
+void RowStore::FindCells(std::size_t row, std::vector<Cell>& cells) const {
+  cells.resize(ColumnCount());
+  Cell next = cells_.At(PositionOf(row));
+  for (Cell& cell : cells) {
+    cell = next;
+    next = NextCell(next);
+  }
+}
+
+Value RowStore::Read(Cell cell) {
   switch (TagOf(cell)) {
     case kNull:
       return std::monostate{};
@@ -216,7 +224,7 @@ Value RowStore::Read(std::size_t row, std::size_t column) const {
 }
 
 void RowStore::AppendKey(std::size_t row, std::size_t column, std::string& key) const {
-  const char* cell = CellAt(row, column);
+  const Cell cell = CellAt(row, column);
   switch (TagOf(cell)) {
     case kNull:
       return AppendNullKey(key);

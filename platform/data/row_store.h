@@ -46,8 +46,14 @@ class RowStore {
   std::optional<std::size_t> FindColumn(std::wstring_view name) const {
     return columns_.Find(name);
   }
-  // Both 0-based and in range; the row in the order that Sort made.
-  Value Read(std::size_t row, std::size_t column) const;
+  // A value where it is kept, for as long as the store is.
+  using Cell = const char*;
+  // Finds the cells of a row, from the first column to the last, which saves finding each of them
+  // anew. The row is 0-based, in range and in the order that Sort made.
+  void FindCells(std::size_t row, std::vector<Cell>& cells) const;
+  static Value Read(Cell cell);
+  // Both 0-based and in range.
+  Value Read(std::size_t row, std::size_t column) const { return Read(CellAt(row, column)); }
 
   // Orders the rows by the column, ascending: Null, numbers by number, dates by date, text in lower
   // case by code point. Rows that compare equal stand in the order in which they were appended.
@@ -56,7 +62,7 @@ class RowStore {
  private:
   struct SortEntry;
 
-  const char* CellAt(std::size_t row, std::size_t column) const;
+  Cell CellAt(std::size_t row, std::size_t column) const;
   ByteArena::Position& PositionOf(std::size_t row) const {
     return positions_[row / kPositionsInChunk][row % kPositionsInChunk];
   }
