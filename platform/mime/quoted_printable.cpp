@@ -16,9 +16,19 @@ constexpr std::size_t kLongestContent = 75;  // 76 less the "=" of a soft line b
 constexpr std::size_t kStepRoom = 128;
 constexpr std::size_t kLineBreak = 2;  // CR LF
 // A shorter constant piece is encoded where it stands, rather than cut off by a soft line break.
-constexpr std::size_t kWorthPreparing = 100;
+constexpr std::size_t kWorthCuttingOff = 100;
 
 bool IsPlain(wchar_t unit) { return unit >= L' ' && unit <= L'~' && unit != L'='; }
+
+// Copies the plain characters that the text begins with and returns how many.
+std::size_t CopyPlain(std::wstring_view text, char* to) {
+  std::size_t copied = 0;
+  while (copied < text.size() && IsPlain(text[copied])) {
+    to[copied] = static_cast<char>(text[copied]);
+    ++copied;
+  }
+  return copied;
+}
 
 }  // namespace
 
@@ -28,7 +38,16 @@ class QuotedPrintable::Encoder {
   explicit Encoder(ByteBuffer& out) : out_(out) {}
 
   void Encode(std::wstring_view piece) {
-    std::size_t position = TakesUpReturn(piece) ? 1 : 0;
+    std::size_t position = 0;
+    if (TakesUpReturn(piece)) {
+      position = 1;
+    } else if (column_ > 0 && piece.size() <= kLongestContent - column_) {
+      // Most values are short and plain, and go on with the line.
+      char* const end = out_.Room(kStepRoom);
+      position = CopyPlain(piece, end);
+      out_.SetEnd(end + position);
+      column_ += position;
+    }
     while (position < piece.size()) {
       cursor_ = out_.Room(kStepRoom);
       position = Step(piece, position);
@@ -38,15 +57,20 @@ class QuotedPrintable::Encoder {
   }
 
   void Put(const Prepared& prepared) {
-    cursor_ = out_.Room(kStepRoom);
-    if (StartsWithLineBreak(prepared.piece)) {
-      ProtectTrailingBlank();
-    } else if (column_ > 0) {
-      SoftBreak();
+    const std::string_view rest =
+        prepared.rest.View().substr(TakesUpReturn(prepared.piece) ? kLineBreak : 0);
+    cursor_ = out_.Room(2 * prepared.line.size() + kStepRoom + rest.size());
+    PutPlain(prepared.line);
+    if (!rest.empty()) {
+      if (prepared.is_cut_off) {
+        SoftBreakUnlessAtStart();
+      } else if (prepared.line.empty()) {
+        ProtectTrailingBlank();
+      }
+      cursor_ = std::copy(rest.begin(), rest.end(), cursor_);
+      column_ = prepared.column;
     }
     out_.SetEnd(cursor_);
-    out_.Append(prepared.encoded.View().substr(TakesUpReturn(prepared.piece) ? kLineBreak : 0));
-    column_ = prepared.column;
     is_after_return_ = prepared.piece.ends_with(L'\r');
   }
 
@@ -62,10 +86,6 @@ class QuotedPrintable::Encoder {
   // Whether the piece goes on with the second half of a line break that the one before began.
   bool TakesUpReturn(std::wstring_view piece) const {
     return is_after_return_ && piece.starts_with(L'\n');
-  }
-
-  static bool StartsWithLineBreak(std::wstring_view piece) {
-    return piece.starts_with(L'\n') || piece.starts_with(L'\r');
   }
 
   // Encodes what begins at `position` and returns where the next step begins.
@@ -92,17 +112,26 @@ class QuotedPrintable::Encoder {
     if (column_ == 0 && text.front() == L'.') {
       *cursor_++ = '.';
     }
-    const wchar_t* const first = text.data();
-    const wchar_t* const limit = first + std::min(text.size(), kLongestContent - column_);
-    const wchar_t* unit = first;
-    char* cursor = cursor_;
-    for (; unit != limit && IsPlain(*unit); ++unit) {
-      *cursor++ = static_cast<char>(*unit);
-    }
-    const auto size = static_cast<std::size_t>(unit - first);
-    cursor_ = cursor;
+    const std::size_t size = CopyPlain(text.substr(0, kLongestContent - column_), cursor_);
+    cursor_ += size;
     column_ += size;
     return size;
+  }
+
+  // Copies plain characters, over as many lines as they need.
+  void PutPlain(std::string_view characters) {
+    while (!characters.empty()) {
+      if (column_ == kLongestContent) {
+        SoftBreak();
+      }
+      if (column_ == 0 && characters.front() == '.') {
+        *cursor_++ = '.';
+      }
+      const std::size_t size = std::min(characters.size(), kLongestContent - column_);
+      cursor_ = std::copy_n(characters.data(), size, cursor_);
+      column_ += size;
+      characters.remove_prefix(size);
+    }
   }
 
   std::size_t PutTab() {
@@ -131,6 +160,12 @@ class QuotedPrintable::Encoder {
   void SoftBreak() {
     *cursor_++ = '=';
     EndLine();
+  }
+
+  void SoftBreakUnlessAtStart() {
+    if (column_ > 0) {
+      SoftBreak();
+    }
   }
 
   void HardBreak() {
@@ -167,10 +202,18 @@ void QuotedPrintable::Append(const TextPieces& text, ByteBuffer& out) {
   Encoder encoder(out);
   std::size_t prepared = 0;
   for (const TextPiece& piece : text) {
-    if (piece.is_constant && piece.text.size() >= kWorthPreparing) {
-      encoder.Put(Prepare(prepared++, piece.text));
-    } else if (!piece.text.empty()) {
+    if (piece.text.empty()) {
+      continue;
+    }
+    if (!piece.is_constant) {
       encoder.Encode(piece.text);
+      continue;
+    }
+    const Prepared& constant = Prepare(prepared++, piece.text);
+    if (constant.line.empty() && constant.rest.View().empty()) {
+      encoder.Encode(piece.text);
+    } else {
+      encoder.Put(constant);
     }
   }
   encoder.End();
@@ -182,14 +225,26 @@ const QuotedPrintable::Prepared& QuotedPrintable::Prepare(std::size_t index,
     prepared_.emplace_back();
   }
   Prepared& prepared = prepared_[index];
-  if (prepared.piece.data() != piece.data() || prepared.piece.size() != piece.size()) {
-    prepared.piece = {};  // until all of the new one is there, should memory run out
-    prepared.encoded.Clear();
-    Encoder encoder(prepared.encoded);
-    encoder.Encode(piece);
-    prepared.column = encoder.Column();
-    prepared.piece = piece;
+  if (prepared.piece.data() == piece.data() && prepared.piece.size() == piece.size()) {
+    return prepared;
   }
+  prepared = {};  // until all of the new one is there, should memory run out
+  const std::size_t line_end = std::min(piece.find_first_of(L"\r\n"), piece.size());
+  const std::wstring_view line = piece.substr(0, line_end);
+  const bool is_plain = std::all_of(line.begin(), line.end(), IsPlain);
+  const bool ends_in_blank = line_end < piece.size() && line.ends_with(L' ');
+  prepared.is_cut_off = !is_plain || ends_in_blank;
+  if (prepared.is_cut_off && piece.size() < kWorthCuttingOff) {
+    prepared.piece = piece;
+    return prepared;
+  }
+  Encoder encoder(prepared.rest);
+  encoder.Encode(prepared.is_cut_off ? piece : piece.substr(line_end));
+  prepared.column = encoder.Column();
+  if (!prepared.is_cut_off) {
+    prepared.line.assign(line.begin(), line.end());
+  }
+  prepared.piece = piece;
   return prepared;
 }
 

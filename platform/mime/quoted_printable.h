@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -13,8 +14,9 @@ namespace pxscheduler {
 // SMTP: no line over 76 characters, and a line that begins with a full stop has it doubled (RFC
 // 5321 section 4.5.2). CR LF, LF and a lone CR are line breaks.
 //
-// Long constant pieces are encoded once. They begin on a line of their own, behind a soft line
-// break, so that what stands before them changes nothing in them.
+// Constant pieces are encoded once, but for the line that they begin on, which goes on with what
+// stands before them. A long one that does not begin with plain characters stands behind a soft
+// line break instead.
 class QuotedPrintable {
  public:
   // Appends one text. The output must be at the start of a line; it ends where the text ends,
@@ -23,11 +25,13 @@ class QuotedPrintable {
 
  private:
   class Encoder;
-  // A constant piece as it is encoded at the start of a line.
+  // A constant piece. One that is better encoded where it stands has neither a line nor a rest.
   struct Prepared {
     std::wstring_view piece;
-    ByteBuffer encoded;
-    std::size_t column = 0;  // where it ends
+    std::string line;  // the plain characters before its first line break
+    bool is_cut_off = false;
+    ByteBuffer rest;         // encoded from the line break on, or all of a piece that is cut off
+    std::size_t column = 0;  // where the rest ends
   };
 
   const Prepared& Prepare(std::size_t index, std::wstring_view piece);

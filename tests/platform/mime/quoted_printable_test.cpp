@@ -129,13 +129,20 @@ TEST(QuotedPrintableTest, WhereConstantPiecesBegin) {
     std::string encoded;
   };
   const Case cases[] = {
-      {L"Ann", line, "Ann=\r\n" + encoded_line},
-      {L"Ann ", line, "Ann =\r\n" + encoded_line},
+      {L"Ann", L", welcome", "Ann, welcome"},
+      {L"Ann", line + L"\n",
+       "Ann" + std::string(72, 'x') + "=\r\n" + std::string(28, 'x') + "\r\n"},
+      {std::wstring(75, L'A'), L".\n.", std::string(75, 'A') + "=\r\n..\r\n.."},
+      {L"", L"." + line, ".." + std::string(74, 'x') + "=\r\n" + std::string(26, 'x')},
       {L"Ann ", L"\n" + line, "Ann=20\r\n" + encoded_line},
       {L"Ann\r", L"\n" + line, "Ann\r\n" + encoded_line},
+      {L"Ann\r", L"\n", "Ann\r\n"},
       {L"Ann\r", L"\r\n" + line, "Ann\r\n\r\n" + encoded_line},
-      {L"", L"." + line, ".." + std::string(74, 'x') + "=\r\n" + std::string(26, 'x')},
-      {L"Ann", L", welcome", "Ann, welcome"},
+      // What is not plain is cut off where it is long.
+      {L"Ann", L"=\n", "Ann=3D\r\n"},
+      {L"Ann", L" \n", "Ann=20\r\n"},
+      {L"Ann", line + L"=", "Ann=\r\n" + encoded_line + "=3D"},
+      {L"Ann ", line + L" \n", "Ann =\r\n" + encoded_line + "=20\r\n"},
   };
   for (const Case& test : cases) {
     QuotedPrintable encoder;
