@@ -107,7 +107,7 @@ void MessageComposer::SetHtml(bool is_html) {
 void MessageComposer::SetInlineParts(const std::vector<InlinePart>& parts) {
   inline_parts_.clear();
   for (const InlinePart& part : parts) {
-    inline_parts_ += "\r\n--=_related_" + boundary_token_ + "\r\nContent-Type: " + part.media_type +
+    inline_parts_ += "\r\n--=_rel_" + boundary_token_ + "\r\nContent-Type: " + part.media_type +
                      "\r\nContent-Transfer-Encoding: base64\r\nContent-ID: <" + part.content_id +
                      ">\r\nContent-Disposition: inline\r\n\r\n" + Base64Lines(part.bytes);
   }
@@ -134,8 +134,8 @@ void MessageComposer::PrepareParts() {
     plain_start_ = kPlainPart;
     return;
   }
-  const std::string alternative = "=_alternative_" + boundary_token_;
-  const std::string related = "=_related_" + boundary_token_;
+  const std::string alternative = "=_alt_" + boundary_token_;
+  const std::string related = "=_rel_" + boundary_token_;
   plain_start_ = "Content-Type: multipart/alternative;\r\n boundary=\"" + alternative +
                  "\"\r\n\r\n--" + alternative + "\r\n";
   plain_start_ += kPlainPart;

@@ -18,6 +18,7 @@ namespace {
 constexpr std::int32_t kCannotOpenFile = 10;
 // What may wait to be sent before another message is composed.
 constexpr std::size_t kMostBytesAhead = 65536;
+constexpr std::size_t kBoundaryDigits = 16;  // 64 random bits
 
 Security SecurityOf(std::wstring_view text) {
   const std::string name = LowerAscii(ToUtf8(TrimBlanks(text)));
@@ -61,7 +62,7 @@ SmtpMailComponent::SmtpMailComponent(const System& system, const CodePages& code
       code_pages_(code_pages),
       renderings_(std::move(renderings)),
       network_(std::move(network)),
-      composer_(RandomToken()) {
+      composer_(RandomToken().substr(0, kBoundaryDigits)) {
   server_.timeouts = timeouts;
 }
 

@@ -129,7 +129,7 @@ std::vector<Kind> Kinds() {
   }
   kinds.push_back({.subject = L"News",
                    .name = L"Ann",
-                   .body = L".\n..\n--=_alternative_0123456789abcdef0123456789abcdef\nFrom x\n\n",
+                   .body = L".\n..\n--=_alt_0123456789abcdef0123456789abcdef\nFrom x\n\n",
                    .html = html + std::wstring(3000, L'\u20ac') + std::wstring(3000, L'x')});
   kinds.push_back(
       {.subject = L"News",
