@@ -8,9 +8,9 @@
 
 namespace pxscheduler {
 
-// Bytes that grow at their end. Clear keeps the memory, so a buffer that is used again and again
-// allocates nothing once it has its size; unlike a string it never fills memory that is about to be
-// written.
+// Bytes that are put in at the end. Clear keeps the memory, so a buffer that is used again and
+// again allocates nothing once it has its size; unlike a string it never fills memory that is about
+// to be written.
 class ByteBuffer {
  public:
   void Clear() { size_ = 0; }
@@ -31,6 +31,12 @@ class ByteBuffer {
     return bytes_.get() + size_;
   }
   void SetEnd(const char* end) { size_ = static_cast<std::size_t>(end - bytes_.get()); }
+
+  // No more than there are.
+  void DropFront(std::size_t size) {
+    std::copy(bytes_.get() + size, bytes_.get() + size_, bytes_.get());
+    size_ -= size;
+  }
 
  private:
   void Grow(std::size_t size) {

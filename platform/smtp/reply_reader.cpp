@@ -58,31 +58,31 @@ ReadResult ReplyReader::Read(Transport& transport, Deadline deadline, Reply& rep
 }
 
 void ReplyReader::Discard() {
-  buffer_.clear();
+  buffer_.Clear();
   begin_ = 0;
 }
 
 ReadResult ReplyReader::ReadLine(Transport& transport, Deadline deadline, std::string_view& line) {
   std::size_t searched = begin_;
   for (;;) {
-    const std::size_t end = buffer_.find('\n', searched);
-    if (end != std::string::npos) {
-      line = std::string_view(buffer_).substr(begin_, end - begin_);
+    const std::string_view bytes = buffer_.View();
+    const std::size_t end = bytes.find('\n', searched);
+    if (end != std::string_view::npos) {
+      line = bytes.substr(begin_, end - begin_);
       line.remove_suffix(line.ends_with('\r') ? 1 : 0);
       begin_ = end + 1;
       return line.size() <= kLongestLine ? ReadResult::kReply : ReadResult::kNotSmtp;
     }
-    buffer_.erase(0, begin_);
+    buffer_.DropFront(begin_);
     begin_ = 0;
-    const std::size_t size = buffer_.size();
-    if (size > kLongestLine) {
+    searched = buffer_.View().size();
+    if (searched > kLongestLine) {
       return ReadResult::kNotSmtp;
     }
-    searched = size;
-    buffer_.resize(size + kReadSize);
+    char* const free = buffer_.Room(kReadSize);
     std::size_t received = 0;
-    const IoResult result = transport.Receive(buffer_.data() + size, kReadSize, received, deadline);
-    buffer_.resize(size + received);
+    const IoResult result = transport.Receive(free, kReadSize, received, deadline);
+    buffer_.SetEnd(free + received);
     if (result != IoResult::kDone) {
       return result == IoResult::kTimedOut ? ReadResult::kTimedOut : ReadResult::kBroken;
     }

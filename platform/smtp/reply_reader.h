@@ -4,6 +4,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/mime/byte_buffer.h"
 #include "platform/smtp/transport.h"
 
 namespace pxscheduler {
@@ -39,7 +40,7 @@ class ReplyReader {
   // The next line without its line break, a view into the buffer.
   ReadResult ReadLine(Transport& transport, Deadline deadline, std::string_view& line);
 
-  std::string buffer_;
+  ByteBuffer buffer_;
   std::size_t begin_ = 0;  // of what is not yet read
 };
 
