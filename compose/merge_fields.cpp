@@ -17,6 +17,7 @@ constexpr std::array<std::wstring_view, kMergeTokenCount> kTokens = {
     L"[Anniversary]", L"[Travel Date]",  L"[Return Date]", L"[Start Date]",    L"[Last Date]",
 };
 constexpr std::size_t kFullName = 4;
+constexpr std::size_t kSalutation = 5;
 
 // The token that begins at `position`, or kMergeTokenCount.
 std::size_t TokenAt(std::wstring_view text, std::size_t position) {
@@ -33,15 +34,15 @@ bool HoldsOpeningBracket(const std::wstring& value) {
 
 TextPieces MergeInOnePass(const MergeTemplate& merge_template, const MergeValues& values) {
   const std::wstring_view text = merge_template.text;
-  TextPieces pieces;
-  pieces.reserve(2 * merge_template.tokens.size() + 1);
+  TextPieces pieces(2 * merge_template.tokens.size() + 1);
   std::size_t copied = 0;
+  auto piece = pieces.begin();
   for (const MergeToken& token : merge_template.tokens) {
-    pieces.push_back({text.substr(copied, token.position - copied), true});
-    pieces.push_back({values[token.token], false});
+    *piece++ = {{text.data() + copied, token.position - copied}, true};
+    *piece++ = {values[token.token], false};
     copied = token.position + kTokens[token.token].size();
   }
-  pieces.push_back({text.substr(copied), true});
+  *piece = {text.substr(copied), true};
   return pieces;
 }
 
@@ -67,29 +68,27 @@ MergeTemplate PrepareMergeTemplate(const CodePage& ansi, const std::wstring& tex
 
 MergeValues ReadMergeValues(const Regional& regional, const Recordset& result_set,
                             const std::wstring& email) {
+  using namespace std::string_view_literals;
   const auto read = [&](std::wstring_view column) {
     return TextOf(regional, result_set.Fields(column));
   };
-  std::wstring number = read(L"ProfileNumber");
-  std::wstring prefix = read(L"Prefix");
-  std::wstring first_name = read(L"FirstName");
-  std::wstring last_name = read(L"LastName");
-  std::wstring full_name = read(L"FullName");
-  std::wstring salutation = read(L"Attention");
-  std::wstring phone = read(L"Phone");
-  std::wstring fax = read(L"Fax");
-  std::wstring birthday = FormatMonthDay(regional, read(L"BirthDate"));
-  std::wstring anniversary = FormatMonthDay(regional, read(L"AnniversaryDate"));
-  std::wstring travel_date = FormatShortDate(regional, read(L"TravelDate"));
-  std::wstring return_date = FormatShortDate(regional, read(L"ReturnDate"));
-  std::wstring start_date = FormatShortDate(regional, read(L"FirstDate"));
-  std::wstring last_date = FormatShortDate(regional, read(L"LastDate"));
-  if (IsBlank(salutation)) salutation = full_name;
-  return {std::move(number),      std::move(prefix),      std::move(first_name),
-          std::move(last_name),   std::move(full_name),   std::move(salutation),
-          std::move(phone),       std::move(fax),         email,
-          std::move(birthday),    std::move(anniversary), std::move(travel_date),
-          std::move(return_date), std::move(start_date),  std::move(last_date)};
+  MergeValues values = {read(L"ProfileNumber"sv),
+                        read(L"Prefix"sv),
+                        read(L"FirstName"sv),
+                        read(L"LastName"sv),
+                        read(L"FullName"sv),
+                        read(L"Attention"sv),
+                        read(L"Phone"sv),
+                        read(L"Fax"sv),
+                        email,
+                        FormatMonthDay(regional, read(L"BirthDate"sv)),
+                        FormatMonthDay(regional, read(L"AnniversaryDate"sv)),
+                        FormatShortDate(regional, read(L"TravelDate"sv)),
+                        FormatShortDate(regional, read(L"ReturnDate"sv)),
+                        FormatShortDate(regional, read(L"FirstDate"sv)),
+                        FormatShortDate(regional, read(L"LastDate"sv))};
+  if (IsBlank(values[kSalutation])) values[kSalutation] = values[kFullName];
+  return values;
 }
 
 const std::wstring& FullNameOf(const MergeValues& values) { return values[kFullName]; }

@@ -1,6 +1,7 @@
 #include "mail/message_sending.h"
 
 #include <limits>
+#include <string_view>
 #include <utility>
 
 #include "platform/letter_case.h"
@@ -13,8 +14,9 @@ std::optional<std::wstring> ComposeRow(const Regional& regional, const CodePage&
                                        const Recordset& result_set,
                                        const MessageTemplates& templates, MailComponent& mail,
                                        std::wstring& last_address) {
-  std::wstring address = TextOf(regional, result_set.Fields(L"Email"));
-  const bool is_marked = IsTrue(result_set.Fields(L"SendEmail"));
+  using namespace std::string_view_literals;
+  std::wstring address = TextOf(regional, result_set.Fields(L"Email"sv));
+  const bool is_marked = IsTrue(result_set.Fields(L"SendEmail"sv));
   std::wstring lower_address = LowerCase(address);
   if (!is_marked || address.find(L'@') == std::wstring::npos || lower_address == last_address) {
     return std::nullopt;

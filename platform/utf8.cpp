@@ -48,7 +48,10 @@ Sequence ReadSequence(std::string_view bytes) {
 }  // namespace
 
 void AppendUtf8(std::wstring_view text, std::string& out) {
-  for (std::size_t position = 0; position < text.size();) {
+  const auto is_ascii = [](wchar_t unit) { return static_cast<char32_t>(unit) < 0x80; };
+  const auto* const beyond = std::find_if_not(text.begin(), text.end(), is_ascii);
+  out.append(text.begin(), beyond);
+  for (auto position = static_cast<std::size_t>(beyond - text.begin()); position < text.size();) {
     const Utf8Bytes encoded = EncodeUtf8(NextCodePoint(text, position));
     out.append(reinterpret_cast<const char*>(encoded.bytes), encoded.size);
   }

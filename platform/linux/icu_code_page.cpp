@@ -34,18 +34,19 @@ struct SetCloser {
 };
 using CharacterSet = std::unique_ptr<USet, SetCloser>;
 
-// The first position from `begin` on where a character is not below `limit`, up to fifteen places
-// early. The inner loop is one that compilers turn into vector instructions.
+// The first position from `begin` on where a character is not below the limit, up to fifteen places
+// early. The first inner loop is one that compilers turn into vector instructions.
 std::size_t SkipBelow(std::wstring_view text, std::size_t begin, std::uint32_t limit_power_of_two) {
   const std::uint32_t high_bits = ~(limit_power_of_two - 1);
-  while (begin + kBlockLength <= text.size()) {
-    std::uint32_t joined = 0;
+  std::uint32_t joined = 0;
+  for (; begin + kBlockLength <= text.size(); begin += kBlockLength) {
     for (std::size_t i = 0; i < kBlockLength; ++i)
       joined |= static_cast<std::uint32_t>(text[begin + i]);
-    if ((joined & high_bits) != 0) break;
-    begin += kBlockLength;
+    if ((joined & high_bits) != 0) return begin;
   }
-  return begin;
+  for (const wchar_t character : text.substr(begin))
+    joined |= static_cast<std::uint32_t>(character);
+  return (joined & high_bits) != 0 ? begin : text.size();
 }
 
 // The text with each character that does not survive replaced. Characters below `always`, a power

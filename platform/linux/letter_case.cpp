@@ -19,16 +19,18 @@ wchar_t LowerLetter(wchar_t letter) {
   return static_cast<wchar_t>(u_tolower(static_cast<UChar32>(letter)));
 }
 
-std::wstring Mapped(std::wstring_view text, wchar_t (*map)(wchar_t)) {
+template <wchar_t (*map)(wchar_t)>
+std::wstring Mapped(std::wstring_view text) {
   std::wstring mapped(text.size(), L'\0');
-  std::transform(text.begin(), text.end(), mapped.begin(), map);
+  std::transform(text.begin(), text.end(), mapped.begin(),
+                 [](wchar_t letter) { return map(letter); });
   return mapped;
 }
 
 }  // namespace
 
-std::wstring UpperCase(std::wstring_view text) { return Mapped(text, UpperLetter); }
+std::wstring UpperCase(std::wstring_view text) { return Mapped<UpperLetter>(text); }
 
-std::wstring LowerCase(std::wstring_view text) { return Mapped(text, LowerLetter); }
+std::wstring LowerCase(std::wstring_view text) { return Mapped<LowerLetter>(text); }
 
 }  // namespace pxscheduler
