@@ -28,10 +28,6 @@ std::size_t TokenAt(std::wstring_view text, std::size_t position) {
   return static_cast<std::size_t>(token - kTokens.begin());
 }
 
-bool HoldsOpeningBracket(const std::wstring& value) {
-  return value.find(L'[') != std::wstring::npos;
-}
-
 TextPieces MergeInOnePass(const MergeTemplate& merge_template, const MergeValues& values) {
   const std::wstring_view text = merge_template.text;
   TextPieces pieces(2 * merge_template.tokens.size() + 1);
@@ -81,12 +77,12 @@ MergeValues ReadMergeValues(const Regional& regional, const Recordset& result_se
                         read(L"Phone"sv),
                         read(L"Fax"sv),
                         email,
-                        FormatMonthDay(regional, read(L"BirthDate"sv)),
-                        FormatMonthDay(regional, read(L"AnniversaryDate"sv)),
-                        FormatShortDate(regional, read(L"TravelDate"sv)),
-                        FormatShortDate(regional, read(L"ReturnDate"sv)),
-                        FormatShortDate(regional, read(L"FirstDate"sv)),
-                        FormatShortDate(regional, read(L"LastDate"sv))};
+                        MonthDayOf(regional, result_set.Fields(L"BirthDate"sv)),
+                        MonthDayOf(regional, result_set.Fields(L"AnniversaryDate"sv)),
+                        ShortDateOf(regional, result_set.Fields(L"TravelDate"sv)),
+                        ShortDateOf(regional, result_set.Fields(L"ReturnDate"sv)),
+                        ShortDateOf(regional, result_set.Fields(L"FirstDate"sv)),
+                        ShortDateOf(regional, result_set.Fields(L"LastDate"sv))};
   if (IsBlank(values[kSalutation])) values[kSalutation] = values[kFullName];
   return values;
 }
@@ -98,10 +94,16 @@ MergeValues InCodePage(const CodePage& ansi, MergeValues values) {
   return values;
 }
 
-MergedText Merge(const MergeTemplate& merge_template, const MergeValues& values) {
-  const bool one_pass_suffices = !merge_template.values_may_complete_a_token &&
-                                 std::none_of(values.begin(), values.end(), HoldsOpeningBracket);
-  if (one_pass_suffices) return {MergeInOnePass(merge_template, values), nullptr};
+bool MayHoldTokens(const MergeValues& values) {
+  return std::any_of(values.begin(), values.end(), [](const std::wstring& value) {
+    return value.find(L'[') != std::wstring::npos;
+  });
+}
+
+MergedText Merge(const MergeTemplate& merge_template, const MergeValues& values,
+                 bool values_may_hold_tokens) {
+  if (!merge_template.values_may_complete_a_token && !values_may_hold_tokens)
+    return {MergeInOnePass(merge_template, values), nullptr};
   auto rewritten =
       std::make_unique<const std::wstring>(MergeInSequence(merge_template.text, values));
   return {{{.text = *rewritten}}, std::move(rewritten)};

@@ -58,10 +58,14 @@ struct MergedText {
   std::unique_ptr<const std::wstring> rewritten;
 };
 
+// Whether a value can hold a token or the beginning of one.
+bool MayHoldTokens(const MergeValues& values);
+
 // Fills the tokens in as if they were replaced one after another over the whole text: a value that
-// holds a later token is replaced again. `values` come from InCodePage; they and the template must
-// outlive the result.
-MergedText Merge(const MergeTemplate& merge_template, const MergeValues& values);
+// holds a later token is replaced again. `values` come from InCodePage, `values_may_hold_tokens`
+// from MayHoldTokens, asked once for all texts. Values and template must outlive the result.
+MergedText Merge(const MergeTemplate& merge_template, const MergeValues& values,
+                 bool values_may_hold_tokens);
 
 // That sequence itself. Merge() takes it where a value may bring a token into being.
 std::wstring MergeInSequence(std::wstring text, const MergeValues& values);

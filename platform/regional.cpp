@@ -22,11 +22,14 @@ std::wstring FormatShortDate(const Regional& regional, const std::wstring& text)
 std::wstring FormatMonthDay(const Regional& regional, const std::wstring& text) {
   if (text.empty()) return text;
   const std::optional<DateTime> value = regional.ReadDate(text);
-  if (!value) return text;
-  const std::chrono::year_month_day date{value->date};
-  std::wstring written = regional.MonthName(static_cast<unsigned>(date.month()));
+  return value ? MonthDay(regional, value->date) : text;
+}
+
+std::wstring MonthDay(const Regional& regional, std::chrono::sys_days date) {
+  const std::chrono::year_month_day day{date};
+  std::wstring written = regional.MonthName(static_cast<unsigned>(day.month()));
   written += L' ';
-  AppendWholeNumber(static_cast<unsigned>(date.day()), written);
+  AppendWholeNumber(static_cast<unsigned>(day.day()), written);
   return written;
 }
 

@@ -27,6 +27,10 @@ class Regional {
   // order first, another order where that one cannot be, year-month-day always. A time alone is on
   // 30 December 1899. Nothing where the text is not a date.
   virtual std::optional<DateTime> ReadDate(std::wstring_view text) const = 0;
+
+  // Whether ReadDate reads every date that ShortDate writes, of the years 100 to 9999, as that
+  // date.
+  virtual bool ReadsBackShortDates() const = 0;
 };
 
 // The general date form: the short date, a blank and the long time; at midnight the date alone.
@@ -36,5 +40,7 @@ std::wstring GeneralDate(const Regional& regional, const DateTime& value);
 // comes back unchanged.
 std::wstring FormatShortDate(const Regional& regional, const std::wstring& text);
 std::wstring FormatMonthDay(const Regional& regional, const std::wstring& text);  // "mmmm d"
+
+std::wstring MonthDay(const Regional& regional, std::chrono::sys_days date);  // "mmmm d"
 
 }  // namespace pxscheduler

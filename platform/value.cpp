@@ -109,6 +109,17 @@ std::wstring_view TrimWhiteSpace(std::wstring_view text) {
   return text.substr(first, text.find_last_not_of(kWhiteSpace) - first + 1);
 }
 
+// The date of a value whose text reads back as that date, so that it need not be written and read.
+std::optional<std::chrono::sys_days> DateKeptByText(const Regional& regional, const Value& value) {
+  constexpr std::chrono::sys_days kFirst = std::chrono::year{100} / std::chrono::January / 1;
+  constexpr std::chrono::sys_days kLast = std::chrono::year{9999} / std::chrono::December / 31;
+  const auto* const moment = std::get_if<DateTime>(&value);
+  const bool is_kept = moment != nullptr && moment->time_of_day == std::chrono::seconds{0} &&
+                       moment->date >= kFirst && moment->date <= kLast &&
+                       regional.ReadsBackShortDates();
+  return is_kept ? std::optional(moment->date) : std::nullopt;
+}
+
 // `lower` is lower-case ASCII.
 bool EqualsWithoutCase(std::wstring_view text, std::wstring_view lower) {
   return std::equal(text.begin(), text.end(), lower.begin(), lower.end(),
@@ -139,6 +150,18 @@ std::wstring TextOf(const Regional& regional, Value value) {
           return std::forward<decltype(held)>(held);
       },
       std::move(value));
+}
+
+std::wstring ShortDateOf(const Regional& regional, Value value) {
+  const auto date = DateKeptByText(regional, value);
+  return date ? regional.ShortDate(*date)
+              : FormatShortDate(regional, TextOf(regional, std::move(value)));
+}
+
+std::wstring MonthDayOf(const Regional& regional, Value value) {
+  const auto date = DateKeptByText(regional, value);
+  return date ? MonthDay(regional, *date)
+              : FormatMonthDay(regional, TextOf(regional, std::move(value)));
 }
 
 bool IsTrue(const Value& value) {

@@ -26,6 +26,10 @@ using Value = std::variant<std::monostate, bool, std::int64_t, float, double, De
 // with up to 7 significant digits, a double with up to 15), dates in the general date form.
 std::wstring TextOf(const Regional& regional, Value value);
 
+// FormatShortDate and FormatMonthDay of that text.
+std::wstring ShortDateOf(const Regional& regional, Value value);
+std::wstring MonthDayOf(const Regional& regional, Value value);
+
 // Whether the value counts as true: a number that is not zero; Null is false; text as
 // BooleanFromText reads it. A date counts by its serial number, so every date is true.
 bool IsTrue(const Value& value);

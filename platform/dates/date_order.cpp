@@ -98,6 +98,12 @@ int PlaceOf(const std::vector<PictureItem>& picture, wchar_t letter) {
   return -1;
 }
 
+// A separator, or a number with all its digits.
+bool ReadsBack(const PictureItem& item) {
+  if (item.letter == 0) return item.text.size() == 1 && IsDateSeparator(item.text[0]);
+  return item.letter == L'y' ? item.text.size() > 2 : item.text.size() <= 2;
+}
+
 }  // namespace
 
 DateOrder OrderOf(const std::vector<PictureItem>& short_date) {
@@ -107,6 +113,19 @@ DateOrder OrderOf(const std::vector<PictureItem>& short_date) {
   const bool complete = std::min({order.year, order.month, order.day}) == 0 &&
                         std::max({order.year, order.month, order.day}) == 2;
   return complete ? order : kMonthDayYear;
+}
+
+bool ReadsBack(const std::vector<PictureItem>& short_date) {
+  if (short_date.size() != 5) return false;
+  for (std::size_t i = 0; i < short_date.size(); ++i) {
+    const bool is_number = short_date[i].letter != 0;
+    if (is_number != (i % 2 == 0) || !ReadsBack(short_date[i])) return false;
+  }
+  const DateOrder order = OrderOf(short_date);
+  const bool holds_all = PlaceOf(short_date, L'y') == order.year &&
+                         PlaceOf(short_date, L'M') == order.month &&
+                         PlaceOf(short_date, L'd') == order.day;
+  return holds_all && (order.year != 0 || order.month == 1);
 }
 
 std::optional<sys_days> ResolveDate(const DateParts& parts, const DateOrder& order,

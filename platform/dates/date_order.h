@@ -20,6 +20,11 @@ struct DateOrder {
 // The order of a short date picture; month, day, year where the picture does not hold all three.
 DateOrder OrderOf(const std::vector<PictureItem>& short_date);
 
+// Whether each date that the picture writes is read again as that date: three numbers between
+// single separators, the year with all its digits and, where it is first, with the month behind it.
+// Other pictures may do so too.
+bool ReadsBack(const std::vector<PictureItem>& short_date);
+
 // Decides which number is which: the locale's order where that gives a date, else another one that
 // does. A first number of three or four digits is a year and the month follows it. Two-digit years
 // are 1930 to 2029. Two numbers are a month and a day of the current year, or a month and a year

@@ -32,6 +32,7 @@ PictureRegional::PictureRegional(RegionalSettings settings)
       long_time_(ParsePicture(settings_.long_time, kTimeLetters)),
       short_time_(ParsePicture(settings_.short_time, kTimeLetters)),
       short_date_needs_names_(NeedsNames(short_date_)),
+      reads_back_short_dates_(ReadsBack(short_date_)),
       order_(OrderOf(short_date_)),
       time_separator_(TimeSeparator(long_time_)) {}
 

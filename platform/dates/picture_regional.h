@@ -24,6 +24,7 @@ class PictureRegional : public Regional {
   std::wstring ShortTime(std::chrono::seconds time_of_day) const override;
   std::wstring MonthName(unsigned month) const override;
   std::optional<DateTime> ReadDate(std::wstring_view text) const override;
+  bool ReadsBackShortDates() const override { return reads_back_short_dates_; }
 
  private:
   const CalendarNames& Names() const;
@@ -34,6 +35,7 @@ class PictureRegional : public Regional {
   std::vector<PictureItem> long_time_;
   std::vector<PictureItem> short_time_;
   bool short_date_needs_names_;
+  bool reads_back_short_dates_;
   DateOrder order_;
   wchar_t time_separator_;
   mutable std::optional<CalendarNames> names_;  // made when first needed

@@ -16,7 +16,7 @@ class MergeFields : public testing::Test {
     const MergeValues values = ReadMergeValues(EnglishRegional(), rows_, L"");
     const MergeTemplate prepared = PrepareMergeTemplate(ansi_, text);
     const MergeValues merged_values = InCodePage(ansi_, values);
-    return Joined(Merge(prepared, merged_values).pieces);
+    return Joined(Merge(prepared, merged_values, MayHoldTokens(merged_values)).pieces);
   }
 
   Latin1CodePage ansi_;
@@ -66,7 +66,8 @@ TEST(Merge, GivesWhatReplacingOneAfterAnotherGives) {
     }
     const std::wstring text = text_of(8);
     const MergeTemplate prepared = PrepareMergeTemplate(ansi, text);
-    ASSERT_EQ(Joined(Merge(prepared, values).pieces), MergeInSequence(text, values));
+    ASSERT_EQ(Joined(Merge(prepared, values, MayHoldTokens(values)).pieces),
+              MergeInSequence(text, values));
   }
 }
 

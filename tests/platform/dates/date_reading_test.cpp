@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "platform/value.h"
 #include "tests/support/fake_platform.h"
 
 namespace pxscheduler {
@@ -151,6 +152,33 @@ TEST(DateReading, ReadsItsOwnGeneralForm) {
       EXPECT_EQ(regional.ReadDate(text), value) << text;
     }
   }
+}
+
+// However odd the picture is, a date is written as if its text had been read.
+TEST(DateReading, WritesAValueAsItsText) {
+  std::size_t reading_back = 0;
+  for (const wchar_t* picture :
+       {L"M/d/yyyy", L"dd.MM.yyyy", L"yyyy-MM-dd", L"d,yyy,MM", L"M/d/yy", L"yy-MM-dd",
+        L"yyyy-dd-MM", L"yyyy/M", L"d/d/yyyy", L"M//d/yyyy", L"d.M.yyyy.", L"/d/M/yyyy",
+        L"d M yyyy", L"d/MMM/yyyy", L"ddd/M/yyyy", L"M/d/yyyy/d", L""}) {
+    RegionalSettings settings = EnglishSettings();
+    settings.short_date = picture;
+    const PictureRegional regional(settings);
+    if (regional.ReadsBackShortDates()) ++reading_back;
+    const auto expect_as_text = [&](const Value& value) {
+      const std::wstring text = TextOf(regional, value);
+      EXPECT_EQ(ShortDateOf(regional, value), FormatShortDate(regional, text)) << picture << text;
+      EXPECT_EQ(MonthDayOf(regional, value), FormatMonthDay(regional, text)) << picture << text;
+    };
+    for (sys_days day = 99y / 12 / 28; day < sys_days{9999y / 12 / 31};
+         day += std::chrono::days{541})
+      expect_as_text(DateTime{day});
+    for (const Value& value :
+         {Value{}, Value{L"11/16/2026"}, Value{L"next spring"}, Value{std::int64_t{7}},
+          Value{DateTime{9999y / 12 / 31}}, Value{DateTime{2026y / 3 / 5, 15h + 7min + 41s}}})
+      expect_as_text(value);
+  }
+  EXPECT_EQ(reading_back, 4U);
 }
 
 }  // namespace
