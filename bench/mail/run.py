@@ -7,7 +7,8 @@ Every client does the whole job (rows from SQLite, fifteen tokens in a subject, 
 4 KB HTML template, one message at a time) except two, which send one ready message of the same
 length over and over: smtp-source, and a client that does only what pipelining leaves to be done, as a
 bound for all others. Client and sink are pinned, to one core together and to two cores apart; the rounds are
-interleaved, so that a disturbance of the machine meets every client, and the medians are printed.
+interleaved and begin with another client each, so that a disturbance of the machine, or what one client leaves
+behind, meets every client, and the medians are printed.
 Peers that are not installed are left out, which is said.
 """
 
@@ -235,13 +236,15 @@ def compare(bench, rounds):
         if len(cores) < 2:
             print("There is no second core")
             return
-        results = {name: [] for name in bench.clients()}
-        for _ in range(rounds):
-            for name, make_command in bench.clients().items():
+        clients = list(bench.clients().items())
+        results = {name: [] for name, _ in clients}
+        for number in range(rounds):
+            first = number % len(clients)
+            for name, make_command in clients[first:] + clients[:first]:
                 results[name].append(bench.run(name, make_command, *cores))
         medians = {name: [statistics.median(column) for column in zip(*values)]
                    for name, values in results.items()}
-        for name, make_command in bench.clients().items():
+        for name, make_command in clients:
             medians[name] += bench.run(name, make_command, *cores, measure_peak)
         base = bench.rows / medians["smtp-source"][0]
         print(f"\n{placement}, {bench.rows} messages, medians of {rounds}")

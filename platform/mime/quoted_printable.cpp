@@ -200,7 +200,7 @@ class QuotedPrintable::Encoder {
 
 void QuotedPrintable::Append(const TextPieces& text, ByteBuffer& out) {
   Encoder encoder(out);
-  std::size_t prepared = 0;
+  std::size_t constants = 0;
   for (const TextPiece& piece : text) {
     if (piece.text.empty()) {
       continue;
@@ -209,7 +209,13 @@ void QuotedPrintable::Append(const TextPieces& text, ByteBuffer& out) {
       encoder.Encode(piece.text);
       continue;
     }
-    const Prepared& constant = Prepare(prepared++, piece.text);
+    if (constants == prepared_.size()) {
+      prepared_.emplace_back();
+    }
+    Prepared& constant = prepared_[constants++];
+    if (constant.piece.data() != piece.text.data() || constant.piece.size() != piece.text.size()) {
+      constant = Prepare(piece.text);
+    }
     if (constant.line.empty() && constant.rest.View().empty()) {
       encoder.Encode(piece.text);
     } else {
@@ -219,23 +225,15 @@ void QuotedPrintable::Append(const TextPieces& text, ByteBuffer& out) {
   encoder.End();
 }
 
-const QuotedPrintable::Prepared& QuotedPrintable::Prepare(std::size_t index,
-                                                          std::wstring_view piece) {
-  if (index == prepared_.size()) {
-    prepared_.emplace_back();
-  }
-  Prepared& prepared = prepared_[index];
-  if (prepared.piece.data() == piece.data() && prepared.piece.size() == piece.size()) {
-    return prepared;
-  }
-  prepared = {};  // until all of the new one is there, should memory run out
+QuotedPrintable::Prepared QuotedPrintable::Prepare(std::wstring_view piece) {
+  Prepared prepared;
+  prepared.piece = piece;
   const std::size_t line_end = std::min(piece.find_first_of(L"\r\n"), piece.size());
   const std::wstring_view line = piece.substr(0, line_end);
   const bool is_plain = std::all_of(line.begin(), line.end(), IsPlain);
   const bool ends_in_blank = line_end < piece.size() && line.ends_with(L' ');
   prepared.is_cut_off = !is_plain || ends_in_blank;
   if (prepared.is_cut_off && piece.size() < kWorthCuttingOff) {
-    prepared.piece = piece;
     return prepared;
   }
   Encoder encoder(prepared.rest);
@@ -244,7 +242,6 @@ const QuotedPrintable::Prepared& QuotedPrintable::Prepare(std::size_t index,
   if (!prepared.is_cut_off) {
     prepared.line.assign(line.begin(), line.end());
   }
-  prepared.piece = piece;
   return prepared;
 }
 

@@ -34,7 +34,7 @@ class QuotedPrintable {
     std::size_t column = 0;  // where the rest ends
   };
 
-  const Prepared& Prepare(std::size_t index, std::wstring_view piece);
+  static Prepared Prepare(std::wstring_view piece);
 
   std::vector<Prepared> prepared_;  // in the order of the last text
 };
