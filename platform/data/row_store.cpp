@@ -153,7 +153,11 @@ void RowStore::AppendDateTime(const DateTime& value) {
 }
 
 void RowStore::AppendText(std::string_view utf8) {
-  AppendTextHeader(utf8.size(), row_.size());
+  if (utf8.size() <= kLongestShortText) {
+    row_ += static_cast<char>(kShortText + utf8.size());
+  } else {
+    AppendTextHeader(utf8.size(), row_.size());
+  }
   row_ += utf8;
 }
 

@@ -1,9 +1,12 @@
 #include "platform/mime/address.h"
 
 #include <algorithm>
+#include <string>
+#include <utility>
 
 #include "platform/code_page.h"
 #include "platform/mime/ascii_domain.h"
+#include "platform/text.h"
 
 namespace pxscheduler {
 
@@ -45,12 +48,13 @@ bool IsQuotedString(std::wstring_view text) {
   return true;
 }
 
-std::optional<std::wstring> CanonicalLocalPart(std::wstring_view text) {
+// In UTF-8, quoted where it has to be; nothing for what cannot be one.
+std::optional<std::string> LocalPart(std::wstring_view text) {
   if (text.empty() || text.size() > kLongestLocalPart) {
     return std::nullopt;
   }
   if (IsQuotedString(text)) {
-    return std::wstring(text);
+    return ToUtf8(text);
   }
   const auto belongs = [](wchar_t unit) { return unit == L'.' || IsAtomCharacter(unit); };
   if (!std::all_of(text.begin(), text.end(), belongs)) {
@@ -58,7 +62,7 @@ std::optional<std::wstring> CanonicalLocalPart(std::wstring_view text) {
   }
   const bool dots_misplaced =
       text.front() == L'.' || text.back() == L'.' || text.find(L"..") != std::wstring_view::npos;
-  return dots_misplaced ? L'"' + std::wstring(text) + L'"' : std::wstring(text);
+  return dots_misplaced ? '"' + ToUtf8(text) + '"' : ToUtf8(text);
 }
 
 // "[192.0.2.1]" or "[IPv6:2001:db8::1]"; whether the numbers fit is for the server to say.
@@ -75,28 +79,23 @@ bool IsAddressLiteral(std::wstring_view domain) {
 }  // namespace
 
 std::optional<Address> ParseAddress(std::wstring_view text) {
-  const std::size_t first = text.find_first_not_of(L' ');
-  if (first == std::wstring_view::npos) {
-    return std::nullopt;
-  }
-  text = text.substr(first, text.find_last_not_of(L' ') - first + 1);
-
+  text = TrimBlanks(text);
   const std::size_t at = text.rfind(L'@');
   if (at == std::wstring_view::npos) {
     return std::nullopt;
   }
-  const std::optional<std::wstring> local_part = CanonicalLocalPart(text.substr(0, at));
+  std::optional<std::string> local_part = LocalPart(text.substr(0, at));
   const std::wstring_view domain = text.substr(at + 1);
-  const std::optional<std::string> ascii_domain =
+  std::optional<std::string> ascii_domain =
       IsAddressLiteral(domain) ? std::string(domain.begin(), domain.end()) : AsciiDomain(domain);
   if (!local_part || !ascii_domain) {
     return std::nullopt;
   }
   Address address;
-  address.text = ToUtf8(*local_part) + '@' + *ascii_domain;
-  address.domain = *ascii_domain;
   address.is_ascii = std::all_of(local_part->begin(), local_part->end(),
-                                 [](wchar_t unit) { return static_cast<char32_t>(unit) < 0x80; });
+                                 [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
+  address.text = *std::move(local_part) + '@' + *ascii_domain;
+  address.domain = *std::move(ascii_domain);
   return address;
 }
 

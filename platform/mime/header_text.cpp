@@ -5,6 +5,7 @@
 
 #include "platform/base64.h"
 #include "platform/hexadecimal.h"
+#include "platform/text.h"
 #include "platform/utf8_code_points.h"
 
 namespace pxscheduler {
@@ -29,16 +30,15 @@ bool IsAlphanumeric(char byte) {
          (byte >= 'a' && byte <= 'z');
 }
 
-std::wstring Clean(std::wstring_view text) {
-  std::wstring clean(text);
-  std::replace_if(clean.begin(), clean.end(), IsControl, L' ');
-  const std::size_t first = clean.find_first_not_of(L' ');
-  if (first == std::wstring::npos) {
-    return {};
+// The text with blanks for control characters and none at its ends. `changed` holds it where it had
+// to be changed.
+std::wstring_view Clean(std::wstring_view text, std::wstring& changed) {
+  if (std::any_of(text.begin(), text.end(), IsControl)) {
+    changed = text;
+    std::replace_if(changed.begin(), changed.end(), IsControl, L' ');
+    text = changed;
   }
-  clean.erase(clean.find_last_not_of(L' ') + 1);
-  clean.erase(0, first);
-  return clean;
+  return TrimBlanks(text);
 }
 
 bool NeedsEncoding(std::wstring_view text) {
@@ -185,7 +185,8 @@ std::wstring Quoted(std::wstring_view text) {
 }  // namespace
 
 void AppendUnstructured(std::wstring_view text, std::size_t column, ByteBuffer& out) {
-  const std::wstring clean = Clean(text);
+  std::wstring changed;
+  const std::wstring_view clean = Clean(text, changed);
   if (NeedsEncoding(clean) || HasLongWord(clean)) {
     AppendEncodedWords(clean, column, out);
   } else {
@@ -195,13 +196,18 @@ void AppendUnstructured(std::wstring_view text, std::size_t column, ByteBuffer& 
 
 void AppendMailbox(std::wstring_view name, std::string_view address, std::size_t column,
                    ByteBuffer& out) {
-  const std::wstring clean = Clean(name);
+  std::wstring changed;
+  const std::wstring_view clean = Clean(name, changed);
   if (clean.empty()) {
     out.Append(address);
     return;
   }
-  const std::wstring phrase =
-      IsAtoms(clean) && clean.find(L"  ") == std::wstring::npos ? clean : Quoted(clean);
+  std::wstring quoted;
+  std::wstring_view phrase = clean;
+  if (!IsAtoms(clean) || clean.find(L"  ") != std::wstring_view::npos) {
+    quoted = Quoted(clean);
+    phrase = quoted;
+  }
   if (NeedsEncoding(clean) || column + phrase.size() > kLineLength) {
     column = AppendEncodedWords(clean, column, out);
   } else {
