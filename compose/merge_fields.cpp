@@ -89,23 +89,20 @@ MergeValues ReadMergeValues(const Regional& regional, const Recordset& result_se
 
 const std::wstring& FullNameOf(const MergeValues& values) { return values[kFullName]; }
 
-MergeValues InCodePage(const CodePage& ansi, MergeValues values) {
-  for (std::wstring& value : values) value = ansi.RoundTrip(std::move(value));
-  return values;
+ValuesInCodePage InCodePage(const CodePage& ansi, MergeValues values) {
+  ValuesInCodePage result{std::move(values), false};
+  for (std::wstring& text : result.texts) {
+    text = ansi.RoundTrip(std::move(text));
+    result.may_hold_tokens |= text.find(L'[') != std::wstring::npos;
+  }
+  return result;
 }
 
-bool MayHoldTokens(const MergeValues& values) {
-  return std::any_of(values.begin(), values.end(), [](const std::wstring& value) {
-    return value.find(L'[') != std::wstring::npos;
-  });
-}
-
-MergedText Merge(const MergeTemplate& merge_template, const MergeValues& values,
-                 bool values_may_hold_tokens) {
-  if (!merge_template.values_may_complete_a_token && !values_may_hold_tokens)
-    return {MergeInOnePass(merge_template, values), nullptr};
+MergedText Merge(const MergeTemplate& merge_template, const ValuesInCodePage& values) {
+  if (!merge_template.values_may_complete_a_token && !values.may_hold_tokens)
+    return {MergeInOnePass(merge_template, values.texts), nullptr};
   auto rewritten =
-      std::make_unique<const std::wstring>(MergeInSequence(merge_template.text, values));
+      std::make_unique<const std::wstring>(MergeInSequence(merge_template.text, values.texts));
   return {{{.text = *rewritten}}, std::move(rewritten)};
 }
 

@@ -49,7 +49,11 @@ MergeValues ReadMergeValues(const Regional& regional, const Recordset& result_se
 const std::wstring& FullNameOf(const MergeValues& values);
 
 // The values as they come out of the helper library, which every replacement passes.
-MergeValues InCodePage(const CodePage& ansi, MergeValues values);
+struct ValuesInCodePage {
+  MergeValues texts;
+  bool may_hold_tokens = true;  // one of them holds an opening bracket
+};
+ValuesInCodePage InCodePage(const CodePage& ansi, MergeValues values);
 
 // A text with its tokens filled in. The pieces are parts of the template, constant, and values, or
 // else `rewritten` as a whole.
@@ -58,14 +62,9 @@ struct MergedText {
   std::unique_ptr<const std::wstring> rewritten;
 };
 
-// Whether a value can hold a token or the beginning of one.
-bool MayHoldTokens(const MergeValues& values);
-
 // Fills the tokens in as if they were replaced one after another over the whole text: a value that
-// holds a later token is replaced again. `values` come from InCodePage, `values_may_hold_tokens`
-// from MayHoldTokens, asked once for all texts. Values and template must outlive the result.
-MergedText Merge(const MergeTemplate& merge_template, const MergeValues& values,
-                 bool values_may_hold_tokens);
+// holds a later token is replaced again. The values and the template must outlive the result.
+MergedText Merge(const MergeTemplate& merge_template, const ValuesInCodePage& values);
 
 // That sequence itself. Merge() takes it where a value may bring a token into being.
 std::wstring MergeInSequence(std::wstring text, const MergeValues& values);

@@ -25,11 +25,10 @@ std::optional<std::wstring> ComposeRow(const Regional& regional, const CodePage&
 
   MergeValues values = ReadMergeValues(regional, result_set, address);
   const std::wstring full_name = FullNameOf(values);
-  const MergeValues merged_values = InCodePage(ansi, std::move(values));
-  const bool may_hold_tokens = MayHoldTokens(merged_values);
-  const MergedText subject = Merge(templates.subject, merged_values, may_hold_tokens);
-  MergedText body = Merge(templates.body, merged_values, may_hold_tokens);
-  MergedText alternative_body = Merge(templates.alternative_body, merged_values, may_hold_tokens);
+  const ValuesInCodePage merged_values = InCodePage(ansi, std::move(values));
+  const MergedText subject = Merge(templates.subject, merged_values);
+  MergedText body = Merge(templates.body, merged_values);
+  MergedText alternative_body = Merge(templates.alternative_body, merged_values);
   mail.SetSubject(Joined(subject.pieces));
   mail.SetBodyText(std::move(body.pieces));
   mail.SetAlternativeBodyText(std::move(alternative_body.pieces));

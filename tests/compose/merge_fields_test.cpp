@@ -15,8 +15,8 @@ class MergeFields : public testing::Test {
   std::wstring Merged(const std::wstring& text) const {
     const MergeValues values = ReadMergeValues(EnglishRegional(), rows_, L"");
     const MergeTemplate prepared = PrepareMergeTemplate(ansi_, text);
-    const MergeValues merged_values = InCodePage(ansi_, values);
-    return Joined(Merge(prepared, merged_values, MayHoldTokens(merged_values)).pieces);
+    const ValuesInCodePage merged_values = InCodePage(ansi_, values);
+    return Joined(Merge(prepared, merged_values).pieces);
   }
 
   Latin1CodePage ansi_;
@@ -66,8 +66,8 @@ TEST(Merge, GivesWhatReplacingOneAfterAnotherGives) {
     }
     const std::wstring text = text_of(8);
     const MergeTemplate prepared = PrepareMergeTemplate(ansi, text);
-    ASSERT_EQ(Joined(Merge(prepared, values, MayHoldTokens(values)).pieces),
-              MergeInSequence(text, values));
+    const ValuesInCodePage merged_values = InCodePage(ansi, values);
+    ASSERT_EQ(Joined(Merge(prepared, merged_values).pieces), MergeInSequence(text, values));
   }
 }
 
