@@ -34,6 +34,9 @@ class ByteBuffer {
 
   // No more than there are.
   void DropFront(std::size_t size) {
+    if (size == 0) {
+      return;
+    }
     std::copy(bytes_.get() + size, bytes_.get() + size_, bytes_.get());
     size_ -= size;
   }

@@ -60,12 +60,12 @@ class QuotedPrintable::Encoder {
     const std::string_view rest =
         prepared.rest.View().substr(TakesUpReturn(prepared.piece) ? kLineBreak : 0);
     cursor_ = out_.Room(2 * prepared.line.size() + kStepRoom + rest.size());
-    PutPlain(prepared.line);
+    PutPlainLines(prepared.line);
     if (!rest.empty()) {
-      if (prepared.is_cut_off) {
-        SoftBreakUnlessAtStart();
-      } else if (prepared.line.empty()) {
+      if (!prepared.is_cut_off) {
         ProtectTrailingBlank();
+      } else if (column_ > 0) {
+        SoftBreak();
       }
       cursor_ = std::copy(rest.begin(), rest.end(), cursor_);
       column_ = prepared.column;
@@ -119,7 +119,7 @@ class QuotedPrintable::Encoder {
   }
 
   // Copies plain characters, over as many lines as they need.
-  void PutPlain(std::string_view characters) {
+  void PutPlainLines(std::string_view characters) {
     while (!characters.empty()) {
       if (column_ == kLongestContent) {
         SoftBreak();
@@ -160,12 +160,6 @@ class QuotedPrintable::Encoder {
   void SoftBreak() {
     *cursor_++ = '=';
     EndLine();
-  }
-
-  void SoftBreakUnlessAtStart() {
-    if (column_ > 0) {
-      SoftBreak();
-    }
   }
 
   void HardBreak() {
@@ -230,9 +224,7 @@ QuotedPrintable::Prepared QuotedPrintable::Prepare(std::wstring_view piece) {
   prepared.piece = piece;
   const std::size_t line_end = std::min(piece.find_first_of(L"\r\n"), piece.size());
   const std::wstring_view line = piece.substr(0, line_end);
-  const bool is_plain = std::all_of(line.begin(), line.end(), IsPlain);
-  const bool ends_in_blank = line_end < piece.size() && line.ends_with(L' ');
-  prepared.is_cut_off = !is_plain || ends_in_blank;
+  prepared.is_cut_off = !std::all_of(line.begin(), line.end(), IsPlain);
   if (prepared.is_cut_off && piece.size() < kWorthCuttingOff) {
     return prepared;
   }

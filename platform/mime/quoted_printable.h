@@ -14,9 +14,9 @@ namespace pxscheduler {
 // SMTP: no line over 76 characters, and a line that begins with a full stop has it doubled (RFC
 // 5321 section 4.5.2). CR LF, LF and a lone CR are line breaks.
 //
-// Constant pieces are encoded once, but for the line that they begin on, which goes on with what
-// stands before them. A long one that does not begin with plain characters stands behind a soft
-// line break instead.
+// Constant pieces are encoded once, but for their first line, which goes on with what stands before
+// it. Where that line is not all plain characters, a long piece stands behind a soft line break
+// instead, and a short one is encoded where it stands.
 class QuotedPrintable {
  public:
   // Appends one text. The output must be at the start of a line; it ends where the text ends,
@@ -25,7 +25,7 @@ class QuotedPrintable {
 
  private:
   class Encoder;
-  // A constant piece. One that is better encoded where it stands has neither a line nor a rest.
+  // A constant piece. One that is encoded where it stands has neither a line nor a rest.
   struct Prepared {
     std::wstring_view piece;
     std::string line;  // the plain characters before its first line break

@@ -138,11 +138,14 @@ TEST(QuotedPrintableTest, WhereConstantPiecesBegin) {
       {L"Ann\r", L"\n" + line, "Ann\r\n" + encoded_line},
       {L"Ann\r", L"\n", "Ann\r\n"},
       {L"Ann\r", L"\r\n" + line, "Ann\r\n\r\n" + encoded_line},
+      {L"Ann", std::wstring(160, L'.') + L" \n",
+       "Ann" + std::string(72, '.') + "=\r\n." + std::string(75, '.') + "=\r\n." +
+           std::string(13, '.') + "=20\r\n"},
       // What is not plain is cut off where it is long.
       {L"Ann", L"=\n", "Ann=3D\r\n"},
-      {L"Ann", L" \n", "Ann=20\r\n"},
       {L"Ann", line + L"=", "Ann=\r\n" + encoded_line + "=3D"},
-      {L"Ann ", line + L" \n", "Ann =\r\n" + encoded_line + "=20\r\n"},
+      {L"Ann ", line + L"=", "Ann =\r\n" + encoded_line + "=3D"},
+      {L"", line + L"=", encoded_line + "=3D"},
   };
   for (const Case& test : cases) {
     QuotedPrintable encoder;
