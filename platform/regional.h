@@ -29,7 +29,7 @@ class Regional {
   virtual std::optional<DateTime> ReadDate(std::wstring_view text) const = 0;
 
   // Whether ReadDate reads every date that ShortDate writes, of the years 100 to 9999, as that
-  // date.
+  // date. False where that is not certain.
   virtual bool ReadsBackShortDates() const = 0;
 };
 

@@ -15,8 +15,8 @@ std::wstring_view TrimBlanks(std::wstring_view text);
 std::wstring ReplaceAll(std::wstring_view text, std::wstring_view find,
                         std::wstring_view replacement);
 
-// Appends the number in decimal digits, with zeros in front up to `least_digits` of them, at
-// most 19.
+// Appends the number in decimal digits, with zeros in front where it has fewer than `least_digits`
+// (1 to 19).
 void AppendWholeNumber(std::int64_t number, std::wstring& text, std::size_t least_digits = 1);
 
 // Whether the text holds both tags of an HTML document, "<html>" and "</html>", in any case.

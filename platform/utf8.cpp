@@ -50,8 +50,12 @@ Sequence ReadSequence(std::string_view bytes) {
 void AppendUtf8(std::wstring_view text, std::string& out) {
   const auto is_ascii = [](wchar_t unit) { return static_cast<char32_t>(unit) < 0x80; };
   const auto* const beyond = std::find_if_not(text.begin(), text.end(), is_ascii);
-  out.append(text.begin(), beyond);
-  for (auto position = static_cast<std::size_t>(beyond - text.begin()); position < text.size();) {
+  auto position = static_cast<std::size_t>(beyond - text.begin());
+  const std::size_t size = out.size();
+  out.resize(size + position);
+  std::transform(text.begin(), beyond, out.data() + size,
+                 [](wchar_t unit) { return static_cast<char>(unit); });
+  while (position < text.size()) {
     const Utf8Bytes encoded = EncodeUtf8(NextCodePoint(text, position));
     out.append(reinterpret_cast<const char*>(encoded.bytes), encoded.size);
   }

@@ -99,7 +99,7 @@ int PlaceOf(const std::vector<PictureItem>& picture, wchar_t letter) {
 }
 
 // A separator, or a number with all its digits.
-bool ReadsBack(const PictureItem& item) {
+bool IsUnmistakable(const PictureItem& item) {
   if (item.letter == 0) return item.text.size() == 1 && IsDateSeparator(item.text[0]);
   return item.letter == L'y' ? item.text.size() > 2 : item.text.size() <= 2;
 }
@@ -119,13 +119,12 @@ bool ReadsBack(const std::vector<PictureItem>& short_date) {
   if (short_date.size() != 5) return false;
   for (std::size_t i = 0; i < short_date.size(); ++i) {
     const bool is_number = short_date[i].letter != 0;
-    if (is_number != (i % 2 == 0) || !ReadsBack(short_date[i])) return false;
+    if (is_number != (i % 2 == 0) || !IsUnmistakable(short_date[i])) return false;
   }
-  const DateOrder order = OrderOf(short_date);
-  const bool holds_all = PlaceOf(short_date, L'y') == order.year &&
-                         PlaceOf(short_date, L'M') == order.month &&
-                         PlaceOf(short_date, L'd') == order.day;
-  return holds_all && (order.year != 0 || order.month == 1);
+  const int year = PlaceOf(short_date, L'y');
+  const int month = PlaceOf(short_date, L'M');
+  const int day = PlaceOf(short_date, L'd');
+  return std::min({year, month, day}) == 0 && (year != 0 || month == 1);
 }
 
 std::optional<sys_days> ResolveDate(const DateParts& parts, const DateOrder& order,

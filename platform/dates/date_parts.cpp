@@ -1,7 +1,6 @@
 #include "platform/dates/date_parts.h"
 
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "platform/letter_case.h"

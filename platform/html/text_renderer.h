@@ -25,7 +25,7 @@ class TextRenderer : public HtmlHandler {
 
  private:
   // Customary in plain mail: it leaves room for the marks of a quotation, and a line of
-  // quoted-printable holds it whole.
+  // quoted-printable holds it whole where it is plain.
   static constexpr std::size_t kWidth = 72;
 
   // The content of the document, of a table cell or of a caption while it is read.

@@ -35,7 +35,8 @@ struct SetCloser {
 using CharacterSet = std::unique_ptr<USet, SetCloser>;
 
 // The first position from `begin` on where a character is not below the limit, up to fifteen places
-// early. The first inner loop is one that compilers turn into vector instructions.
+// early; the size where there is none. The inner loop is one that compilers turn into vector
+// instructions.
 std::size_t SkipBelow(std::wstring_view text, std::size_t begin, std::uint32_t limit_power_of_two) {
   const std::uint32_t high_bits = ~(limit_power_of_two - 1);
   std::uint32_t joined = 0;

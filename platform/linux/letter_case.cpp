@@ -19,6 +19,7 @@ wchar_t LowerLetter(wchar_t letter) {
   return static_cast<wchar_t>(u_tolower(static_cast<UChar32>(letter)));
 }
 
+// `map` is an argument of the template so that it is compiled into the loop.
 template <wchar_t (*map)(wchar_t)>
 std::wstring Mapped(std::wstring_view text) {
   std::wstring mapped(text.size(), L'\0');
