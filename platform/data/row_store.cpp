@@ -153,11 +153,7 @@ void RowStore::AppendDateTime(const DateTime& value) {
 }
 
 void RowStore::AppendText(std::string_view utf8) {
-  if (utf8.size() <= kLongestShortText) {
-    row_ += static_cast<char>(kShortText + utf8.size());
-  } else {
-    AppendTextHeader(utf8.size(), row_.size());
-  }
+  AppendTextHeader(utf8.size(), row_.size());
   row_ += utf8;
 }
 
