@@ -43,7 +43,8 @@ class MailComponent {
   // As they were loaded.
   virtual const std::wstring& BodyText() const = 0;
   virtual const std::wstring& AlternativeBodyText() const = 0;
-  // What is composed instead. The pieces must stay until the last message with them is composed.
+  // What is composed instead. The pieces must stay until the last message with them is composed,
+  // and constant ones as long as the component: it knows them by their place.
   virtual void SetBodyText(TextPieces text) = 0;
   virtual void SetAlternativeBodyText(TextPieces text) = 0;
   // 1: the body is an HTML document and goes out beside its alternative. 0, the default: the body

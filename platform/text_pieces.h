@@ -15,7 +15,8 @@ struct TextPiece {
 };
 
 // The parts of one text, in their order, none of which ends inside a character. They are borrowed,
-// and constant ones stay where and as they are for as long as messages are made of them.
+// and constant ones stay where and as they are: no other text may ever take their place while what
+// was made of them is kept.
 using TextPieces = std::vector<TextPiece>;
 
 // The text itself.

@@ -32,6 +32,14 @@ class ByteBuffer {
   }
   void SetEnd(const char* end) { size_ = static_cast<std::size_t>(end - bytes_.get()); }
 
+  // Replaces bytes from `position`, 0-based, on; as many must be there.
+  void Overwrite(std::size_t position, std::string_view bytes) {
+    std::copy(bytes.begin(), bytes.end(), bytes_.get() + position);
+  }
+
+  // No more than there are.
+  void Truncate(std::size_t size) { size_ = size; }
+
   // No more than there are.
   void DropFront(std::size_t size) {
     if (size == 0) {

@@ -17,12 +17,7 @@ namespace {
 constexpr std::size_t kBase64Line = 76;
 constexpr std::size_t kLongestUnsubscribe = 900;
 
-constexpr std::string_view kPlainPart =
-    "Content-Type: text/plain; charset=utf-8\r\n"
-    "Content-Transfer-Encoding: quoted-printable\r\n\r\n";
-constexpr std::string_view kHtmlPart =
-    "Content-Type: text/html; charset=utf-8\r\n"
-    "Content-Transfer-Encoding: quoted-printable\r\n\r\n";
+constexpr std::string_view kEncodingField = "Content-Transfer-Encoding: ";
 
 constexpr std::array<std::string_view, 7> kDayNames = {"Sun", "Mon", "Tue", "Wed",
                                                        "Thu", "Fri", "Sat"};
@@ -72,6 +67,18 @@ void AppendRecipients(const std::vector<Recipient>& recipients, ByteBuffer& out)
   out.Append("\r\n");
 }
 
+// Up to the name of its encoding.
+std::string MultipartStart(const std::string& subtype, const std::string& boundary) {
+  return "Content-Type: multipart/" + subtype + ";\r\n boundary=\"" + boundary + "\"\r\n" +
+         std::string(kEncodingField);
+}
+
+void AppendMultipartStart(const std::string& start, WireMessage& message) {
+  message.bytes.Append(start);
+  message.multiparts.push_back(message.bytes.View().size());
+  message.bytes.Append("7bit\r\n\r\n");
+}
+
 std::string Base64Lines(std::string_view bytes) {
   const std::string text = EncodeBase64(bytes);
   std::string lines;
@@ -104,6 +111,11 @@ void MessageComposer::SetHtml(bool is_html) {
   PrepareParts();
 }
 
+void MessageComposer::SetEightBit(bool is_allowed) {
+  body_.SetEightBit(is_allowed);
+  alternative_.SetEightBit(is_allowed);
+}
+
 void MessageComposer::SetInlineParts(const std::vector<InlinePart>& parts) {
   inline_parts_.clear();
   for (const InlinePart& part : parts) {
@@ -128,29 +140,36 @@ void MessageComposer::PrepareFixedFields() {
   }
 }
 
-// No line of a part can be a boundary: encoded text never holds "=_".
+// Boundaries begin with "=_", so that no line of a part can be one: a text that goes out as it is
+// has no line that begins like them, and encoded text never holds "=_".
 void MessageComposer::PrepareParts() {
-  if (!is_html_) {
-    plain_start_ = kPlainPart;
-    return;
-  }
   const std::string alternative = "=_alt_" + boundary_token_;
   const std::string related = "=_rel_" + boundary_token_;
-  plain_start_ = "Content-Type: multipart/alternative;\r\n boundary=\"" + alternative +
-                 "\"\r\n\r\n--" + alternative + "\r\n";
-  plain_start_ += kPlainPart;
-  html_start_ = "\r\n--" + alternative + "\r\n";
-  if (!inline_parts_.empty()) {
-    html_start_ += "Content-Type: multipart/related; type=\"text/html\";\r\n boundary=\"" +
-                   related + "\"\r\n\r\n--" + related + "\r\n";
-  }
-  html_start_ += kHtmlPart;
+  plain_start_ = is_html_ ? "--" + alternative + "\r\n" : "";
+  plain_start_ += "Content-Type: text/plain; charset=utf-8\r\n";
+  plain_start_ += kEncodingField;
+  alternative_start_ = MultipartStart("alternative", alternative);
+  related_start_ =
+      "\r\n--" + alternative + "\r\n" + MultipartStart("related; type=\"text/html\"", related);
+  html_start_ = inline_parts_.empty() ? "\r\n--" + alternative : "--" + related;
+  html_start_ += "\r\nContent-Type: text/html; charset=utf-8\r\n";
+  html_start_ += kEncodingField;
   end_ = inline_parts_.empty() ? "" : inline_parts_ + "\r\n--" + related + "--\r\n";
   end_ += "\r\n--" + alternative + "--\r\n";
 }
 
-void MessageComposer::Compose(const MessageContent& content, ByteBuffer& wire) {
-  wire.Clear();
+void MessageComposer::Compose(const MessageContent& content, WireMessage& message) {
+  message.Clear();
+  AppendFields(content, message.bytes);
+  if (is_html_) {
+    AppendAlternatives(content, message);
+  } else {
+    AppendPlainText(content, message);
+  }
+  message.bytes.Append(".\r\n");
+}
+
+void MessageComposer::AppendFields(const MessageContent& content, ByteBuffer& wire) const {
   wire.Append(first_fields_);
   AppendRecipients(content.recipients, wire);
   wire.Append("Subject: ");
@@ -163,22 +182,30 @@ void MessageComposer::Compose(const MessageContent& content, ByteBuffer& wire) {
   wire.Append(sender_.domain);
   wire.Append(">\r\n");
   wire.Append(middle_fields_);
-  AppendBody(content, wire);
-  wire.Append(".\r\n");
 }
 
-void MessageComposer::AppendBody(const MessageContent& content, ByteBuffer& wire) {
-  wire.Append(plain_start_);
-  if (is_html_) {
-    alternative_.Append(content.alternative, wire);
-    wire.Append(html_start_);
-    body_.Append(content.body, wire);
-    wire.Append(end_);
-    return;
+void MessageComposer::AppendPlainText(const MessageContent& content, WireMessage& message) {
+  message.bytes.Append(plain_start_);
+  body_.Append(content.body, message);
+  if (!message.bytes.View().ends_with("\r\n")) {
+    message.bytes.Append("\r\n");
   }
-  body_.Append(content.body, wire);
-  if (!wire.View().ends_with("\r\n")) {
-    wire.Append("\r\n");
+}
+
+void MessageComposer::AppendAlternatives(const MessageContent& content, WireMessage& message) {
+  AppendMultipartStart(alternative_start_, message);
+  message.bytes.Append(plain_start_);
+  alternative_.Append(content.alternative, message);
+  if (!inline_parts_.empty()) {
+    AppendMultipartStart(related_start_, message);
+  }
+  message.bytes.Append(html_start_);
+  body_.Append(content.body, message);
+  message.bytes.Append(end_);
+  if (!message.eight_bit_parts.empty()) {
+    for (const std::size_t encoding : message.multiparts) {
+      message.bytes.Overwrite(encoding, "8bit");
+    }
   }
 }
 

@@ -7,7 +7,8 @@
 #include "platform/mime/address.h"
 #include "platform/mime/byte_buffer.h"
 #include "platform/mime/inline_part.h"
-#include "platform/mime/quoted_printable.h"
+#include "platform/mime/text_part.h"
+#include "platform/mime/wire_message.h"
 #include "platform/system.h"
 #include "platform/text_pieces.h"
 
@@ -28,8 +29,7 @@ struct MessageContent {
   const TextPieces& alternative;  // sent before the body when that is HTML
 };
 
-// Writes whole messages (RFC 5322, RFC 2045) into a buffer, ready for the DATA phase of SMTP: full
-// stops doubled, the final full stop included. What every message of a run has in common is written
+// Writes whole messages (RFC 5322, RFC 2045). What every message of a run has in common is written
 // once, when it is set.
 class MessageComposer {
  public:
@@ -40,14 +40,18 @@ class MessageComposer {
   // "" or what UnsubscribeAddress returned.
   void SetUnsubscribe(const std::string& address);
   void SetHtml(bool is_html);
+  // Whether parts that are not all ASCII may go out as they are, which is so from the start.
+  void SetEightBit(bool is_allowed);
   // The pictures that an HTML body shows.
   void SetInlineParts(const std::vector<InlinePart>& parts);
 
-  // `wire` is cleared first.
-  void Compose(const MessageContent& content, ByteBuffer& wire);
+  // `message` is cleared first.
+  void Compose(const MessageContent& content, WireMessage& message);
 
  private:
-  void AppendBody(const MessageContent& content, ByteBuffer& wire);
+  void AppendFields(const MessageContent& content, ByteBuffer& wire) const;
+  void AppendPlainText(const MessageContent& content, WireMessage& message);
+  void AppendAlternatives(const MessageContent& content, WireMessage& message);
   void PrepareFixedFields();
   void PrepareParts();
 
@@ -57,14 +61,16 @@ class MessageComposer {
   bool is_html_ = false;
   std::string inline_parts_;  // encoded, with their boundaries; "" for none
 
-  std::string first_fields_;   // From
-  std::string middle_fields_;  // after the message's own identifier: what never changes
-  std::string plain_start_;    // from the content type of the message to the body's first line
-  std::string html_start_;     // between the plain rendering and the HTML document
-  std::string end_;            // after the HTML document
+  std::string first_fields_;       // From
+  std::string middle_fields_;      // after the message's own identifier: what never changes
+  std::string alternative_start_;  // the rest of the fields, up to the name of the encoding
+  std::string plain_start_;        // the head of the plain text, up to the name of its encoding
+  std::string related_start_;      // from behind the plain text; only with pictures
+  std::string html_start_;         // from there to the name of the encoding of the HTML document
+  std::string end_;                // after the HTML document
 
-  QuotedPrintable body_;
-  QuotedPrintable alternative_;
+  TextPart body_;
+  TextPart alternative_;
 };
 
 // The address in the form that a List-Unsubscribe field takes (RFC 2369), "" unless it is a mailto:

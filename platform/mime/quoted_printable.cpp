@@ -4,6 +4,7 @@
 #include <cstddef>
 
 #include "platform/hexadecimal.h"
+#include "platform/mime/line_breaks.h"
 #include "platform/utf8_code_points.h"
 
 namespace pxscheduler {
@@ -14,7 +15,6 @@ constexpr std::size_t kLongestContent = 75;  // 76 less the "=" of a soft line b
 // More than what one step of the encoder can write: a line of plain characters, or four bytes, each
 // as "=XX", with a soft line break and a doubled full stop.
 constexpr std::size_t kStepRoom = 128;
-constexpr std::size_t kLineBreak = 2;  // CR LF
 // A shorter constant piece is encoded where it stands, rather than cut off by a soft line break.
 constexpr std::size_t kWorthCuttingOff = 100;
 
@@ -58,7 +58,7 @@ class QuotedPrintable::Encoder {
 
   void Put(const Prepared& prepared) {
     const std::string_view rest =
-        prepared.rest.View().substr(TakesUpReturn(prepared.piece) ? kLineBreak : 0);
+        prepared.rest.View().substr(TakesUpReturn(prepared.piece) ? kLineBreak.size() : 0);
     cursor_ = out_.Room(2 * prepared.line.size() + kStepRoom + rest.size());
     PutPlainLines(prepared.line);
     if (!rest.empty()) {
@@ -97,10 +97,9 @@ class QuotedPrintable::Encoder {
       }
       return position + (unit == L'\t' ? PutTab() : PutPlain(text.substr(position)));
     }
-    if (unit == L'\n' || unit == L'\r') {
+    if (IsLineBreak(unit)) {
       HardBreak();
-      const bool pair = unit == L'\r' && position + 1 < text.size() && text[position + 1] == L'\n';
-      return position + (pair ? 2 : 1);
+      return AfterLineBreak(text, position);
     }
     PutEncoded(EncodeUtf8(NextCodePoint(text, position)));
     return position;
@@ -168,8 +167,7 @@ class QuotedPrintable::Encoder {
   }
 
   void EndLine() {
-    *cursor_++ = '\r';
-    *cursor_++ = '\n';
+    cursor_ = std::copy(kLineBreak.begin(), kLineBreak.end(), cursor_);
     column_ = 0;
   }
 
@@ -203,13 +201,7 @@ void QuotedPrintable::Append(const TextPieces& text, ByteBuffer& out) {
       encoder.Encode(piece.text);
       continue;
     }
-    if (constants == prepared_.size()) {
-      prepared_.emplace_back();
-    }
-    Prepared& constant = prepared_[constants++];
-    if (constant.piece.data() != piece.text.data() || constant.piece.size() != piece.text.size()) {
-      constant = Prepare(piece.text);
-    }
+    const Prepared& constant = prepared_.At(constants++, piece.text, Prepare);
     if (constant.line.empty() && constant.rest.View().empty()) {
       encoder.Encode(piece.text);
     } else {

@@ -3,9 +3,9 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "platform/mime/byte_buffer.h"
+#include "platform/mime/prepared_pieces.h"
 #include "platform/text_pieces.h"
 
 namespace pxscheduler {
@@ -36,7 +36,7 @@ class QuotedPrintable {
 
   static Prepared Prepare(std::wstring_view piece);
 
-  std::vector<Prepared> prepared_;  // in the order of the last text
+  PreparedPieces<Prepared> prepared_;
 };
 
 }  // namespace pxscheduler

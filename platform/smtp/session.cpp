@@ -257,8 +257,12 @@ void SmtpSession::WriteCommands(const Envelope& envelope, std::size_t message_si
   if (extensions_.size) {
     commands_.append(" SIZE=").append(std::to_string(message_size));
   }
-  if (!envelope.sender_is_ascii || !envelope.recipients_are_ascii) {
-    commands_ += " BODY=8BITMIME SMTPUTF8";
+  const bool is_international = !envelope.sender_is_ascii || !envelope.recipients_are_ascii;
+  if (is_international || envelope.has_eight_bit_parts) {
+    commands_ += " BODY=8BITMIME";
+  }
+  if (is_international) {
+    commands_ += " SMTPUTF8";
   }
   end_step(StepKind::kSender);
   for (const std::string_view recipient : envelope.recipients) {

@@ -36,6 +36,7 @@ struct Envelope {
   std::vector<std::string_view> recipients;
   bool sender_is_ascii = true;
   bool recipients_are_ascii = true;
+  bool has_eight_bit_parts = false;  // which need a session that TakesEightBit
 };
 
 struct Submission {
@@ -70,6 +71,7 @@ class SmtpSession {
   SendOutcome AwaitAcceptance();
 
   State CurrentState() const { return state_; }
+  bool TakesEightBit() const { return extensions_.eight_bit; }
 
  private:
   enum class StepKind { kReset, kSender, kRecipient, kData };

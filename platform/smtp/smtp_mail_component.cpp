@@ -170,13 +170,13 @@ bool SmtpMailComponent::CanComposeMore() const {
 
 void SmtpMailComponent::Compose() {
   ComposedMessage& message = composed_[(first_waiting_ + waiting_) % composed_.size()];
-  message.wire.Clear();
   message.outcome = *OutcomeOf([&] { return WriteMessage(message); });
   ++waiting_;
-  waiting_bytes_ += message.wire.View().size();
+  waiting_bytes_ += message.wire.bytes.View().size();
 }
 
 SendOutcome SmtpMailComponent::WriteMessage(ComposedMessage& message) {
+  message.wire.Clear();
   message.recipients.clear();
   for (const Recipient& recipient : recipients_) {
     message.recipients.push_back(recipient.address);
@@ -199,10 +199,10 @@ void SmtpMailComponent::Send() {
     send_outcome_ = SendOutcome::kOtherError;  // no message is handed over twice
     return;
   }
-  const ComposedMessage& message = composed_[first_waiting_];
-  send_outcome_ = OutcomeOf([&] { return HandOver(message); });
+  ComposedMessage& message = composed_[first_waiting_];
   --waiting_;
-  waiting_bytes_ -= message.wire.View().size();
+  waiting_bytes_ -= message.wire.bytes.View().size();
+  send_outcome_ = OutcomeOf([&] { return HandOver(message); });
   // Where messages are too large to wait for one another, the same memory serves them all.
   first_waiting_ = waiting_ == 0 ? 0 : (first_waiting_ + 1) % composed_.size();
   DropClosedSession();
@@ -217,7 +217,7 @@ std::int32_t SmtpMailComponent::AwaitResult() {
 }
 
 // Nothing where the server has the whole message and considers it.
-std::optional<SendOutcome> SmtpMailComponent::HandOver(const ComposedMessage& message) {
+std::optional<SendOutcome> SmtpMailComponent::HandOver(ComposedMessage& message) {
   if (host_.empty()) {
     return SendOutcome::kNoServer;
   }
@@ -234,16 +234,23 @@ std::optional<SendOutcome> SmtpMailComponent::HandOver(const ComposedMessage& me
       return opened;
     }
   }
-  const Envelope envelope = MakeEnvelope(message);
-  Submission submission = session_->Submit(envelope, message.wire.View());
+  Submission submission = Submit(message);
   if (submission.may_try_again && is_kept) {
     const SendOutcome opened = OpenSession();
     if (opened != SendOutcome::kDelivered) {
       return opened;
     }
-    submission = session_->Submit(envelope, message.wire.View());
+    submission = Submit(message);
   }
   return submission.failure;
+}
+
+// The message may have been composed before it was known what the server offers.
+Submission SmtpMailComponent::Submit(ComposedMessage& message) {
+  if (!session_->TakesEightBit()) {
+    MakeSevenBit(message.wire);
+  }
+  return session_->Submit(MakeEnvelope(message), message.wire.bytes.View());
 }
 
 // A session is of no more use once it is closed, or where what was thrown left it in mid-dialogue.
@@ -268,13 +275,18 @@ SendOutcome SmtpMailComponent::OpenSession() {
     }
     server_.credentials = {ToUtf8(user_name_), ToUtf8(password_)};
   }
-  return SmtpSession::Open(*network_, server_, session_);
+  const SendOutcome opened = SmtpSession::Open(*network_, server_, session_);
+  if (session_) {
+    composer_.SetEightBit(session_->TakesEightBit());
+  }
+  return opened;
 }
 
 Envelope SmtpMailComponent::MakeEnvelope(const ComposedMessage& message) const {
   Envelope envelope;
   envelope.sender = sender_->text;
   envelope.sender_is_ascii = sender_->is_ascii;
+  envelope.has_eight_bit_parts = !message.wire.eight_bit_parts.empty();
   for (const Address& recipient : message.recipients) {
     envelope.recipients.emplace_back(recipient.text);
     envelope.recipients_are_ascii = envelope.recipients_are_ascii && recipient.is_ascii;

@@ -12,6 +12,7 @@
 #include "platform/mail_component.h"
 #include "platform/mime/inline_part.h"
 #include "platform/mime/message_composer.h"
+#include "platform/mime/wire_message.h"
 #include "platform/smtp/message_identifiers.h"
 #include "platform/smtp/session.h"
 #include "platform/system.h"
@@ -67,12 +68,13 @@ class SmtpMailComponent : public MailComponent {
   // A message that waits to be sent, or room for one.
   struct ComposedMessage {
     std::vector<Address> recipients;
-    ByteBuffer wire;
+    WireMessage wire;
     SendOutcome outcome = SendOutcome::kOtherError;  // kDelivered: it can be sent
   };
 
   SendOutcome WriteMessage(ComposedMessage& message);
-  std::optional<SendOutcome> HandOver(const ComposedMessage& message);
+  std::optional<SendOutcome> HandOver(ComposedMessage& message);
+  Submission Submit(ComposedMessage& message);
   SendOutcome OpenSession();
   Envelope MakeEnvelope(const ComposedMessage& message) const;
   void DropClosedSession();

@@ -7,8 +7,11 @@ from machine import MAIL, SchedulerTest
 from real_mail_servers import CAN_RUN_POSTFIX, USER, Aiosmtpd, Postfix, make_certificate
 
 PASSWORD = "S3cret ü;pass"
-CLIENTS = {"ann@example.com": "Ann", "bob@example.com": "Bob", "zoe@example.com": "Zoë"}
-LETTER = ".\n..[First Name]\nRCPT TO:<eve@example.com>\n" + "é" * 3000 + "\n.\nend\n"
+CLIENTS = {"ann@example.com": "Ann", "bob@example.com": "Bob",
+           "zoe@example.com": "Zoë Wilhelmine Friederike Leonhardt-Weiß"}
+# The last client's name makes a line of more than the 900 bytes that travel as they are.
+LETTER = ".\n..\nRCPT TO:<eve@example.com>\n[First Name]" + "é" * 440 + "\n.\nend\n"
+ENCODINGS = ["8bit", "8bit", "quoted-printable"]
 
 REFUSED = "ESMTP Authentication failed."
 BROKEN = "There was a problem with the connection;and a socket error occurred."
@@ -50,6 +53,8 @@ class MailServerTest(SchedulerTest):
             [message.envelope for message in messages],
             [{"from": "office@sunset.example", "to": [email], "tls": True, "mechanism": mechanism,
               "user": USER} for email in CLIENTS])
+        self.assertEqual(
+            [message.parsed["Content-Transfer-Encoding"] for message in messages], ENCODINGS)
         for message, first_name in zip(messages, CLIENTS.values()):
             self.assertEqual(message.parsed["Subject"], "Hello " + first_name)
             self.assertEqual(message.text, LETTER.replace("[First Name]", first_name))

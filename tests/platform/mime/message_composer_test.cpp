@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -71,13 +72,13 @@ TextPieces InPieces(std::wstring_view text) {
       {text.substr(0, third), true}, {text.substr(third, third)}, {text.substr(2 * third), true}};
 }
 
-std::string Composed(const Kind& kind) {
+void Compose(const Kind& kind, bool is_eight_bit_allowed, WireMessage& message) {
   MessageComposer composer("0123456789abcdef0123456789abcdef");
   composer.SetSender(*ParseAddress(L"news@agency.example"));
   composer.SetUnsubscribe(UnsubscribeAddress(kind.unsubscribe));
   composer.SetHtml(!kind.html.empty());
   composer.SetInlineParts(kind.pictures);
-  ByteBuffer wire;
+  composer.SetEightBit(is_eight_bit_allowed);
   composer.Compose({.recipients = {{kind.name, *ParseAddress(kind.address)}},
                     .subject = kind.subject,
                     .date = {.local = {.date = std::chrono::sys_days(2026y / 11 / 16),
@@ -86,8 +87,13 @@ std::string Composed(const Kind& kind) {
                     .message_id = "00112233445566778899aabbccddeeff",
                     .body = InPieces(kind.html.empty() ? kind.body : kind.html),
                     .alternative = InPieces(kind.body)},
-                   wire);
-  return Unstuffed(wire.View());
+                   message);
+}
+
+WireMessage Composed(const Kind& kind) {
+  WireMessage message;
+  Compose(kind, true, message);
+  return message;
 }
 
 std::string Expectation(const Kind& kind) {
@@ -139,6 +145,8 @@ std::vector<Kind> Kinds() {
        .unsubscribe = L"https://agency.example/unsubscribe?list=1",
        .pictures = {{"a1@agency.example", "image/png", std::string("\0\r\n.\r\n\xFF", 7)},
                     {"a2@agency.example", "image/gif", std::string(500, 'g')}}});
+  kinds.push_back({.subject = L"News", .name = L"Ann", .body = L"caf\u00e9"});
+  kinds.push_back({.subject = L"News", .name = L"Ann", .body = L"\u20ac", .html = L"<p>\u00fc"});
   kinds.push_back({.subject = L"News",
                    .name = std::wstring(70, L'n'),
                    .body = L"Hello",
@@ -147,13 +155,27 @@ std::vector<Kind> Kinds() {
   return kinds;
 }
 
+bool IsAscii(std::string_view bytes) {
+  return std::all_of(bytes.begin(), bytes.end(), [](char byte) { return byte >= 0; });
+}
+
+// As it is composed, and for a server without 8BITMIME.
 TEST(MessageComposerTest, StrictParsersFindWhatWasGiven) {
   const ScratchFolder folder;
   int number = 100;
   for (const Kind& kind : Kinds()) {
     const std::string name = folder.Path(std::to_string(number++));
-    std::ofstream(name + ".eml", std::ios::binary) << Composed(kind);
-    std::ofstream(name + ".json", std::ios::binary) << Expectation(kind);
+    const auto write = [&](const std::string& form, const WireMessage& message) {
+      const std::string file = name + form;
+      std::ofstream(file + ".eml", std::ios::binary) << Unstuffed(message.bytes.View());
+      std::ofstream(file + ".json", std::ios::binary) << Expectation(kind);
+      EXPECT_EQ(message.eight_bit_parts.empty(), IsAscii(message.bytes.View())) << file;
+    };
+    WireMessage message = Composed(kind);
+    write("composed", message);
+    MakeSevenBit(message);
+    EXPECT_TRUE(IsAscii(message.bytes.View()));
+    write("seven_bit", message);
   }
   const std::string scripts =
       HostPath(std::filesystem::path(TEST_DATA_FOLDER).parent_path() / "platform/mime");
@@ -165,9 +187,83 @@ TEST(MessageComposerTest, StrictParsersFindWhatWasGiven) {
   }
 }
 
+// What goes out in each part's form.
+TEST(MessageComposerTest, EncodingsOfTheParts) {
+  const std::wstring long_line(999, L'x');
+  struct Case {
+    std::wstring plain;
+    std::wstring html;
+    std::vector<std::string> composed;
+    std::vector<std::string> seven_bit;
+    std::vector<InlinePart> pictures{};
+  };
+  const std::string quoted = "quoted-printable";
+  const Case cases[] = {
+      {L"Hello", L"", {"7bit"}, {"7bit"}},
+      {L"Gr\u00fc\u00dfe", L"", {"8bit"}, {quoted}},
+      {long_line, L"", {quoted}, {quoted}},
+      {L"Hello", L"<p>Hello", {"7bit", "7bit", "7bit"}, {"7bit", "7bit", "7bit"}},
+      {L"Hello", L"<p>\u00fc", {"8bit", "7bit", "8bit"}, {"7bit", "7bit", quoted}},
+      {L"\u00fc", L"<p>\u00fc", {"8bit", "8bit", "8bit"}, {"7bit", quoted, quoted}},
+      {L"\u00fc", long_line, {"8bit", "8bit", quoted}, {"7bit", quoted, quoted}},
+      {L"Hello",
+       L"<p>\u00fc",
+       {"8bit", "7bit", "8bit", "8bit", "base64"},
+       {"7bit", "7bit", "7bit", quoted, "base64"},
+       {{"a1@agency.example", "image/png", "picture"}}},
+  };
+  const auto encodings = [](const WireMessage& message) {
+    constexpr std::string_view kField = "Content-Transfer-Encoding: ";
+    const std::string_view wire = message.bytes.View();
+    std::vector<std::string> names;
+    for (std::size_t at = 0; (at = wire.find(kField, at)) != std::string_view::npos;) {
+      at += kField.size();
+      names.emplace_back(wire.substr(at, wire.find('\r', at) - at));
+    }
+    return names;
+  };
+  for (const Case& test : cases) {
+    WireMessage message = Composed({.subject = L"",
+                                    .name = L"",
+                                    .body = test.plain,
+                                    .html = test.html,
+                                    .pictures = test.pictures});
+    EXPECT_EQ(encodings(message), test.composed) << ToUtf8(test.plain + test.html);
+    MakeSevenBit(message);
+    EXPECT_EQ(encodings(message), test.seven_bit) << ToUtf8(test.plain + test.html);
+    EXPECT_TRUE(IsAscii(message.bytes.View()));
+  }
+}
+
+// Each message is as if it were the first, whatever stood in its place, and whether or not it is
+// known from the start that eight-bit parts cannot go out.
+TEST(MessageComposerTest, NothingOfAnEarlierMessageStays) {
+  const Kind plain = {.subject = L"News", .name = L"", .body = L"Hello"};
+  const Kind eight_bit = {.subject = L"News", .name = L"", .body = L"Gr\u00fc\u00dfe"};
+  const Kind html = {.subject = L"News",
+                     .name = L"",
+                     .body = L"caf\u00e9",
+                     .html = L"<p>\u20ac",
+                     .pictures = {{"a1@agency.example", "image/png", "picture"}}};
+  WireMessage message;
+  for (const auto& [is_allowed, is_rewritten] :
+       {std::pair(true, false), {true, true}, {false, false}, {true, false}}) {
+    for (const Kind& kind : {html, plain, eight_bit, html, eight_bit}) {
+      WireMessage expected = Composed(kind);
+      if (!is_allowed || is_rewritten) MakeSevenBit(expected);
+      Compose(kind, is_allowed, message);
+      if (is_rewritten) MakeSevenBit(message);
+      EXPECT_EQ(Unstuffed(message.bytes.View()), Unstuffed(expected.bytes.View()));
+      EXPECT_EQ(message.eight_bit_parts.size(), expected.eight_bit_parts.size());
+    }
+  }
+}
+
 TEST(MessageComposerTest, UnsubscribeFields) {
   const auto composed = [](const wchar_t* unsubscribe) {
-    return Composed({.subject = L"News", .name = L"", .body = L"x", .unsubscribe = unsubscribe});
+    const WireMessage message =
+        Composed({.subject = L"News", .name = L"", .body = L"x", .unsubscribe = unsubscribe});
+    return std::string(message.bytes.View());
   };
   EXPECT_THAT(composed(L" HTTPS://agency.example/x "),
               testing::HasSubstr("List-Unsubscribe:\r\n <https://agency.example/x>\r\n"

@@ -2,13 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <random>
 #include <sstream>
 #include <string>
-#include <vector>
 
-#include "platform/code_page.h"
+#include "tests/platform/mime/any_text.h"
 
 namespace pxscheduler {
 namespace {
@@ -73,25 +71,6 @@ std::string Decoded(const std::string& wire) {
   return text;
 }
 
-std::wstring AnyText(std::size_t most, std::mt19937& random) {
-  const std::wstring alphabet = L"abcdefghijklmnopqrstuvwxyz....==   \t\n\n\r<>&\u00e9\u20ac";
-  std::wstring text;
-  for (std::size_t i = random() % most; i > 0; --i) {
-    const std::size_t letter = random() % (alphabet.size() + 1);
-    // Two units on some machines, which no piece splits.
-    text += letter < alphabet.size() ? std::wstring(1, alphabet[letter]) : L"\U0001F600";
-  }
-  return text;
-}
-
-// The text with each of its line breaks as LF.
-std::string Lines(const std::wstring& text) {
-  std::string lines = ToUtf8(text);
-  for (std::size_t at = 0; (at = lines.find("\r\n", at)) != std::string::npos;) lines.erase(at, 1);
-  std::replace(lines.begin(), lines.end(), '\r', '\n');
-  return lines;
-}
-
 TEST(QuotedPrintableTest, AnyTextComesBack) {
   std::mt19937 random(20261116);
   for (int round = 0; round < 2000; ++round) {
@@ -100,21 +79,13 @@ TEST(QuotedPrintableTest, AnyTextComesBack) {
   }
 }
 
-// As a run sends them: constant texts, short and long, with a value behind each.
 TEST(QuotedPrintableTest, PiecesComeBackFromEachMessage) {
   std::mt19937 random(20261116);
-  for (int run = 0; run < 300; ++run) {
+  for (int round = 0; round < 300; ++round) {
     QuotedPrintable encoder;
-    std::vector<std::wstring> constants(random() % 5);
-    for (std::wstring& constant : constants) constant = AnyText(300, random);
+    AnyRun run(random);
     for (int message = 0; message < 5; ++message) {
-      std::vector<std::wstring> values(constants.size());
-      TextPieces pieces;
-      for (std::size_t i = 0; i < constants.size(); ++i) {
-        values[i] = AnyText(20, random);
-        pieces.push_back({constants[i], true});
-        pieces.push_back({values[i], false});
-      }
+      const TextPieces pieces = run.NextMessage();
       ASSERT_EQ(Decoded(Encoded(pieces, encoder)), Lines(Joined(pieces)));
     }
   }

@@ -13,8 +13,10 @@ namespace {
 using ::testing::AllOf;
 using ::testing::Contains;
 using ::testing::ElementsAre;
+using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::Not;
 using ::testing::SizeIs;
 using ::testing::StartsWith;
 
@@ -51,13 +53,14 @@ TEST(DeliveryTest, ComposedMessagesWaitTheirTurn) {
   const ScriptedSmtpServer server("{}");
   TestMail mail(server.Port());
   SmtpMailComponent& component = mail.Component();
+  const std::wstring more = L"\n" + std::wstring(12000, L'x');
   std::vector<std::string> expected;
   for (const wchar_t* const letter : {L"once", L"again"}) {
     std::size_t composed = 0;
     for (; component.CanComposeMore(); ++composed) {
       ASSERT_LT(composed, 100U);
       const std::wstring name = letter + std::to_wstring(composed);
-      component.SetBodyText({{.text = name}});
+      component.SetBodyText({{.text = name}, {.text = more}});
       component.ResetRecipients(MailComponent::kAllRecipients);
       component.AddRecipient(L"", composed == 2 ? L"nobody" : name + L"@example.com",
                              MailComponent::kRecipientTo);
@@ -179,6 +182,46 @@ TEST(DeliveryTest, Extensions) {
       EXPECT_THAT(server.Envelope(0), HasSubstr(test.envelope));
     else
       EXPECT_THAT(server.Messages(), IsEmpty());
+  }
+}
+
+// Whatever the server was like when the message was composed.
+TEST(DeliveryTest, EightBitOnlyWhereTheServerTakesIt) {
+  const std::string eight_bit = R"({"extensions": ["PIPELINING", "8BITMIME", "SIZE"], )";
+  const std::string seven_bit = R"({"extensions": ["PIPELINING", "SIZE"]})";
+  ScriptedSmtpServer server(eight_bit + R"("faults": [{"at": "MAIL", "do": "close", "nth": 2}]})");
+  TestMail mail(server.Port());
+  SmtpMailComponent& component = mail.Component();
+  const std::wstring text = L".Gr\u00fc\u00dfe\n.\n";
+  component.SetBodyText({{.text = text}});
+  for (const wchar_t* address : {L"a@example.com", L"b@example.com", L"c@example.com"}) {
+    component.ResetRecipients(MailComponent::kAllRecipients);
+    component.AddRecipient(L"", address, MailComponent::kRecipientTo);
+    component.Compose();
+  }
+  const auto send = [&] {
+    component.Send();
+    EXPECT_EQ(component.AwaitResult(), 0);
+  };
+  send();
+  server.SetScript(seven_bit);
+  send();
+  component.Compose();
+  EXPECT_TRUE(component.CanComposeMore());
+  send();
+  send();
+  const std::vector<std::string> messages = server.Messages();
+  ASSERT_THAT(messages, SizeIs(4));
+  EXPECT_THAT(messages[0], AllOf(HasSubstr("\r\nContent-Transfer-Encoding: 8bit\r\n"),
+                                 EndsWith("\r\n\r\n.Gr\xC3\xBC\xC3\x9F"
+                                          "e\r\n.\r\n")));
+  EXPECT_THAT(server.Envelope(0), HasSubstr("BODY=8BITMIME\""));
+  for (std::size_t later = 1; later < 4; ++later) {
+    EXPECT_THAT(messages[later],
+                AllOf(HasSubstr("\r\nContent-Transfer-Encoding: quoted-printable\r\n"),
+                      EndsWith("\r\n\r\n.Gr=C3=BC=C3=9Fe\r\n.\r\n")));
+    EXPECT_THAT(server.Envelope(later),
+                AllOf(HasSubstr("\"connection\": 2"), Not(HasSubstr("BODY="))));
   }
 }
 
