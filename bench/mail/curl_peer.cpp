@@ -2,6 +2,7 @@
 // handed to one handle. Usage: curl_peer DATABASE TEMPLATE.HTM TEMPLATE.TXT PORT
 
 #include <curl/curl.h>
+#include <malloc.h>
 #include <sqlite3.h>
 
 #include <cstdio>
@@ -40,33 +41,13 @@ std::string Merged(std::string text, const std::vector<std::string>& values) {
   return text;
 }
 
-std::string QuotedPrintable(std::string_view text) {
-  constexpr char kDigits[] = "0123456789ABCDEF";
-  std::string encoded;
-  encoded.reserve(text.size() * 5 / 4);
-  std::size_t column = 0;
+void AppendLines(std::string_view text, std::string& message) {
   for (const char character : text) {
-    const auto byte = static_cast<unsigned char>(character);
     if (character == '\n') {
-      encoded += "\r\n";
-      column = 0;
-      continue;
+      message += '\r';
     }
-    if (column >= 73) {
-      encoded += "=\r\n";
-      column = 0;
-    }
-    if (byte < ' ' || byte > '~' || byte == '=') {
-      encoded += '=';
-      encoded += kDigits[byte >> 4];
-      encoded += kDigits[byte & 15];
-      column += 3;
-    } else {
-      encoded += character;
-      ++column;
-    }
+    message += character;
   }
-  return encoded;
 }
 
 struct Upload {
@@ -98,6 +79,10 @@ int main(int argument_count, char** arguments) {
                          -1, &rows, nullptr) != SQLITE_OK) {
     return 2;
   }
+  // Else it depends on the chance order of what is allocated whether the memory that libcurl takes
+  // for each message goes back to the system and comes again, which costs it a quarter of its
+  // speed.
+  mallopt(M_TRIM_THRESHOLD, 1 << 24);
   CURL* const curl = curl_easy_init();
   const std::string url = std::string("smtp://127.0.0.1:") + arguments[4];
   curl_easy_setopt(curl, CURLOPT_URL, url.c_str());
@@ -105,24 +90,27 @@ int main(int argument_count, char** arguments) {
   curl_easy_setopt(curl, CURLOPT_UPLOAD, 1L);
   curl_easy_setopt(curl, CURLOPT_READFUNCTION, Read);
   long sent = 0;
+  std::string message;
   while (sqlite3_step(rows) == SQLITE_ROW) {
     std::vector<std::string> values;
     for (int i = 0; i < kColumns; ++i) {
       const auto* const text = reinterpret_cast<const char*>(sqlite3_column_text(rows, i));
       values.emplace_back(text == nullptr ? "" : text);
     }
-    std::string message =
-        "From: marketing@agency.example\r\nTo: \"" + values[kFullNameColumn] + "\" <" +
-        values[kEmailColumn] + ">\r\nSubject: " + Merged("Happy birthday, [First Name]!", values) +
-        "\r\nDate: Mon, 16 Nov 2026 15:07:41 +0100\r\nMessage-ID: <" + std::to_string(sent) +
-        "@agency.example>\r\nMIME-Version: 1.0\r\nContent-Type: "
-        "multipart/alternative; boundary=\"=_b\"\r\n\r\n--=_b\r\nContent-Type: "
-        "text/plain; charset=utf-8\r\nContent-Transfer-Encoding: "
-        "quoted-printable\r\n\r\n" +
-        QuotedPrintable(Merged(plain, values)) +
-        "\r\n--=_b\r\nContent-Type: text/html; "
-        "charset=utf-8\r\nContent-Transfer-Encoding: quoted-printable\r\n\r\n" +
-        QuotedPrintable(Merged(html, values)) + "\r\n--=_b--\r\n";
+    message = "From: marketing@agency.example\r\nTo: \"" + values[kFullNameColumn] + "\" <" +
+              values[kEmailColumn] +
+              ">\r\nSubject: " + Merged("Happy birthday, [First Name]!", values) +
+              "\r\nDate: Mon, 16 Nov 2026 15:07:41 +0100\r\nMessage-ID: <" + std::to_string(sent) +
+              "@agency.example>\r\nMIME-Version: 1.0\r\nAuto-Submitted: auto-generated\r\n"
+              "Precedence: bulk\r\nContent-Type: multipart/alternative; boundary=\"=_b\"\r\n"
+              "Content-Transfer-Encoding: 8bit\r\n\r\n--=_b\r\nContent-Type: text/plain; "
+              "charset=utf-8\r\nContent-Transfer-Encoding: 8bit\r\n\r\n";
+    AppendLines(Merged(plain, values), message);
+    message +=
+        "\r\n--=_b\r\nContent-Type: text/html; charset=utf-8\r\nContent-Transfer-Encoding: "
+        "8bit\r\n\r\n";
+    AppendLines(Merged(html, values), message);
+    message += "\r\n--=_b--\r\n";
     Upload upload{message};
     curl_slist* const recipients =
         curl_slist_append(nullptr, ("<" + values[kEmailColumn] + ">").c_str());

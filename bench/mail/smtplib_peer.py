@@ -4,7 +4,6 @@
 Usage: smtplib_peer.py handmade|email DATABASE TEMPLATE.HTM TEMPLATE.TXT PORT
 """
 
-import binascii
 import email.message
 import email.utils
 import smtplib
@@ -25,8 +24,8 @@ def merged(text, values):
     return text
 
 
-def quoted(text):
-    return binascii.b2a_qp(text.encode()).replace(b"\n", b"\r\n")
+def lines(text):
+    return text.encode().replace(b"\n", b"\r\n")
 
 
 def handmade(subject, name, address, plain, html):
@@ -34,11 +33,13 @@ def handmade(subject, name, address, plain, html):
         b"From: ", SENDER.encode(), b'\r\nTo: "', name.encode(), b'" <', address.encode(),
         b">\r\nSubject: ", subject.encode(), b"\r\nDate: ", email.utils.formatdate().encode(),
         b"\r\nMessage-ID: ", email.utils.make_msgid(domain="agency.example").encode(),
-        b'\r\nMIME-Version: 1.0\r\nContent-Type: multipart/alternative; boundary="=_b"\r\n\r\n'
+        b"\r\nMIME-Version: 1.0\r\nAuto-Submitted: auto-generated\r\nPrecedence: bulk\r\n"
+        b'Content-Type: multipart/alternative; boundary="=_b"\r\n'
+        b"Content-Transfer-Encoding: 8bit\r\n\r\n"
         b"--=_b\r\nContent-Type: text/plain; charset=utf-8\r\n"
-        b"Content-Transfer-Encoding: quoted-printable\r\n\r\n", quoted(plain),
+        b"Content-Transfer-Encoding: 8bit\r\n\r\n", lines(plain),
         b"\r\n--=_b\r\nContent-Type: text/html; charset=utf-8\r\n"
-        b"Content-Transfer-Encoding: quoted-printable\r\n\r\n", quoted(html), b"\r\n--=_b--\r\n"])
+        b"Content-Transfer-Encoding: 8bit\r\n\r\n", lines(html), b"\r\n--=_b--\r\n"])
 
 
 def by_email_package(subject, name, address, plain, html):
@@ -48,8 +49,10 @@ def by_email_package(subject, name, address, plain, html):
     message["Subject"] = subject
     message["Date"] = email.utils.formatdate()
     message["Message-ID"] = email.utils.make_msgid(domain="agency.example")
-    message.set_content(plain, cte="quoted-printable")
-    message.add_alternative(html, subtype="html", cte="quoted-printable")
+    message["Auto-Submitted"] = "auto-generated"
+    message["Precedence"] = "bulk"
+    message.set_content(plain, cte="8bit")
+    message.add_alternative(html, subtype="html", cte="8bit")
     return message.as_bytes()
 
 
