@@ -30,19 +30,19 @@ class IdentityEncoding::Encoder {
   explicit Encoder(ByteBuffer& out) : out_(out) {}
 
   void Encode(std::wstring_view piece) {
-    std::size_t position = TakesUpReturn(piece) ? 1 : 0;
     GoOnWithLine(piece);
-    while (position < piece.size()) {
+    for (std::size_t position = 0; fits_ && position < piece.size();) {
       cursor_ = out_.Room(kRunRoom);
       position = Step(piece, position);
       out_.SetEnd(cursor_);
     }
-    is_after_return_ = piece.ends_with(L'\r');
   }
 
-  void Put(const Prepared& prepared) {
-    const std::string_view rest =
-        prepared.rest.View().substr(TakesUpReturn(prepared.piece) ? kLineBreak.size() : 0);
+  void Put(const Prepared& prepared, std::string_view rest) {
+    fits_ = fits_ && prepared.fits;
+    if (!fits_) {
+      return;
+    }
     cursor_ = out_.Room(prepared.line.size() + rest.size() + 1);
     if (!prepared.line.empty()) {
       if (line_size_ == 0) {
@@ -57,27 +57,20 @@ class IdentityEncoding::Encoder {
       MeasureLine();
       cursor_ = std::copy(rest.begin(), rest.end(), cursor_);
       line_size_ = prepared.line_size;
-      boundary_size_ = prepared.boundary_size;
+      boundary_match_ = prepared.boundary_match;
     }
     out_.SetEnd(cursor_);
     is_eight_bit_ = is_eight_bit_ || prepared.is_eight_bit;
-    fits_ = fits_ && prepared.fits;
-    is_after_return_ = prepared.piece.ends_with(L'\r');
   }
 
   void End() { MeasureLine(); }
 
   std::size_t LineSize() const { return line_size_; }
-  std::size_t BoundarySize() const { return boundary_size_; }
+  std::size_t BoundaryMatch() const { return boundary_match_; }
   bool IsEightBit() const { return is_eight_bit_; }
   bool Fits() const { return fits_; }
 
  private:
-  // Whether the piece goes on with the second half of a line break that the one before began.
-  bool TakesUpReturn(std::wstring_view piece) const {
-    return is_after_return_ && piece.starts_with(L'\n');
-  }
-
   // Encodes what begins at `position` and returns where the next step begins.
   std::size_t Step(std::wstring_view text, std::size_t position) {
     const wchar_t unit = text[position];
@@ -119,22 +112,22 @@ class IdentityEncoding::Encoder {
     if (text.front() == L'.') {
       *cursor_++ = '.';
     }
-    boundary_size_ = 0;
+    boundary_match_ = 0;
     CompareWithBoundary(text);
   }
 
   // `text` is what stands next on the line.
   void GoOnWithLine(std::wstring_view text) {
-    if (line_size_ > 0 && line_size_ == boundary_size_) {
+    if (line_size_ > 0 && line_size_ == boundary_match_) {
       CompareWithBoundary(text);
     }
   }
 
   void CompareWithBoundary(std::wstring_view text) {
-    while (!text.empty() && fits_ && text.front() == kBoundaryLine[boundary_size_]) {
-      ++boundary_size_;
+    while (!text.empty() && fits_ && text.front() == kBoundaryLine[boundary_match_]) {
+      ++boundary_match_;
       text.remove_prefix(1);
-      fits_ = boundary_size_ < kBoundaryLine.size();
+      fits_ = boundary_match_ < kBoundaryLine.size();
     }
   }
 
@@ -148,29 +141,15 @@ class IdentityEncoding::Encoder {
 
   ByteBuffer& out_;
   char* cursor_ = nullptr;
-  std::size_t line_size_ = 0;      // bytes, without a doubled full stop
-  std::size_t boundary_size_ = 0;  // how far the line begins like a boundary
-  bool is_after_return_ = false;
+  std::size_t line_size_ = 0;       // bytes, without a doubled full stop
+  std::size_t boundary_match_ = 0;  // how many characters it begins with as a boundary does
   bool is_eight_bit_ = false;
   bool fits_ = true;
 };
 
 TransferEncoding IdentityEncoding::Append(const TextPieces& text, ByteBuffer& out) {
   Encoder encoder(out);
-  std::size_t constants = 0;
-  for (const TextPiece& piece : text) {
-    if (piece.text.empty()) {
-      continue;
-    }
-    if (piece.is_constant) {
-      encoder.Put(prepared_.At(constants++, piece.text, Prepare));
-    } else {
-      encoder.Encode(piece.text);
-    }
-    if (!encoder.Fits()) {
-      return TransferEncoding::kQuotedPrintable;
-    }
-  }
+  prepared_.EncodeEach(text, Prepare, encoder);
   encoder.End();
   if (!encoder.Fits()) {
     return TransferEncoding::kQuotedPrintable;
@@ -187,7 +166,7 @@ IdentityEncoding::Prepared IdentityEncoding::Prepare(std::wstring_view piece) {
   Encoder encoder(prepared.rest);
   encoder.Encode(piece.substr(line_end));
   prepared.line_size = encoder.LineSize();
-  prepared.boundary_size = encoder.BoundarySize();
+  prepared.boundary_match = encoder.BoundaryMatch();
   prepared.is_eight_bit = encoder.IsEightBit() || prepared.line.size() != line.size();
   prepared.fits = encoder.Fits() && std::none_of(line.begin(), line.end(), MustBeQuoted);
   return prepared;

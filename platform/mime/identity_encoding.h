@@ -30,10 +30,10 @@ class IdentityEncoding {
   class Encoder;
   struct Prepared {
     std::wstring_view piece;
-    std::string line;               // before its first line break
-    ByteBuffer rest;                // from the line break on
-    std::size_t line_size = 0;      // bytes of the line on which the rest ends
-    std::size_t boundary_size = 0;  // how far that line begins like a boundary
+    std::string line;                // before its first line break
+    ByteBuffer rest;                 // from the line break on
+    std::size_t line_size = 0;       // bytes of the line on which the rest ends
+    std::size_t boundary_match = 0;  // how many characters it begins with as a boundary does
     bool is_eight_bit = false;
     bool fits = true;  // whether it can travel as it is; its first line is judged where it stands
   };

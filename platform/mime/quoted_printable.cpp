@@ -39,9 +39,7 @@ class QuotedPrintable::Encoder {
 
   void Encode(std::wstring_view piece) {
     std::size_t position = 0;
-    if (TakesUpReturn(piece)) {
-      position = 1;
-    } else if (column_ > 0 && piece.size() <= kLongestContent - column_) {
+    if (column_ > 0 && piece.size() <= kLongestContent - column_) {
       // Most values are short and plain, and go on with the line.
       char* const end = out_.Room(kStepRoom);
       position = CopyPlain(piece, end);
@@ -53,12 +51,13 @@ class QuotedPrintable::Encoder {
       position = Step(piece, position);
       out_.SetEnd(cursor_);
     }
-    is_after_return_ = piece.ends_with(L'\r');
   }
 
-  void Put(const Prepared& prepared) {
-    const std::string_view rest =
-        prepared.rest.View().substr(TakesUpReturn(prepared.piece) ? kLineBreak.size() : 0);
+  void Put(const Prepared& prepared, std::string_view rest) {
+    if (prepared.line.empty() && prepared.rest.View().empty()) {
+      Encode(prepared.piece);
+      return;
+    }
     cursor_ = out_.Room(2 * prepared.line.size() + kStepRoom + rest.size());
     PutPlainLines(prepared.line);
     if (!rest.empty()) {
@@ -71,7 +70,6 @@ class QuotedPrintable::Encoder {
       column_ = prepared.column;
     }
     out_.SetEnd(cursor_);
-    is_after_return_ = prepared.piece.ends_with(L'\r');
   }
 
   void End() {
@@ -83,11 +81,6 @@ class QuotedPrintable::Encoder {
   std::size_t Column() const { return column_; }
 
  private:
-  // Whether the piece goes on with the second half of a line break that the one before began.
-  bool TakesUpReturn(std::wstring_view piece) const {
-    return is_after_return_ && piece.starts_with(L'\n');
-  }
-
   // Encodes what begins at `position` and returns where the next step begins.
   std::size_t Step(std::wstring_view text, std::size_t position) {
     const wchar_t unit = text[position];
@@ -187,27 +180,11 @@ class QuotedPrintable::Encoder {
   ByteBuffer& out_;
   char* cursor_ = nullptr;
   std::size_t column_ = 0;
-  bool is_after_return_ = false;
 };
 
 void QuotedPrintable::Append(const TextPieces& text, ByteBuffer& out) {
   Encoder encoder(out);
-  std::size_t constants = 0;
-  for (const TextPiece& piece : text) {
-    if (piece.text.empty()) {
-      continue;
-    }
-    if (!piece.is_constant) {
-      encoder.Encode(piece.text);
-      continue;
-    }
-    const Prepared& constant = prepared_.At(constants++, piece.text, Prepare);
-    if (constant.line.empty() && constant.rest.View().empty()) {
-      encoder.Encode(piece.text);
-    } else {
-      encoder.Put(constant);
-    }
-  }
+  prepared_.EncodeEach(text, Prepare, encoder);
   encoder.End();
 }
 
