@@ -3,11 +3,11 @@
 
 #include "app/run_driver.h"
 #ifdef _WIN32
-#include "platform/windows/components.h"
-#include "platform/windows/machine.h"
+#include "app/windows/components.h"
+#include "app/windows/machine.h"
 #else
-#include "platform/linux/components.h"
-#include "platform/linux/machine.h"
+#include "app/linux/components.h"
+#include "app/linux/machine.h"
 #endif
 #include "platform/runtime_error.h"
 

@@ -104,8 +104,9 @@ void SendMessages(const Platform& platform, const CommandLine& switches, const s
                   Connection& connection, Recordset& result_set, AppendFile* log) {
   const std::unique_ptr<MailComponent> mail = platform.components.NewMailComponent();
   ApplyMailSettings(platform.registry, platform.ansi, platform.passwords, connection, *mail);
-  const BodyTexts texts = PrepareMessageBody(platform.system, platform.ansi, platform.components,
-                                             *mail, switches.body_file);
+  const BodyTexts texts = PrepareMessageBody(
+      platform.system, platform.ansi, [&] { return platform.components.NewTextControl(); }, *mail,
+      switches.body_file);
   const MessageTemplates templates{PrepareMergeTemplate(platform.ansi, switches.subject),
                                    PrepareMergeTemplate(platform.ansi, texts.body),
                                    PrepareMergeTemplate(platform.ansi, texts.alternative)};

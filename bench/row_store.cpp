@@ -4,7 +4,7 @@
 //
 // Usage: bench_row_store [ROWS]
 
-#include "platform/data/row_store.h"
+#include "data/rows/row_store.h"
 
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -20,8 +20,8 @@
 #include <variant>
 #include <vector>
 
-#include "platform/code_page.h"
 #include "platform/letter_case.h"
+#include "text/utf8.h"
 
 namespace pxscheduler {
 namespace {

@@ -10,8 +10,8 @@
 #include <fstream>
 #include <string>
 
-#include "platform/code_page.h"
-#include "platform/odbc/sql_server_session.h"
+#include "data/odbc/sql_server_session.h"
+#include "text/utf8.h"
 
 namespace pxscheduler {
 namespace {

@@ -2,7 +2,7 @@
 
 #include "config/helper_library.h"
 #include "platform/letter_case.h"
-#include "platform/text.h"
+#include "text/text.h"
 
 namespace pxscheduler {
 namespace {
@@ -33,11 +33,12 @@ std::wstring ConvertToHtml(const System& system, const CodePage& ansi, TextContr
 
 }  // namespace
 
-BodyTexts PrepareMessageBody(const System& system, const CodePage& ansi, Components& components,
+BodyTexts PrepareMessageBody(const System& system, const CodePage& ansi,
+                             const std::function<std::unique_ptr<TextControl>()>& new_text_control,
                              MailComponent& mail, const std::wstring& body_file) {
   std::wstring path = body_file;
   if (IsTemplate(path)) {
-    path = ConvertToHtml(system, ansi, *components.NewTextControl(), path);
+    path = ConvertToHtml(system, ansi, *new_text_control(), path);
   }
   mail.LoadBodyFromFile(path, MailComponent::kBodyAndAlternative);
   BodyTexts texts{mail.BodyText(), mail.AlternativeBodyText()};

@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "config/helper_library.h"
-#include "platform/text.h"
-#include "platform/value.h"
+#include "data/value.h"
+#include "text/text.h"
 
 namespace pxscheduler {
 namespace {

@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
+#include "data/recordset.h"
 #include "platform/code_page.h"
-#include "platform/recordset.h"
 #include "platform/regional.h"
-#include "platform/text_pieces.h"
+#include "text/text_pieces.h"
 
 namespace pxscheduler {
 

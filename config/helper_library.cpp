@@ -1,6 +1,6 @@
 #include "config/helper_library.h"
 
-#include "platform/text.h"
+#include "text/text.h"
 
 namespace pxscheduler {
 

@@ -2,8 +2,8 @@
 
 #include <string>
 
+#include "data/connection.h"
 #include "platform/code_page.h"
-#include "platform/connection.h"
 #include "platform/passwords.h"
 #include "platform/registry.h"
 

@@ -1,7 +1,7 @@
 #include "db/saved_query.h"
 
 #include "config/helper_library.h"
-#include "platform/value.h"
+#include "data/value.h"
 
 namespace pxscheduler {
 

@@ -2,9 +2,9 @@
 
 #include <string>
 
+#include "data/connection.h"
+#include "data/recordset.h"
 #include "platform/code_page.h"
-#include "platform/connection.h"
-#include "platform/recordset.h"
 #include "platform/regional.h"
 
 namespace pxscheduler {

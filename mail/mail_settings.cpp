@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include "config/helper_library.h"
-#include "platform/value.h"
+#include "data/value.h"
 
 namespace pxscheduler {
 namespace {

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "data/connection.h"
+#include "delivery/mail_component.h"
 #include "platform/code_page.h"
-#include "platform/connection.h"
-#include "platform/mail_component.h"
 #include "platform/passwords.h"
 #include "platform/registry.h"
 

@@ -4,9 +4,9 @@
 #include <string_view>
 #include <utility>
 
+#include "data/value.h"
 #include "platform/letter_case.h"
 #include "platform/runtime_error.h"
-#include "platform/value.h"
 
 namespace pxscheduler {
 

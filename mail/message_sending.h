@@ -5,9 +5,9 @@
 #include <string>
 
 #include "compose/merge_fields.h"
+#include "data/recordset.h"
+#include "delivery/mail_component.h"
 #include "platform/code_page.h"
-#include "platform/mail_component.h"
-#include "platform/recordset.h"
 #include "platform/regional.h"
 
 namespace pxscheduler {

@@ -33,11 +33,4 @@ class CodePages {
   virtual std::unique_ptr<CodePage> Find(std::string_view name) const = 0;
 };
 
-// UTF-8 (RFC 3629), which needs no machine: sockets and data access speak it. Lone surrogates and
-// malformed bytes become U+FFFD.
-std::string ToUtf8(std::wstring_view text);
-std::wstring FromUtf8(std::string_view bytes);
-// Appends to `out`, for callers that reuse a buffer.
-void AppendUtf8(std::wstring_view text, std::string& out);
-
 }  // namespace pxscheduler

@@ -1,6 +1,6 @@
 #include "platform/regional.h"
 
-#include "platform/text.h"
+#include "text/text.h"
 
 namespace pxscheduler {
 

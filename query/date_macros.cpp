@@ -5,9 +5,9 @@
 #include <string_view>
 
 #include "config/helper_library.h"
+#include "data/value.h"
 #include "platform/civil_time.h"
 #include "platform/runtime_error.h"
-#include "platform/value.h"
 #include "query/sql_literals.h"
 
 namespace pxscheduler {

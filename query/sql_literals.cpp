@@ -4,7 +4,7 @@
 
 #include "config/helper_library.h"
 #include "platform/letter_case.h"
-#include "platform/text.h"
+#include "text/text.h"
 
 namespace pxscheduler {
 namespace {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "platform/text.h"
+#include "text/text.h"
 
 namespace pxscheduler {
 namespace {

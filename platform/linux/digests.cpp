@@ -1,4 +1,4 @@
-#include "platform/smtp/digests.h"
+#include "platform/digests.h"
 
 #include <openssl/evp.h>
 #include <openssl/hmac.h>

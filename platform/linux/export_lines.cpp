@@ -2,9 +2,9 @@
 
 #include <utility>
 
-#include "platform/code_page.h"
 #include "platform/linux/native_text.h"
 #include "platform/runtime_error.h"
+#include "text/utf8.h"
 
 namespace pxscheduler {
 namespace {

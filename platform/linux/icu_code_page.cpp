@@ -13,8 +13,8 @@
 #include <vector>
 
 #include "platform/runtime_error.h"
-#include "platform/utf16.h"
-#include "platform/utf8_code_points.h"
+#include "text/utf16.h"
+#include "text/utf8.h"
 
 namespace pxscheduler {
 namespace {

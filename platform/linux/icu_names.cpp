@@ -9,8 +9,8 @@
 #include <memory>
 #include <string>
 
-#include "platform/code_page.h"
 #include "platform/dates/english_names.h"
+#include "text/utf8.h"
 
 namespace pxscheduler {
 namespace {

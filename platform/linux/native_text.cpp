@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "platform/code_page.h"
-#include "platform/utf16.h"
+#include "text/utf16.h"
+#include "text/utf8.h"
 
 namespace pxscheduler {
 namespace {

@@ -4,10 +4,10 @@
 #include <cstdint>
 #include <optional>
 
-#include "platform/hexadecimal.h"
 #include "platform/letter_case.h"
 #include "platform/linux/export_lines.h"
 #include "platform/linux/native_text.h"
+#include "text/hexadecimal.h"
 
 namespace pxscheduler {
 namespace {

@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "platform/code_page.h"
 #include "platform/secrets/secret_box.h"
+#include "text/utf8.h"
 
 namespace pxscheduler {
 

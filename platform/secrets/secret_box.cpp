@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "platform/base64.h"
 #include "platform/secrets/aes_gcm.h"
+#include "text/base64.h"
 
 namespace pxscheduler {
 namespace {

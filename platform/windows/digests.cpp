@@ -1,4 +1,4 @@
-#include "platform/smtp/digests.h"
+#include "platform/digests.h"
 
 #include <windows.h>
 // Needs the types of the header above.

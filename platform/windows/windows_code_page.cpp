@@ -11,7 +11,8 @@
 #include <utility>
 #include <vector>
 
-#include "platform/utf16.h"
+#include "text/utf16.h"
+#include "text/utf8.h"
 
 namespace pxscheduler {
 namespace {

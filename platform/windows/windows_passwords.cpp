@@ -7,8 +7,8 @@
 #include <memory>
 #include <utility>
 
-#include "platform/code_page.h"
 #include "platform/secrets/secret_box.h"
+#include "text/utf8.h"
 
 namespace pxscheduler {
 namespace {

@@ -6,6 +6,7 @@
 
 #include "platform/runtime_error.h"
 #include "platform/windows/windows_files.h"
+#include "text/utf8.h"
 
 namespace pxscheduler {
 namespace {

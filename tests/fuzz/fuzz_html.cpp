@@ -3,8 +3,8 @@
 #include <string>
 #include <string_view>
 
-#include "platform/code_page.h"
-#include "platform/html/plain_text.h"
+#include "letters/html/plain_text.h"
+#include "text/utf8.h"
 
 // Any text is a document, and its rendering is whole lines.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

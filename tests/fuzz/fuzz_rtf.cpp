@@ -3,9 +3,9 @@
 #include <string>
 #include <string_view>
 
-#include "platform/html/html_writer.h"
+#include "letters/html/html_writer.h"
+#include "letters/rtf/rtf_reader.h"
 #include "platform/linux/icu_code_page.h"
-#include "platform/rtf/rtf_reader.h"
 
 // Any bytes make a document, and any document makes HTML.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -7,9 +7,9 @@
 #include <utility>
 #include <vector>
 
-#include "platform/connection.h"
-#include "platform/mail_component.h"
-#include "platform/recordset.h"
+#include "data/connection.h"
+#include "data/recordset.h"
+#include "delivery/mail_component.h"
 
 namespace pxscheduler {
 

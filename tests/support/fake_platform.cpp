@@ -2,6 +2,7 @@
 
 #include "platform/dates/english_names.h"
 #include "platform/letter_case.h"
+#include "text/utf8.h"
 
 namespace pxscheduler {
 namespace {

@@ -20,7 +20,7 @@ std::string WriteScript(const ScratchFolder& folder, const std::string& script) 
 std::vector<std::string> ServerArguments(const ScratchFolder& folder, const std::string& script,
                                          const std::string& host) {
   return {"/usr/bin/python3",
-          HostPath(TEST_DATA_FOLDER "/../support/smtp_server.py"),
+          HostPath(TESTS_FOLDER "/support/smtp_server.py"),
           "--port-file=" + HostPath(folder.Path("port")),
           "--mailbox=" + HostPath(folder.Path("mailbox")),
           "--transcript=" + HostPath(folder.Path("transcript")),

@@ -8,7 +8,7 @@ namespace {
 
 std::vector<std::string> Command(const ScratchFolder& folder, const TdsServer::Options& options) {
   std::vector<std::string> command = {
-      "/usr/bin/python3", HostPath(TEST_SUPPORT_FOLDER "/tds_server.py"),
+      "/usr/bin/python3", HostPath(TESTS_FOLDER "/support/tds_server.py"),
       "--answers=" + HostPath(folder.Write("answers.json", options.answers)),
       "--log=" + HostPath(folder.Path("log"))};
   command.insert(command.end(), options.arguments.begin(), options.arguments.end());

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "platform/value.h"
+#include "data/value.h"
 #include "tests/support/fake_platform.h"
 
 namespace pxscheduler {

@@ -12,8 +12,8 @@
 
 #include "platform/linux/files.h"
 #include "platform/linux/native_text.h"
-#include "tests/platform/raised_by.h"
 #include "tests/support/fake_platform.h"
+#include "tests/support/raised_by.h"
 #include "tests/support/scoped_environment.h"
 #include "tests/support/scratch_folder.h"
 

@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "platform/linux/file_registry.h"
-#include "tests/platform/raised_by.h"
+#include "tests/support/raised_by.h"
 #include "tests/support/scratch_folder.h"
 
 namespace pxscheduler {

@@ -9,8 +9,9 @@
 #include "platform/code_page.h"
 #include "platform/windows/windows_code_page.h"
 #include "platform/windows/windows_system.h"
-#include "tests/platform/raised_by.h"
+#include "tests/support/raised_by.h"
 #include "tests/support/scratch_folder.h"
+#include "text/utf8.h"
 
 namespace pxscheduler {
 namespace {

@@ -6,8 +6,8 @@
 #include <iterator>
 #include <sstream>
 
-#include "platform/code_page.h"
 #include "tests/support/com_server/com_server.h"
+#include "text/utf8.h"
 
 namespace pxscheduler {
 namespace {

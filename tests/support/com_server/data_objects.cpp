@@ -4,10 +4,10 @@
 #include <string>
 #include <vector>
 
-#include "platform/code_page.h"
 #include "platform/letter_case.h"
 #include "tests/support/com_server/automation.h"
 #include "tests/support/com_server/com_server.h"
+#include "text/utf8.h"
 
 namespace pxscheduler {
 namespace {

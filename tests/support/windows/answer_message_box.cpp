@@ -8,7 +8,7 @@
 #include <iostream>
 #include <string>
 
-#include "platform/code_page.h"
+#include "text/utf8.h"
 
 namespace pxscheduler {
 namespace {

@@ -7,8 +7,8 @@
 #include <stdexcept>
 #include <thread>
 
-#include "platform/code_page.h"
 #include "tests/support/scratch_folder.h"
+#include "text/utf8.h"
 
 namespace pxscheduler {
 

@@ -8,8 +8,8 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/base64.h"
 #include "tests/support/scratch_folder.h"
+#include "text/base64.h"
 
 namespace pxscheduler {
 

@@ -1,0 +1,220 @@
+#include "data/sqlite/sqlite_session.h"
+
+#include <sqlite3.h>
+
+#include <array>
+#include <charconv>
+#include <chrono>
+#include <filesystem>
+#include <limits>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "data/sqlite/column_type.h"
+#include "data/sqlite/database_file.h"
+#include "data/sqlite/sql_dates.h"
+#include "data/sqlite/sql_functions.h"
+#include "data/sqlite/sql_schema.h"
+#include "data/sqlite/sql_translator.h"
+#include "text/text.h"
+#include "text/utf8.h"
+
+namespace pxscheduler {
+namespace {
+
+struct FinalizeStatement {
+  void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
+};
+using Statement = std::unique_ptr<sqlite3_stmt, FinalizeStatement>;
+
+// Nothing but reading is allowed once a session is open.
+int Authorize(void* /*unused*/, int action, const char* /*first*/, const char* /*second*/,
+              const char* /*database*/, const char* /*trigger*/) {
+  switch (action) {
+    case SQLITE_SELECT:
+    case SQLITE_READ:
+    case SQLITE_FUNCTION:
+    case SQLITE_RECURSIVE:
+      return SQLITE_OK;
+    default:
+      return SQLITE_DENY;
+  }
+}
+
+std::string_view TextOfColumn(sqlite3_stmt* statement, int column) {
+  const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement, column));
+  const int size = sqlite3_column_bytes(statement, column);
+  if (text == nullptr && sqlite3_errcode(sqlite3_db_handle(statement)) == SQLITE_NOMEM)
+    throw OutOfMemory();
+  return text == nullptr ? std::string_view{}
+                         : std::string_view{text, static_cast<std::size_t>(size)};
+}
+
+void AppendDecimal(double number, RowStore& rows) {
+  std::array<char, 40> buffer{};
+  const auto written =
+      std::to_chars(buffer.data(), buffer.data() + buffer.size(), number, std::chars_format::fixed);
+  if (written.ec == std::errc{})
+    rows.AppendDecimal({buffer.data(), written.ptr});
+  else
+    rows.AppendDouble(number);
+}
+
+void AppendDate(std::string_view text, RowStore& rows) {
+  constexpr std::size_t kShortestDate = 10;
+  const std::optional<SqlMoment> moment =
+      text.size() < kShortestDate || text[4] != '-' ? std::nullopt : ReadSqlDate(text);
+  if (!moment || *moment < std::chrono::sys_days{std::chrono::year{100} / 1 / 1})
+    return rows.AppendText(text);
+  const auto date = std::chrono::floor<std::chrono::days>(*moment);
+  rows.AppendDateTime({date, std::chrono::floor<std::chrono::seconds>(*moment - date)});
+}
+
+void AppendColumn(sqlite3_stmt* statement, int column, ColumnType type, RowStore& rows) {
+  switch (sqlite3_column_type(statement, column)) {
+    case SQLITE_NULL:
+      return rows.AppendNull();
+    case SQLITE_INTEGER: {
+      const std::int64_t number = sqlite3_column_int64(statement, column);
+      if (type == ColumnType::kBoolean) return rows.AppendBool(number != 0);
+      if (type == ColumnType::kDecimal) return rows.AppendDecimal(std::to_string(number));
+      if (type == ColumnType::kFloating) return rows.AppendDouble(static_cast<double>(number));
+      return rows.AppendInteger(number);
+    }
+    case SQLITE_FLOAT: {
+      const double number = sqlite3_column_double(statement, column);
+      if (type == ColumnType::kBoolean) return rows.AppendBool(number != 0);
+      if (type == ColumnType::kDecimal) return AppendDecimal(number, rows);
+      return rows.AppendDouble(number);
+    }
+    default: {
+      const std::string_view text = TextOfColumn(statement, column);
+      return type == ColumnType::kDateTime ? AppendDate(text, rows) : rows.AppendText(text);
+    }
+  }
+}
+
+class SqliteSession : public Session {
+ public:
+  SqliteSession(const ConnectionSettings& settings, std::function<DateTime()> local_time)
+      : local_time_{std::move(local_time)}, database_{OpenDatabaseFile(settings.data_source)} {
+    name_ = TrimBlanks(settings.initial_catalog).empty() ? DatabaseFileStem(settings.data_source)
+                                                         : settings.initial_catalog;
+    if (!AddSqlFunctions(database_.get(), &now_)) throw OutOfMemory();
+    schema_ = PrepareSchema(database_.get());
+    schema_.database = ToUtf8(name_);
+    sqlite3_set_authorizer(database_.get(), Authorize, nullptr);
+  }
+
+  void Execute(const std::wstring& sql) override { Run(sql, nullptr); }
+
+  RowStore Query(const std::wstring& sql) override {
+    RowStore rows;
+    Run(sql, &rows);
+    return rows;
+  }
+
+  std::wstring CurrentDatabase() override { return name_; }
+
+ private:
+  // Runs one statement after the other, and into `rows`, if it is given, the first that has
+  // columns.
+  void Run(const std::wstring& sql, RowStore* rows) {
+    const DateTime local = local_time_();
+    now_ = local.date + local.time_of_day;
+    const std::string translated = Translate(sql);
+    const char* rest = translated.c_str();
+    const char* const end = rest + translated.size();
+    while (rest != end) {
+      const Statement statement = Prepare(rest, end);
+      if (!statement) continue;
+      const bool is_wanted =
+          rows != nullptr && rows->ColumnCount() == 0 && sqlite3_column_count(statement.get()) > 0;
+      if (is_wanted)
+        *rows = Fetch(statement.get());
+      else
+        Finish(statement.get());
+    }
+  }
+
+  std::string Translate(const std::wstring& sql) {
+    try {
+      TranslatedSql translated = TranslateSql(ToUtf8(sql), schema_);
+      if (translated.lock_timeout_ms) {
+        const auto timeout = static_cast<int>(*translated.lock_timeout_ms);
+        sqlite3_busy_timeout(database_.get(),
+                             timeout < 0 ? std::numeric_limits<int>::max() : timeout);
+      }
+      return std::move(translated.sql);
+    } catch (const SqlSyntaxError& error) {
+      throw RuntimeError{kStatementRejected, FromUtf8(error.description)};
+    }
+  }
+
+  // The statement at `rest`, which moves behind it. Null for blanks.
+  Statement Prepare(const char*& rest, const char* end) {
+    if (!std::in_range<int>(end - rest)) throw OutOfMemory();
+    sqlite3_stmt* prepared = nullptr;
+    const int result =
+        sqlite3_prepare_v2(database_.get(), rest, static_cast<int>(end - rest), &prepared, &rest);
+    Statement statement{prepared};
+    if (result != SQLITE_OK) throw SqliteError(database_.get());
+    if (statement && sqlite3_bind_parameter_count(prepared) > 0) {
+      const char* name = sqlite3_bind_parameter_name(prepared, 1);
+      throw RuntimeError{kStatementRejected, L"Must declare the scalar variable \"" +
+                                                 FromUtf8(name == nullptr ? "?" : name) + L"\"."};
+    }
+    return statement;
+  }
+
+  RowStore Fetch(sqlite3_stmt* statement) {
+    const int count = sqlite3_column_count(statement);
+    std::vector<std::wstring> names;
+    std::vector<ColumnType> types;
+    for (int column = 0; column < count; ++column) {
+      const char* name = sqlite3_column_name(statement, column);
+      if (name == nullptr) throw OutOfMemory();
+      names.push_back(FromUtf8(name));
+      const char* declared = sqlite3_column_decltype(statement, column);
+      types.push_back(declared == nullptr ? ColumnType::kText : ColumnTypeOf(declared));
+    }
+    RowStore rows{std::move(names)};
+    while (Step(statement)) {
+      for (int column = 0; column < count; ++column)
+        AppendColumn(statement, column, types[static_cast<std::size_t>(column)], rows);
+      rows.EndRow();
+    }
+    return rows;
+  }
+
+  void Finish(sqlite3_stmt* statement) {
+    while (Step(statement)) {
+    }
+  }
+
+  bool Step(sqlite3_stmt* statement) {
+    const int result = sqlite3_step(statement);
+    if (result != SQLITE_ROW && result != SQLITE_DONE) throw SqliteError(database_.get());
+    return result == SQLITE_ROW;
+  }
+
+  std::function<DateTime()> local_time_;
+  SqlMoment now_;  // of the statement that runs
+  SqliteDatabase database_;
+  std::wstring name_;
+  SqlSchema schema_;
+};
+
+}  // namespace
+
+SessionOpener SqliteOpener(std::function<DateTime()> local_time) {
+  return [local_time = std::move(local_time)](const ConnectionSettings& settings) {
+    return std::make_unique<SqliteSession>(settings, local_time);
+  };
+}
+
+}  // namespace pxscheduler

@@ -1,0 +1,102 @@
+#include "delivery/mime/address.h"
+
+#include <algorithm>
+#include <string>
+#include <utility>
+
+#include "delivery/mime/ascii_domain.h"
+#include "text/text.h"
+#include "text/utf8.h"
+
+namespace pxscheduler {
+
+namespace {
+
+constexpr std::size_t kLongestLocalPart = 128;  // twice what RFC 5321 grants: the server judges
+constexpr std::wstring_view kAtomSymbols = L"!#$%&'*+-/=?^_`{|}~";
+
+bool IsAsciiAlphanumeric(wchar_t unit) {
+  return (unit >= L'a' && unit <= L'z') || (unit >= L'A' && unit <= L'Z') ||
+         (unit >= L'0' && unit <= L'9');
+}
+
+// The C1 controls and the separators that some programs take for a line break are no letters.
+bool IsInternational(wchar_t unit) {
+  const auto code = static_cast<char32_t>(unit);
+  return code >= 0xA0 && code != 0x2028 && code != 0x2029 && code != 0xFEFF &&
+         !(code >= 0x200B && code <= 0x200F) && !(code >= 0x202A && code <= 0x202E);
+}
+
+bool IsAtomCharacter(wchar_t unit) {
+  return IsAsciiAlphanumeric(unit) || kAtomSymbols.find(unit) != std::wstring_view::npos ||
+         IsInternational(unit);
+}
+
+bool IsQuotedString(std::wstring_view text) {
+  if (text.size() < 3 || text.front() != L'"' || text.back() != L'"') {
+    return false;
+  }
+  const std::wstring_view content = text.substr(1, text.size() - 2);
+  for (std::size_t i = 0; i < content.size(); ++i) {
+    const bool escapes = content[i] == L'\\';
+    i += escapes ? 1 : 0;
+    if (i == content.size() || (content[i] < L' ' || content[i] == 0x7F) ||
+        (!escapes && content[i] == L'"') || (content[i] > 0x7F && !IsInternational(content[i]))) {
+      return false;
+    }
+  }
+  return true;
+}
+
+// In UTF-8, quoted where it has to be; nothing for what cannot be one.
+std::optional<std::string> LocalPart(std::wstring_view text) {
+  if (text.empty() || text.size() > kLongestLocalPart) {
+    return std::nullopt;
+  }
+  if (IsQuotedString(text)) {
+    return ToUtf8(text);
+  }
+  const auto belongs = [](wchar_t unit) { return unit == L'.' || IsAtomCharacter(unit); };
+  if (!std::all_of(text.begin(), text.end(), belongs)) {
+    return std::nullopt;
+  }
+  const bool dots_misplaced =
+      text.front() == L'.' || text.back() == L'.' || text.find(L"..") != std::wstring_view::npos;
+  return dots_misplaced ? '"' + ToUtf8(text) + '"' : ToUtf8(text);
+}
+
+// "[192.0.2.1]" or "[IPv6:2001:db8::1]"; whether the numbers fit is for the server to say.
+bool IsAddressLiteral(std::wstring_view domain) {
+  if (domain.size() < 3 || domain.size() > 64 || domain.front() != L'[' || domain.back() != L']') {
+    return false;
+  }
+  const std::wstring_view content = domain.substr(1, domain.size() - 2);
+  return std::all_of(content.begin(), content.end(), [](wchar_t unit) {
+    return IsAsciiAlphanumeric(unit) || unit == L'.' || unit == L':' || unit == L'-';
+  });
+}
+
+}  // namespace
+
+std::optional<Address> ParseAddress(std::wstring_view text) {
+  text = TrimBlanks(text);
+  const std::size_t at = text.rfind(L'@');
+  if (at == std::wstring_view::npos) {
+    return std::nullopt;
+  }
+  std::optional<std::string> local_part = LocalPart(text.substr(0, at));
+  const std::wstring_view domain = text.substr(at + 1);
+  std::optional<std::string> ascii_domain =
+      IsAddressLiteral(domain) ? std::string(domain.begin(), domain.end()) : AsciiDomain(domain);
+  if (!local_part || !ascii_domain) {
+    return std::nullopt;
+  }
+  Address address;
+  address.is_ascii = std::all_of(local_part->begin(), local_part->end(),
+                                 [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
+  address.text = *std::move(local_part) + '@' + *ascii_domain;
+  address.domain = *std::move(ascii_domain);
+  return address;
+}
+
+}  // namespace pxscheduler

@@ -1,0 +1,174 @@
+#include "delivery/mime/identity_encoding.h"
+
+#include <algorithm>
+#include <cstddef>
+
+#include "delivery/mime/line_breaks.h"
+#include "text/utf8.h"
+
+namespace pxscheduler {
+
+namespace {
+
+// Bytes. 998 are allowed (RFC 5321 section 4.5.3.1.6), but some relays break lines from 990 on.
+constexpr std::size_t kLongestLine = 900;
+constexpr std::size_t kLongestRun = 128;
+// What one step of the encoder can write: a run of characters behind a doubled full stop.
+constexpr std::size_t kRunRoom = kLongestRun + 1;
+constexpr std::wstring_view kBoundaryLine = L"--=_";
+
+bool IsCopied(wchar_t unit) { return (unit >= L' ' && unit <= L'~') || unit == L'\t'; }
+// Control characters, of which not every relay takes good care.
+bool MustBeQuoted(wchar_t unit) { return (unit < L' ' && unit != L'\t') || unit == 0x7F; }
+
+}  // namespace
+
+// Encodes a text piece by piece.
+class IdentityEncoding::Encoder {
+ public:
+  explicit Encoder(ByteBuffer& out) : out_(out) {}
+
+  void Encode(std::wstring_view piece) {
+    GoOnWithLine(piece);
+    for (std::size_t position = 0; fits_ && position < piece.size();) {
+      cursor_ = out_.Room(kRunRoom);
+      position = Step(piece, position);
+      out_.SetEnd(cursor_);
+    }
+  }
+
+  void Put(const Prepared& prepared, std::string_view rest) {
+    fits_ = fits_ && prepared.fits;
+    if (!fits_) {
+      return;
+    }
+    cursor_ = out_.Room(prepared.line.size() + rest.size() + 1);
+    if (!prepared.line.empty()) {
+      if (line_size_ == 0) {
+        BeginLine(prepared.piece);
+      } else {
+        GoOnWithLine(prepared.piece);
+      }
+      cursor_ = std::copy(prepared.line.begin(), prepared.line.end(), cursor_);
+      line_size_ += prepared.line.size();
+    }
+    if (!rest.empty()) {
+      MeasureLine();
+      cursor_ = std::copy(rest.begin(), rest.end(), cursor_);
+      line_size_ = prepared.line_size;
+      boundary_match_ = prepared.boundary_match;
+    }
+    out_.SetEnd(cursor_);
+    is_eight_bit_ = is_eight_bit_ || prepared.is_eight_bit;
+  }
+
+  void End() { MeasureLine(); }
+
+  std::size_t LineSize() const { return line_size_; }
+  std::size_t BoundaryMatch() const { return boundary_match_; }
+  bool IsEightBit() const { return is_eight_bit_; }
+  bool Fits() const { return fits_; }
+
+ private:
+  // Encodes what begins at `position` and returns where the next step begins.
+  std::size_t Step(std::wstring_view text, std::size_t position) {
+    const wchar_t unit = text[position];
+    if (IsLineBreak(unit)) {
+      EndLine();
+      return AfterLineBreak(text, position);
+    }
+    if (line_size_ == 0) {
+      BeginLine(text.substr(position));
+    }
+    if (IsCopied(unit)) {
+      return position + PutRun(text.substr(position, kLongestRun));
+    }
+    fits_ = fits_ && !MustBeQuoted(unit);
+    PutCharacter(EncodeUtf8(NextCodePoint(text, position)));
+    return position;
+  }
+
+  // Copies the ASCII characters that the text begins with and returns how many.
+  std::size_t PutRun(std::wstring_view text) {
+    std::size_t size = 0;
+    while (size < text.size() && IsCopied(text[size])) {
+      cursor_[size] = static_cast<char>(text[size]);
+      ++size;
+    }
+    cursor_ += size;
+    line_size_ += size;
+    return size;
+  }
+
+  void PutCharacter(const Utf8Bytes& character) {
+    cursor_ = std::copy_n(character.bytes, character.size, cursor_);
+    line_size_ += character.size;
+    is_eight_bit_ = is_eight_bit_ || character.size > 1;
+  }
+
+  // `text` is what the line begins with.
+  void BeginLine(std::wstring_view text) {
+    if (text.front() == L'.') {
+      *cursor_++ = '.';
+    }
+    boundary_match_ = 0;
+    CompareWithBoundary(text);
+  }
+
+  // `text` is what stands next on the line.
+  void GoOnWithLine(std::wstring_view text) {
+    if (line_size_ > 0 && line_size_ == boundary_match_) {
+      CompareWithBoundary(text);
+    }
+  }
+
+  void CompareWithBoundary(std::wstring_view text) {
+    while (!text.empty() && fits_ && text.front() == kBoundaryLine[boundary_match_]) {
+      ++boundary_match_;
+      text.remove_prefix(1);
+      fits_ = boundary_match_ < kBoundaryLine.size();
+    }
+  }
+
+  void EndLine() {
+    MeasureLine();
+    cursor_ = std::copy(kLineBreak.begin(), kLineBreak.end(), cursor_);
+    line_size_ = 0;
+  }
+
+  void MeasureLine() { fits_ = fits_ && line_size_ <= kLongestLine; }
+
+  ByteBuffer& out_;
+  char* cursor_ = nullptr;
+  std::size_t line_size_ = 0;       // bytes, without a doubled full stop
+  std::size_t boundary_match_ = 0;  // how many characters it begins with as a boundary does
+  bool is_eight_bit_ = false;
+  bool fits_ = true;
+};
+
+TransferEncoding IdentityEncoding::Append(const TextPieces& text, ByteBuffer& out) {
+  Encoder encoder(out);
+  prepared_.EncodeEach(text, Prepare, encoder);
+  encoder.End();
+  if (!encoder.Fits()) {
+    return TransferEncoding::kQuotedPrintable;
+  }
+  return encoder.IsEightBit() ? TransferEncoding::kEightBit : TransferEncoding::kSevenBit;
+}
+
+IdentityEncoding::Prepared IdentityEncoding::Prepare(std::wstring_view piece) {
+  Prepared prepared;
+  prepared.piece = piece;
+  const std::size_t line_end = std::min(piece.find_first_of(L"\r\n"), piece.size());
+  const std::wstring_view line = piece.substr(0, line_end);
+  prepared.line = ToUtf8(line);
+  Encoder encoder(prepared.rest);
+  encoder.Encode(piece.substr(line_end));
+  prepared.line_size = encoder.LineSize();
+  prepared.boundary_match = encoder.BoundaryMatch();
+  prepared.is_eight_bit = encoder.IsEightBit() || prepared.line.size() != line.size();
+  prepared.fits = encoder.Fits() && std::none_of(line.begin(), line.end(), MustBeQuoted);
+  return prepared;
+}
+
+}  // namespace pxscheduler

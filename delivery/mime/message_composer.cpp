@@ -1,0 +1,232 @@
+#include "delivery/mime/message_composer.h"
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <cstddef>
+#include <utility>
+
+#include "delivery/mime/header_text.h"
+#include "text/ascii_case.h"
+#include "text/base64.h"
+
+namespace pxscheduler {
+
+namespace {
+
+constexpr std::size_t kBase64Line = 76;
+constexpr std::size_t kLongestUnsubscribe = 900;
+
+constexpr std::string_view kEncodingField = "Content-Transfer-Encoding: ";
+
+constexpr std::array<std::string_view, 7> kDayNames = {"Sun", "Mon", "Tue", "Wed",
+                                                       "Thu", "Fri", "Sat"};
+constexpr std::array<std::string_view, 12> kMonthNames = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                                                          "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+
+void AppendDigits(unsigned number, std::size_t width, ByteBuffer& out) {
+  char* const digits = out.Room(width);
+  for (std::size_t i = width; i > 0; --i, number /= 10) {
+    digits[i - 1] = static_cast<char>('0' + number % 10);
+  }
+  out.SetEnd(digits + width);
+}
+
+// RFC 5322 section 3.3: "Mon, 16 Nov 2026 15:07:41 +0100".
+void AppendDate(const Moment& moment, ByteBuffer& out) {
+  const std::chrono::year_month_day date{moment.local.date};
+  const std::chrono::weekday weekday{moment.local.date};
+  const std::chrono::hh_mm_ss time{moment.local.time_of_day};
+  const std::chrono::hh_mm_ss offset{moment.utc_offset};
+  const auto day = static_cast<unsigned>(date.day());
+  const auto append_pair = [&out](std::string_view before, auto count) {
+    out.Append(before);
+    AppendDigits(static_cast<unsigned>(count), 2, out);
+  };
+  out.Append(kDayNames[weekday.c_encoding()]);
+  out.Append(", ");
+  AppendDigits(day, day < 10 ? 1 : 2, out);
+  out.Append(" ");
+  out.Append(kMonthNames[static_cast<unsigned>(date.month()) - 1]);
+  out.Append(" ");
+  AppendDigits(static_cast<unsigned>(static_cast<int>(date.year())), 4, out);
+  append_pair(" ", time.hours().count());
+  append_pair(":", time.minutes().count());
+  append_pair(":", time.seconds().count());
+  append_pair(offset.is_negative() ? " -" : " +", offset.hours().count());
+  append_pair("", offset.minutes().count());
+}
+
+void AppendRecipients(const std::vector<Recipient>& recipients, ByteBuffer& out) {
+  out.Append("To: ");
+  for (const Recipient& recipient : recipients) {
+    const bool is_first = &recipient == &recipients.front();
+    out.Append(is_first ? "" : ",\r\n ");
+    AppendMailbox(recipient.display_name, recipient.address.text, is_first ? 4 : 1, out);
+  }
+  out.Append("\r\n");
+}
+
+// Up to the name of its encoding.
+std::string MultipartStart(const std::string& subtype, const std::string& boundary) {
+  return "Content-Type: multipart/" + subtype + ";\r\n boundary=\"" + boundary + "\"\r\n" +
+         std::string(kEncodingField);
+}
+
+void AppendMultipartStart(const std::string& start, WireMessage& message) {
+  message.bytes.Append(start);
+  message.multiparts.push_back(message.bytes.View().size());
+  message.bytes.Append("7bit\r\n\r\n");
+}
+
+std::string Base64Lines(std::string_view bytes) {
+  const std::string text = EncodeBase64(bytes);
+  std::string lines;
+  for (std::size_t start = 0; start < text.size(); start += kBase64Line) {
+    lines += text.substr(start, kBase64Line) + "\r\n";
+  }
+  return lines;
+}
+
+}  // namespace
+
+MessageComposer::MessageComposer(std::string boundary_token)
+    : boundary_token_(std::move(boundary_token)) {
+  PrepareFixedFields();
+  PrepareParts();
+}
+
+void MessageComposer::SetSender(const Address& sender) {
+  sender_ = sender;
+  first_fields_ = "From: " + sender.text + "\r\n";
+}
+
+void MessageComposer::SetUnsubscribe(const std::string& address) {
+  unsubscribe_ = address;
+  PrepareFixedFields();
+}
+
+void MessageComposer::SetHtml(bool is_html) {
+  is_html_ = is_html;
+  PrepareParts();
+}
+
+void MessageComposer::SetEightBit(bool is_allowed) {
+  body_.SetEightBit(is_allowed);
+  alternative_.SetEightBit(is_allowed);
+}
+
+void MessageComposer::SetPictures(const std::vector<LetterPicture>& parts) {
+  inline_parts_.clear();
+  for (const LetterPicture& part : parts) {
+    inline_parts_ += "\r\n--=_rel_" + boundary_token_ + "\r\nContent-Type: " + part.media_type +
+                     "\r\nContent-Transfer-Encoding: base64\r\nContent-ID: <" + part.content_id +
+                     ">\r\nContent-Disposition: inline\r\n\r\n" + Base64Lines(part.bytes);
+  }
+  PrepareParts();
+}
+
+void MessageComposer::PrepareFixedFields() {
+  middle_fields_ =
+      "MIME-Version: 1.0\r\n"
+      "Auto-Submitted: auto-generated\r\n"
+      "Precedence: bulk\r\n";
+  if (!unsubscribe_.empty()) {
+    middle_fields_ += "List-Unsubscribe:\r\n <" + unsubscribe_ + ">\r\n";
+    // One click is a request to a web server (RFC 8058), which a mailto: address is not.
+    if (unsubscribe_.starts_with("https:")) {
+      middle_fields_ += "List-Unsubscribe-Post: List-Unsubscribe=One-Click\r\n";
+    }
+  }
+}
+
+// Boundaries begin with "=_", so that no line of a part can be one: a text that goes out as it is
+// has no line that begins like them, and encoded text never holds "=_".
+void MessageComposer::PrepareParts() {
+  const std::string alternative = "=_alt_" + boundary_token_;
+  const std::string related = "=_rel_" + boundary_token_;
+  plain_start_ = is_html_ ? "--" + alternative + "\r\n" : "";
+  plain_start_ += "Content-Type: text/plain; charset=utf-8\r\n";
+  plain_start_ += kEncodingField;
+  alternative_start_ = MultipartStart("alternative", alternative);
+  related_start_ =
+      "\r\n--" + alternative + "\r\n" + MultipartStart("related; type=\"text/html\"", related);
+  html_start_ = inline_parts_.empty() ? "\r\n--" + alternative : "--" + related;
+  html_start_ += "\r\nContent-Type: text/html; charset=utf-8\r\n";
+  html_start_ += kEncodingField;
+  end_ = inline_parts_.empty() ? "" : inline_parts_ + "\r\n--" + related + "--\r\n";
+  end_ += "\r\n--" + alternative + "--\r\n";
+}
+
+void MessageComposer::Compose(const MessageContent& content, WireMessage& message) {
+  message.Clear();
+  AppendFields(content, message.bytes);
+  if (is_html_) {
+    AppendAlternatives(content, message);
+  } else {
+    AppendPlainText(content, message);
+  }
+  message.bytes.Append(".\r\n");
+}
+
+void MessageComposer::AppendFields(const MessageContent& content, ByteBuffer& wire) const {
+  wire.Append(first_fields_);
+  AppendRecipients(content.recipients, wire);
+  wire.Append("Subject: ");
+  AppendUnstructured(content.subject, 9, wire);
+  wire.Append("\r\nDate: ");
+  AppendDate(content.date, wire);
+  wire.Append("\r\nMessage-ID: <");
+  wire.Append(content.message_id);
+  wire.Append("@");
+  wire.Append(sender_.domain);
+  wire.Append(">\r\n");
+  wire.Append(middle_fields_);
+}
+
+void MessageComposer::AppendPlainText(const MessageContent& content, WireMessage& message) {
+  message.bytes.Append(plain_start_);
+  body_.Append(content.body, message);
+  if (!message.bytes.View().ends_with("\r\n")) {
+    message.bytes.Append("\r\n");
+  }
+}
+
+void MessageComposer::AppendAlternatives(const MessageContent& content, WireMessage& message) {
+  AppendMultipartStart(alternative_start_, message);
+  message.bytes.Append(plain_start_);
+  alternative_.Append(content.alternative, message);
+  if (!inline_parts_.empty()) {
+    AppendMultipartStart(related_start_, message);
+  }
+  message.bytes.Append(html_start_);
+  body_.Append(content.body, message);
+  message.bytes.Append(end_);
+  if (!message.eight_bit_parts.empty()) {
+    for (const std::size_t encoding : message.multiparts) {
+      message.bytes.Overwrite(encoding, "8bit");
+    }
+  }
+}
+
+std::string UnsubscribeAddress(std::wstring_view address) {
+  const std::size_t first = address.find_first_not_of(L' ');
+  if (first == std::wstring_view::npos || address.size() > kLongestUnsubscribe) {
+    return {};
+  }
+  address = address.substr(first, address.find_last_not_of(L' ') - first + 1);
+  const auto belongs = [](wchar_t unit) {
+    return unit > L' ' && unit < 0x7F && unit != L'<' && unit != L'>' && unit != L'"';
+  };
+  if (!std::all_of(address.begin(), address.end(), belongs)) {
+    return {};
+  }
+  std::string text(address.begin(), address.end());
+  const std::size_t scheme_size = text.find(':') + 1;
+  text.replace(0, scheme_size, LowerAscii(text.substr(0, scheme_size)));
+  const std::string_view scheme = std::string_view(text).substr(0, scheme_size);
+  const bool is_known = scheme == "mailto:" || scheme == "https:";
+  return is_known && text.size() > scheme_size ? text : std::string();
+}
+
+}  // namespace pxscheduler

@@ -1,0 +1,209 @@
+#include "delivery/mime/quoted_printable.h"
+
+#include <algorithm>
+#include <cstddef>
+
+#include "delivery/mime/line_breaks.h"
+#include "text/hexadecimal.h"
+#include "text/utf8.h"
+
+namespace pxscheduler {
+
+namespace {
+
+constexpr std::size_t kLongestContent = 75;  // 76 less the "=" of a soft line break
+// More than what one step of the encoder can write: a line of plain characters, or four bytes, each
+// as "=XX", with a soft line break and a doubled full stop.
+constexpr std::size_t kStepRoom = 128;
+// A shorter constant piece is encoded where it stands, rather than cut off by a soft line break.
+constexpr std::size_t kWorthCuttingOff = 100;
+
+bool IsPlain(wchar_t unit) { return unit >= L' ' && unit <= L'~' && unit != L'='; }
+
+// Copies the plain characters that the text begins with and returns how many.
+std::size_t CopyPlain(std::wstring_view text, char* to) {
+  std::size_t copied = 0;
+  while (copied < text.size() && IsPlain(text[copied])) {
+    to[copied] = static_cast<char>(text[copied]);
+    ++copied;
+  }
+  return copied;
+}
+
+}  // namespace
+
+// Encodes a text piece by piece.
+class QuotedPrintable::Encoder {
+ public:
+  explicit Encoder(ByteBuffer& out) : out_(out) {}
+
+  void Encode(std::wstring_view piece) {
+    std::size_t position = 0;
+    if (column_ > 0 && piece.size() <= kLongestContent - column_) {
+      // Most values are short and plain, and go on with the line.
+      char* const end = out_.Room(kStepRoom);
+      position = CopyPlain(piece, end);
+      out_.SetEnd(end + position);
+      column_ += position;
+    }
+    while (position < piece.size()) {
+      cursor_ = out_.Room(kStepRoom);
+      position = Step(piece, position);
+      out_.SetEnd(cursor_);
+    }
+  }
+
+  void Put(const Prepared& prepared, std::string_view rest) {
+    if (prepared.line.empty() && prepared.rest.View().empty()) {
+      Encode(prepared.piece);
+      return;
+    }
+    cursor_ = out_.Room(2 * prepared.line.size() + kStepRoom + rest.size());
+    PutPlainLines(prepared.line);
+    if (!rest.empty()) {
+      if (!prepared.is_cut_off) {
+        ProtectTrailingBlank();
+      } else if (column_ > 0) {
+        SoftBreak();
+      }
+      cursor_ = std::copy(rest.begin(), rest.end(), cursor_);
+      column_ = prepared.column;
+    }
+    out_.SetEnd(cursor_);
+  }
+
+  void End() {
+    cursor_ = out_.Room(kStepRoom);
+    ProtectTrailingBlank();
+    out_.SetEnd(cursor_);
+  }
+
+  std::size_t Column() const { return column_; }
+
+ private:
+  // Encodes what begins at `position` and returns where the next step begins.
+  std::size_t Step(std::wstring_view text, std::size_t position) {
+    const wchar_t unit = text[position];
+    if (IsPlain(unit) || unit == L'\t') {
+      if (column_ == kLongestContent) {
+        SoftBreak();
+      }
+      return position + (unit == L'\t' ? PutTab() : PutPlain(text.substr(position)));
+    }
+    if (IsLineBreak(unit)) {
+      HardBreak();
+      return AfterLineBreak(text, position);
+    }
+    PutEncoded(EncodeUtf8(NextCodePoint(text, position)));
+    return position;
+  }
+
+  // Copies the plain characters that the text begins with, no more than the line holds, and returns
+  // how many.
+  std::size_t PutPlain(std::wstring_view text) {
+    if (column_ == 0 && text.front() == L'.') {
+      *cursor_++ = '.';
+    }
+    const std::size_t size = CopyPlain(text.substr(0, kLongestContent - column_), cursor_);
+    cursor_ += size;
+    column_ += size;
+    return size;
+  }
+
+  // Copies plain characters, over as many lines as they need.
+  void PutPlainLines(std::string_view characters) {
+    while (!characters.empty()) {
+      if (column_ == kLongestContent) {
+        SoftBreak();
+      }
+      if (column_ == 0 && characters.front() == '.') {
+        *cursor_++ = '.';
+      }
+      const std::size_t size = std::min(characters.size(), kLongestContent - column_);
+      cursor_ = std::copy_n(characters.data(), size, cursor_);
+      column_ += size;
+      characters.remove_prefix(size);
+    }
+  }
+
+  std::size_t PutTab() {
+    *cursor_++ = '\t';
+    ++column_;
+    return 1;
+  }
+
+  // The bytes of one character stay on one line.
+  void PutEncoded(const Utf8Bytes& character) {
+    if (column_ + 3 * character.size > kLongestContent) {
+      SoftBreak();
+    }
+    for (std::size_t i = 0; i < character.size; ++i) {
+      PutHex(character.bytes[i]);
+    }
+  }
+
+  void PutHex(unsigned char byte) {
+    *cursor_++ = '=';
+    *cursor_++ = kCapitalHexDigits[byte >> 4];
+    *cursor_++ = kCapitalHexDigits[byte & 0xF];
+    column_ += 3;
+  }
+
+  void SoftBreak() {
+    *cursor_++ = '=';
+    EndLine();
+  }
+
+  void HardBreak() {
+    ProtectTrailingBlank();
+    EndLine();
+  }
+
+  void EndLine() {
+    cursor_ = std::copy(kLineBreak.begin(), kLineBreak.end(), cursor_);
+    column_ = 0;
+  }
+
+  // A blank or tab at the end of a line may be lost on the way.
+  void ProtectTrailingBlank() {
+    if (column_ == 0 || (cursor_[-1] != ' ' && cursor_[-1] != '\t')) {
+      return;
+    }
+    const auto blank = static_cast<unsigned char>(*--cursor_);
+    --column_;
+    if (column_ + 3 > kLongestContent + 1) {
+      SoftBreak();
+    }
+    PutHex(blank);
+  }
+
+  ByteBuffer& out_;
+  char* cursor_ = nullptr;
+  std::size_t column_ = 0;
+};
+
+void QuotedPrintable::Append(const TextPieces& text, ByteBuffer& out) {
+  Encoder encoder(out);
+  prepared_.EncodeEach(text, Prepare, encoder);
+  encoder.End();
+}
+
+QuotedPrintable::Prepared QuotedPrintable::Prepare(std::wstring_view piece) {
+  Prepared prepared;
+  prepared.piece = piece;
+  const std::size_t line_end = std::min(piece.find_first_of(L"\r\n"), piece.size());
+  const std::wstring_view line = piece.substr(0, line_end);
+  prepared.is_cut_off = !std::all_of(line.begin(), line.end(), IsPlain);
+  if (prepared.is_cut_off && piece.size() < kWorthCuttingOff) {
+    return prepared;
+  }
+  Encoder encoder(prepared.rest);
+  encoder.Encode(prepared.is_cut_off ? piece : piece.substr(line_end));
+  prepared.column = encoder.Column();
+  if (!prepared.is_cut_off) {
+    prepared.line.assign(line.begin(), line.end());
+  }
+  return prepared;
+}
+
+}  // namespace pxscheduler

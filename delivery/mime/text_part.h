@@ -1,0 +1,27 @@
+#pragma once
+
+#include "delivery/mime/identity_encoding.h"
+#include "delivery/mime/quoted_printable.h"
+#include "delivery/mime/wire_message.h"
+#include "text/text_pieces.h"
+
+namespace pxscheduler {
+
+// Writes the same text part of each message, as it is where that can be and in quoted-printable
+// where it cannot.
+class TextPart {
+ public:
+  // Whether a text that is not all ASCII may go out as it is, which is so from the start.
+  void SetEightBit(bool is_allowed) { may_be_eight_bit_ = is_allowed; }
+
+  // `message` ends with what stands before the encoding's name in the last field of the part's
+  // head. The text follows, without a line break of its own at its end.
+  void Append(const TextPieces& text, WireMessage& message);
+
+ private:
+  bool may_be_eight_bit_ = true;
+  IdentityEncoding identity_;
+  QuotedPrintable quoted_printable_;
+};
+
+}  // namespace pxscheduler

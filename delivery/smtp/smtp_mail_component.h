@@ -1,0 +1,107 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "delivery/mail_component.h"
+#include "delivery/mime/message_composer.h"
+#include "delivery/mime/wire_message.h"
+#include "delivery/smtp/message_identifiers.h"
+#include "delivery/smtp/session.h"
+#include "platform/system.h"
+#include "text/letter.h"
+
+namespace pxscheduler {
+
+// Reads the letter in a file; nothing where that cannot be read.
+using LetterReader = std::function<std::optional<Letter>(const std::wstring& path)>;
+
+// The mail component over SMTP. One connection serves all the messages that are sent with the same
+// server settings; it is opened again where the server ended it between two messages.
+class SmtpMailComponent : public MailComponent {
+ public:
+  // The references must outlive the component.
+  SmtpMailComponent(const System& system, LetterReader read_letter,
+                    std::unique_ptr<Network> network, const Timeouts& timeouts);
+  ~SmtpMailComponent() override;
+
+  void SetServerHost(const std::wstring& host) override;
+  void SetServerPort(std::int32_t port) override;
+  void SetSenderAddress(const std::wstring& address) override;
+  void SetAuthenticationMode(std::int32_t mode) override;
+  void SetAuthenticationOption(std::int32_t option) override;
+  void SetUserName(const std::wstring& user_name) override;
+  void SetPassword(const std::wstring& password) override;
+  void SetSecurity(const std::wstring& security) override;
+  void SetUnsubscribe(const std::wstring& address) override;
+
+  std::int32_t LoadBodyFromFile(const std::wstring& path, std::int32_t option) override;
+  const std::wstring& BodyText() const override { return letter_.body; }
+  const std::wstring& AlternativeBodyText() const override { return letter_.plain_text; }
+  void SetBodyText(TextPieces text) override;
+  void SetAlternativeBodyText(TextPieces text) override;
+  void SetHtml(std::int32_t flag) override;
+
+  void SetSubject(std::wstring subject) override;
+  void ResetRecipients(std::int32_t which) override;
+  void AddRecipient(const std::wstring& display_name, const std::wstring& address,
+                    std::int32_t kind) override;
+  bool CanComposeMore() const override;
+  void Compose() override;
+  void Send() override;
+  std::int32_t AwaitResult() override;
+
+ private:
+  // A message that waits to be sent, or room for one.
+  struct ComposedMessage {
+    std::vector<Address> recipients;
+    WireMessage wire;
+    SendOutcome outcome = SendOutcome::kOtherError;  // kDelivered: it can be sent
+  };
+
+  SendOutcome WriteMessage(ComposedMessage& message);
+  std::optional<SendOutcome> HandOver(ComposedMessage& message);
+  Submission Submit(ComposedMessage& message);
+  SendOutcome OpenSession();
+  Envelope MakeEnvelope(const ComposedMessage& message) const;
+  void DropClosedSession();
+  void EndSession();
+
+  const System& system_;
+  LetterReader read_letter_;
+  std::unique_ptr<Network> network_;
+
+  std::wstring host_;
+  bool authenticates_ = false;
+  std::wstring user_name_;
+  std::wstring password_;
+  ServerSettings server_;
+  std::optional<Address> sender_;
+  std::vector<Recipient> recipients_;
+  bool has_malformed_recipient_ = false;
+  std::wstring subject_;
+  Letter letter_;
+  TextPieces body_;
+  TextPieces alternative_;
+
+  MessageComposer composer_;
+  MessageIdentifiers identifiers_;
+  // Used in turn, so that their memory is used again.
+  std::array<ComposedMessage, 8> composed_;
+  std::size_t first_waiting_ = 0;  // in composed_
+  std::size_t waiting_ = 0;
+  std::size_t waiting_bytes_ = 0;
+  std::unique_ptr<SmtpSession> session_;
+  // Of the message that was sent last; nothing while the server considers it.
+  std::optional<SendOutcome> send_outcome_ = SendOutcome::kOtherError;
+};
+
+// The component as a run uses it: over the machine's sockets, with the usual time-outs.
+std::unique_ptr<MailComponent> NewSmtpMailComponent(const System& system, LetterReader read_letter);
+
+}  // namespace pxscheduler

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "letters/rtf/reading.h"
+
+namespace pxscheduler {
+
+// Which symbols a font shows in place of letters. `symbol_charset`: its table entry says that it
+// has a character set of its own.
+SymbolSet SymbolSetOf(std::wstring_view font_name, bool symbol_charset);
+
+// The Unicode text of one byte in such a font; a bullet for a symbol that Unicode lacks.
+std::wstring SymbolText(SymbolSet symbols, unsigned char byte);
+
+}  // namespace pxscheduler

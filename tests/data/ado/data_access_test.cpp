@@ -1,0 +1,59 @@
+#include "data/ado/data_access.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/com_fixture.h"
+
+namespace pxscheduler {
+namespace {
+
+class DataAccess : public ComFixture {
+ protected:
+  // Which engine a connection to that source ends at, by the text of the error it raises; "ado"
+  // where the data objects take it.
+  std::wstring EngineOf(const std::wstring& source, const std::wstring& access) {
+    system_.environment[L"PXSCHEDULER_DATA_ACCESS"] = access;
+    const auto refuse = [](const wchar_t* engine) {
+      return [engine](const ConnectionSettings&) -> std::unique_ptr<Session> {
+        throw RuntimeError{Session::kProviderFailure, engine};
+      };
+    };
+    const auto connection = NewWindowsConnection(system_, {refuse(L"file"), refuse(L"odbc")});
+    EXPECT_EQ(connection->State(), Connection::kStateClosed);
+    const RuntimeError error = RaisedBy(
+        [&] { connection->Open(L"Provider=SQLOLEDB;Data Source=" + source, L"", L"", -1); });
+    if (error.number == 0) return L"ado";
+    return error.number == 429 ? L"none" : error.description;
+  }
+};
+
+TEST_F(DataAccess, FollowsWhatIsInstalledAndWhatIsWanted) {
+  EXPECT_EQ(EngineOf(L"host", L""), L"odbc");
+  Install(L"ADODB.Connection", kConnectionClass);
+  EXPECT_EQ(EngineOf(L"host", L""), L"odbc") << "without the provider";
+  Install(L"SQLOLEDB", kProviderClass);
+  EXPECT_EQ(EngineOf(L"host", L""), L"ado");
+  EXPECT_EQ(EngineOf(L"host", L" ADO "), L"ado");
+  EXPECT_EQ(EngineOf(L"host", L"odbc"), L"odbc");
+  EXPECT_EQ(EngineOf(L"SQLITE:C:\\a.db", L""), L"file");
+  EXPECT_EQ(EngineOf(L"sqlite:C:\\a.db", L"ado"), L"file");
+}
+
+TEST_F(DataAccess, RefusesAnUnknownWayByName) {
+  system_.environment[L"PXSCHEDULER_DATA_ACCESS"] = L"oledb";
+  const RuntimeError error = RaisedBy([&] { NewWindowsConnection(system_, {}); });
+  EXPECT_EQ(error.number, 5);
+  EXPECT_NE(error.description.find(L"PXSCHEDULER_DATA_ACCESS is \"oledb\""), std::wstring::npos);
+}
+
+TEST_F(DataAccess, ACursorLocationSetBeforeOpenIsPassedOn) {
+  InstallDataObjects();
+  const auto connection = NewWindowsConnection(system_, {});
+  connection->SetCursorLocation(Connection::kUseClient);
+  EXPECT_TRUE(Calls().empty());
+  connection->Open(L"Provider=SQLOLEDB;Data Source=host", L"", L"", -1);
+  EXPECT_EQ(Calls().front(), "Connection.CursorLocation = 3");
+}
+
+}  // namespace
+}  // namespace pxscheduler

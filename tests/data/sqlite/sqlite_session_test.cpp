@@ -1,0 +1,286 @@
+#include "data/sqlite/sqlite_session.h"
+
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tests/support/raised_by.h"
+#include "tests/support/scratch_folder.h"
+#include "text/utf8.h"
+
+namespace pxscheduler {
+namespace {
+
+using namespace std::chrono_literals;
+
+class SqliteSessionTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    Make(R"sql(
+      CREATE TABLE Clients (Number INTEGER PRIMARY KEY, Name NVARCHAR(50), Email VARCHAR(80) UNIQUE,
+        SendEmail BIT, Birthdate DATETIME, AnniversaryDate DATE, Balance MONEY, Weight REAL,
+        Photo VARBINARY, Anything);
+      INSERT INTO Clients VALUES
+        (1, 'Zoë', 'Zoe@Example.org', 1, '1970-11-17 00:00:00', '2002-03-05', 19.9, 2, x'00FF', 1.5),
+        (2, 'O''Brien', 'b@x', 0, '1980-11-25', '2001-12-24', 5, 0.1, NULL, 'text'),
+        (3, 'a' || char(0) || 'b', NULL, NULL, 'unknown', NULL, 1e300, NULL, NULL, NULL),
+        (4, char(128512), 'É@x', 'yes', NULL, '2026-11-16T15:07:41', 'n/a', 'n/a', NULL, 9007199254740993);
+      CREATE TABLE Users (UserID INT, Login VARCHAR(20));
+      INSERT INTO Users VALUES (1, 'Admin'), (2, 'jsmith'), (3, 'JSMITH');
+      CREATE VIEW Broken AS SELECT * FROM Missing;
+      CREATE VIEW Names AS SELECT Name, Birthdate FROM Clients;
+    )sql");
+  }
+
+  void Make(const std::string& sql) const {
+    sqlite3* database = nullptr;
+    ASSERT_EQ(sqlite3_open(file_.string().c_str(), &database), SQLITE_OK);
+    char* error = nullptr;
+    EXPECT_EQ(sqlite3_exec(database, sql.c_str(), nullptr, nullptr, &error), SQLITE_OK) << error;
+    sqlite3_close(database);
+  }
+
+  std::unique_ptr<Session> Open(const std::wstring& path, const std::wstring& catalog = L"") {
+    ConnectionSettings settings;
+    settings.data_source = path;
+    settings.initial_catalog = catalog;
+    return SqliteOpener([this] { return now_; })(settings);
+  }
+
+  std::unique_ptr<Session> Open() { return Open(file_.wstring()); }
+
+  Value Computed(const std::wstring& expression) {
+    const RowStore rows = Open()->Query(L"SELECT " + expression);
+    EXPECT_EQ(rows.RowCount(), 1U);
+    EXPECT_EQ(rows.ColumnCount(), 1U);
+    return rows.Read(0, 0);
+  }
+
+  // The numbers of the clients that fit the condition, in their order.
+  std::string Clients(const std::wstring& condition) {
+    std::string numbers;
+    const RowStore rows = Open()->Query(L"SELECT * FROM Clients WHERE " + condition);
+    for (std::size_t row = 0; row < rows.RowCount(); ++row)
+      numbers += std::to_string(std::get<std::int64_t>(rows.Read(row, 0)));
+    return numbers;
+  }
+
+  // "number text", or "" where nothing is raised.
+  template <typename Action>
+  static std::string ErrorOf(const Action& action) {
+    const RuntimeError error = RaisedBy(action);
+    return error.number == 0 ? "" : std::to_string(error.number) + " " + ToUtf8(error.description);
+  }
+
+  ScratchFolder scratch_;
+  std::filesystem::path folder_ = scratch_.Path();
+  std::filesystem::path file_ = folder_ / "Agency.v2.db";
+  DateTime now_{2026y / 11 / 16, 15h};
+};
+
+TEST_F(SqliteSessionTest, GivesValuesByDeclaredType) {
+  const std::unique_ptr<Session> session = Open();
+  const RowStore rows = session->Query(L"SELECT * FROM Clients ORDER BY Number");
+  const DateTime birth{1980y / 11 / 25};
+  const DateTime wedding{2001y / 12 / 24};
+  const DateTime afternoon{2026y / 11 / 16, 15h + 7min + 41s};
+  const std::vector<std::vector<Value>> expected = {
+      {1, L"Zoë", L"Zoe@Example.org", true, DateTime{1970y / 11 / 17}, DateTime{2002y / 3 / 5},
+       Decimal{"19.9"}, 2.0, std::wstring{L"\0\uFFFD", 2}, 1.5},
+      {2, L"O'Brien", L"b@x", false, birth, wedding, Decimal{"5"}, 0.1, {}, L"text"},
+      {3, std::wstring{L"a\0b", 3}, {}, {}, L"unknown", {}, 1e300, {}, {}, {}},
+      {4, L"\U0001F600", L"É@x", L"yes", {}, afternoon, L"n/a", L"n/a", {}, 9007199254740993},
+  };
+  ASSERT_EQ(rows.RowCount(), expected.size());
+  for (std::size_t row = 0; row < expected.size(); ++row)
+    for (std::size_t column = 0; column < expected[row].size(); ++column)
+      EXPECT_EQ(rows.Read(row, column), expected[row][column]) << row << " " << column;
+  EXPECT_EQ(rows.FindColumn(L"BIRTHDATE"), 4U);
+}
+
+TEST_F(SqliteSessionTest, RunsSavedQueries) {
+  const struct {
+    std::wstring condition;
+    std::string numbers;
+  } cases[] = {
+      {L"MONTH(Birthdate)*100+DAY(Birthdate) IN (1117,1118)", "1"},
+      {L"1=1  AND ((MONTH(AnniversaryDate)<MONTH(GETDATE()) AND "
+       L"DATEDIFF(YEAR,AnniversaryDate,GETDATE())=24) OR (MONTH(AnniversaryDate)>=MONTH(GETDATE()) "
+       L"AND DATEDIFF(YEAR,AnniversaryDate,GETDATE())=25))",
+       "12"},
+      {L"Birthdate='1970-11-17'", "1"},
+      {L"Birthdate<='19701117'", "1"},
+      {L"Birthdate IN ('11/25/1980')", "2"},
+      {L"Birthdate BETWEEN '1970-11-17' AND DATEADD(year, -46, GETDATE()) + 9", "12"},
+      {L"AnniversaryDate>GETDATE()", "4"},
+      {L"Name='ZOË  '", "1"},
+      {L"ISNULL(Name,'')='zoË'", "1"},
+      {L"Email='zoe@example.ORG'", "1"},
+      {L"Email LIKE '[^a-y]%' ORDER BY Email DESC", "41"},
+      {L"Name=N'o''brien' AND SendEmail='False'", "2"},
+      {L"SendEmail<>0", "14"},
+      {L"LEN(Name)=3", "13"},
+      {L"Name IN ('zoë','O''BRIEN')", "12"},
+      {L"Email COLLATE Latin1_General_CS_AS='zoe@example.org'", ""},
+      {L"Number=(SELECT UserID FROM [agency.V2].dbo.Users WITH (NOLOCK) WHERE [Login]='ADMIN')",
+       "1"},
+      {L"Number IN (SELECT TOP 2 UserID FROM Users ORDER BY UserID DESC)", "23"},
+      {L"EXISTS (SELECT 1 FROM Users u WHERE u.UserID=Clients.Number AND u.Login LIKE 'js%')",
+       "23"},
+  };
+  for (const auto& [condition, numbers] : cases) {
+    std::string found;
+    EXPECT_EQ(ErrorOf([&, &query = condition] { found = Clients(query); }), "");
+    EXPECT_EQ(found, numbers) << ToUtf8(condition);
+  }
+}
+
+TEST_F(SqliteSessionTest, ComputesAsTheServerDoes) {
+  // As many characters to the server as the platform's wide characters take for it.
+  const std::wstring emoji = L"\U0001F600";
+  const struct {
+    std::wstring expression;
+    Value value;
+  } cases[] = {
+      {L"GETDATE()", L"2026-11-16 15:00:00"},
+      {L"DATEADD(day, DATEDIFF(day, 0, GETDATE()), 0)", L"2026-11-16 00:00:00"},
+      {L"CONVERT(date, GETDATE())", L"2026-11-16"},
+      {L"GETDATE()-0.5", L"2026-11-16 03:00:00"},
+      {L"CAST('2026-01-02' AS datetime)-CAST('2026-01-01' AS datetime)", 1.0},
+      {L"DATEDIFF(day, 'no date', GETDATE())", {}},
+      {L"YEAR(NULL)", {}},
+      {L"SUBSTRING('abcdef',2,3)", L"bcd"},
+      {L"SUBSTRING('abcdef',0,3)", L"ab"},
+      {L"SUBSTRING('abcdef',-5,6)", L""},
+      {L"SUBSTRING('abcdef',-5,8)", L"ab"},
+      {L"SUBSTRING('abcdef',5,100)", L"ef"},
+      {L"SUBSTRING('abcdef',7,1)", L""},
+      {L"SUBSTRING(12345,2,9223372036854775807)", L"2345"},
+      {L"SUBSTRING('a" + emoji + L"b',2," + std::to_wstring(emoji.size()) + L")", emoji},
+      {L"LEN('  a  ')", 3},
+      {L"LEN('')", 0},
+      {L"LEFT('abc',2)+RIGHT('abc',5)", L"ababc"},
+      {L"CHARINDEX('B','abcb',3)", 4},
+      {L"CHARINDEX('x','abc')", 0},
+      {L"UPPER('straße é')+LOWER('ÀÉ')", L"STRAßE Éàé"},
+      {L"'a'+'b'+NULL", {}},
+      {L"'5'+3", 8},
+      {L"9223372036854775807-(-1)+0", 9223372036854775808.0},
+      {L"CONVERT(varchar(3),'abcdef')", L"abc"},
+      {L"CONVERT(char(5),12)+'|'", L"12   |"},
+      {L"CONVERT(varchar,GETDATE())", L"Nov 16 2026  3:00PM"},
+      {L"CONVERT(varchar(10),GETDATE(),103)", L"16/11/2026"},
+      {L"CONVERT(int,'  42 ')", 42},
+      {L"CAST(-2.9 AS int)", -2},
+      {L"CONVERT(decimal(10,2),1.005)", 1.01},
+      {L"CONVERT(decimal(5),-2.5)", -3},
+      {L"CONVERT(datetime,'16/11/2026',103)", L"2026-11-16 00:00:00"},
+      {L"CONVERT(bit,5)", 1},
+      {L"CASE 'A' WHEN 'a' THEN 1 ELSE 2 END", 1},
+      {L"7/2", 3},
+  };
+  for (const auto& [expression, value] : cases)
+    EXPECT_EQ(Computed(expression), value) << ToUtf8(expression);
+}
+
+TEST_F(SqliteSessionTest, RefusesWhatTheServerRejects) {
+  const struct {
+    std::wstring sql;
+    std::string error;
+  } cases[] = {
+      {L"SELECT Missing FROM Clients", "no such column: Missing"},
+      {L"SELECT \"text\"", "no such column: text"},
+      {L"SELEC 1", "near \"SELEC\": syntax error"},
+      {L"SELECT * FROM Broken", "no such table: main.Missing"},
+      {L"SELECT @x", "Must declare the scalar variable \"@x\"."},
+      {L"SELECT CONVERT(int,'abc')",
+       "Conversion failed when converting the varchar value 'abc' to data type int."},
+      {L"SELECT DATEADD(fortnight,1,GETDATE())", "'fortnight' is not a recognized dateadd option."},
+      {L"SELECT DATEADD(year,9000,GETDATE())",
+       "Adding a value to a 'datetime' column caused an overflow."},
+      {L"SELECT SUBSTRING('a',1,-1)",
+       "Invalid length parameter passed to the LEFT or SUBSTRING function."},
+      {L"SELECT CONVERT(varchar(30),GETDATE(),77)",
+       "77 is not a valid style number when converting from datetime to a character string."},
+      {L"SET LOCK_TIMEOUT soon", "Incorrect syntax near 'soon'."},
+      {L"SELECT 1 WHERE 2=(SELECT UserID FROM Users WHERE Login='jsmith')",
+       "Subquery returned more than 1 value. This is not permitted when the subquery follows "
+       "=, !=, <, <= , >, >= or when the subquery is used as an expression."},
+  };
+  for (const auto& [sql, error] : cases)
+    EXPECT_EQ(ErrorOf([&, &query = sql] { Open()->Query(query); }), "-2147217900 " + error)
+        << ToUtf8(sql);
+}
+
+TEST_F(SqliteSessionTest, WritesNothing) {
+  const auto bytes = std::filesystem::file_size(file_);
+  const std::unique_ptr<Session> session = Open();
+  for (const wchar_t* sql :
+       {L"DELETE FROM Clients", L"UPDATE main.Clients SET Name='x'",
+        L"INSERT INTO Users VALUES(9,'x')", L"CREATE TEMP TABLE t (a)", L"DROP VIEW temp.Clients",
+        L"PRAGMA user_version=5", L"ATTACH 'other.db' AS other", L"VACUUM INTO 'copy.db'", L"BEGIN",
+        L"SELECT 1; DROP TABLE Users"})
+    EXPECT_EQ(ErrorOf([&] { session->Execute(sql); }).substr(0, 11), "-2147217900") << sql;
+  EXPECT_EQ(session->Query(L"SELECT * FROM Clients").RowCount(), 4U);
+  EXPECT_EQ(std::filesystem::file_size(file_), bytes);
+}
+
+TEST_F(SqliteSessionTest, MakesNoFileBesideADatabaseInWriteAheadMode) {
+  Make("PRAGMA journal_mode=WAL; INSERT INTO Users VALUES (4, 'new');");
+  const std::unique_ptr<Session> session = Open();
+  EXPECT_EQ(session->Query(L"SELECT * FROM Users").RowCount(), 4U);
+  std::vector<std::filesystem::path> files;
+  for (const auto& entry : std::filesystem::directory_iterator{folder_})
+    files.push_back(entry.path());
+  EXPECT_EQ(files, std::vector<std::filesystem::path>{file_});
+}
+
+TEST_F(SqliteSessionTest, TakesBatches) {
+  const std::unique_ptr<Session> session = Open();
+  session->Execute(L"SET LOCK_TIMEOUT 60000");
+  session->Execute(L"SELECT * FROM Clients");
+  const RowStore rows =
+      session->Query(L"SET NOCOUNT ON; SELECT 1 AS First; SELECT 2 AS Second, 3;");
+  EXPECT_EQ(rows.ColumnCount(), 1U);
+  EXPECT_EQ(rows.FindColumn(L"First"), 0U);
+  EXPECT_EQ(session->Query(L"SET NOCOUNT ON").ColumnCount(), 0U);
+  EXPECT_EQ(session->Query(L"").ColumnCount(), 0U);
+  EXPECT_EQ(session->Query(L"SELECT * FROM Clients WHERE 1=0").ColumnCount(), 10U);
+}
+
+TEST_F(SqliteSessionTest, NamesItsDatabase) {
+  EXPECT_EQ(Open()->CurrentDatabase(), L"Agency.v2");
+  EXPECT_EQ(Open(file_.wstring(), L"Orbalis")->CurrentDatabase(), L"Orbalis");
+  std::wstring path = file_.wstring();
+  std::replace(path.begin(), path.end(), L'/', L'\\');
+  EXPECT_EQ(Open(path, L" ")->CurrentDatabase(), L"Agency.v2");
+}
+
+TEST_F(SqliteSessionTest, OpensNothingButDatabases) {
+  const auto refusal = [](const std::string& path, const std::string& why) {
+    return "-2147467259 Cannot open the database file \"" + path + "\": " + why;
+  };
+  EXPECT_EQ(ErrorOf([&] { Open(L""); }), refusal("", "there is no such file."));
+  EXPECT_EQ(ErrorOf([&] { Open(L":memory:"); }), refusal(":memory:", "there is no such file."));
+  EXPECT_EQ(ErrorOf([&] { Open(folder_.wstring()); }),
+            refusal(folder_.string(), "it is not a file."));
+  const std::filesystem::path text = folder_ / "a%20text#file";
+  std::ofstream{text} << std::string(5000, 'x');
+  EXPECT_EQ(ErrorOf([&] { Open(text.wstring()); }), "-2147467259 file is not a database");
+}
+
+TEST_F(SqliteSessionTest, KeepsNamesOfFiveThousandCharacters) {
+  const std::wstring name(5000, L'é');
+  EXPECT_EQ(Computed(L"'" + name + L"'+''"), Value{name});
+}
+
+}  // namespace
+}  // namespace pxscheduler

@@ -1,0 +1,248 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "tests/delivery/smtp/mail_fixture.h"
+#include "text/utf8.h"
+
+namespace pxscheduler {
+namespace {
+
+using ::testing::AllOf;
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::EndsWith;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+using ::testing::SizeIs;
+using ::testing::StartsWith;
+
+TEST(DeliveryTest, OneConnectionForTheRunWithResetAfterARefusal) {
+  const ScriptedSmtpServer server(
+      R"({"faults": [{"at": "RCPT", "match": "nobody", "do": "550 unknown"}]})");
+  {
+    TestMail mail(server.Port());
+    EXPECT_EQ(mail.SendTo(L"ann@example.com"), 0);
+    EXPECT_EQ(mail.SendTo(L"nobody@example.com"), 8);
+    EXPECT_EQ(mail.SendTo(L"bob@example.com"), 0);
+  }
+  // Nobody waits for the answer to the last command.
+  std::vector<std::string> commands = server.Commands();
+  for (int i = 0; i < 500 && commands.size() < 12; ++i) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    commands = server.Commands();
+  }
+  ASSERT_THAT(commands, SizeIs(12));
+  EXPECT_THAT(commands[0], StartsWith("1 EHLO "));
+  commands.erase(commands.begin());
+  for (std::string& command : commands)
+    command.resize(std::min(command.find(" SIZE="), command.size()));
+  EXPECT_THAT(
+      commands,
+      ElementsAre("1 MAIL FROM:<news@agency.example>", "1 RCPT TO:<ann@example.com>", "1 DATA",
+                  "1 MAIL FROM:<news@agency.example>", "1 RCPT TO:<nobody@example.com>", "1 DATA",
+                  "1 RSET", "1 MAIL FROM:<news@agency.example>", "1 RCPT TO:<bob@example.com>",
+                  "1 DATA", "1 QUIT"));
+}
+
+// However many are composed before the first is sent, each goes to its own recipient.
+TEST(DeliveryTest, ComposedMessagesWaitTheirTurn) {
+  const ScriptedSmtpServer server("{}");
+  TestMail mail(server.Port());
+  SmtpMailComponent& component = mail.Component();
+  const std::wstring more = L"\n" + std::wstring(12000, L'x');
+  std::vector<std::string> expected;
+  for (const wchar_t* const letter : {L"once", L"again"}) {
+    std::size_t composed = 0;
+    for (; component.CanComposeMore(); ++composed) {
+      ASSERT_LT(composed, 100U);
+      const std::wstring name = letter + std::to_wstring(composed);
+      component.SetBodyText({{.text = name}, {.text = more}});
+      component.ResetRecipients(MailComponent::kAllRecipients);
+      component.AddRecipient(L"", composed == 2 ? L"nobody" : name + L"@example.com",
+                             MailComponent::kRecipientTo);
+      component.Compose();
+      if (composed != 2) expected.push_back(ToUtf8(name));
+    }
+    EXPECT_GT(composed, 3U);
+    for (std::size_t sent = 0; sent < composed; ++sent) {
+      component.Send();
+      EXPECT_EQ(component.AwaitResult(), sent == 2 ? 8 : 0);
+    }
+  }
+  const std::vector<std::string> messages = server.Messages();
+  ASSERT_EQ(messages.size(), expected.size());
+  for (std::size_t i = 0; i < messages.size(); ++i) {
+    EXPECT_THAT(messages[i], AllOf(HasSubstr("To: " + expected[i] + "@example.com"),
+                                   HasSubstr("\r\n\r\n" + expected[i] + "\r\n")));
+    EXPECT_THAT(server.Envelope(i), HasSubstr("\"" + expected[i] + "@example.com\""));
+  }
+}
+
+TEST(DeliveryTest, LargeMessagesDoNotWaitForOneAnother) {
+  TestMail mail(1);
+  SmtpMailComponent& component = mail.Component();
+  const std::wstring text(100000, L'x');
+  component.SetBodyText({{.text = text}});
+  component.AddRecipient(L"", L"ann@example.com", MailComponent::kRecipientTo);
+  component.Compose();
+  EXPECT_FALSE(component.CanComposeMore());
+}
+
+TEST(DeliveryTest, NoMessageIsHandedOverTwice) {
+  const ScriptedSmtpServer server("{}");
+  TestMail mail(server.Port());
+  EXPECT_EQ(mail.SendTo(L"ann@example.com"), 0);
+  mail.Component().Send();
+  EXPECT_EQ(mail.Component().AwaitResult(), 1);
+  EXPECT_EQ(mail.SendTo(L"bob@example.com"), 0);
+  EXPECT_THAT(server.Messages(), ElementsAre(HasSubstr("ann@"), HasSubstr("bob@")));
+}
+
+// A limit of messages per connection and an idle time-out show themselves where the next message
+// begins.
+TEST(DeliveryTest, OpensAgainWhereTheServerEndedTheConnection) {
+  for (const char* const fault : {R"({"at": "between", "do": "421 idle close", "nth": 2})",
+                                  R"({"at": "between", "do": "close", "nth": 2})",
+                                  R"({"at": "MAIL", "do": "421 enough close", "nth": 3})",
+                                  R"({"at": "MAIL", "do": "451 enough", "nth": 3})",
+                                  R"({"at": "MAIL", "do": "reset", "nth": 3})"}) {
+    SCOPED_TRACE(fault);
+    const ScriptedSmtpServer server(R"({"faults": [)" + std::string(fault) + "]}");
+    TestMail mail(server.Port());
+    for (const wchar_t* address :
+         {L"a@example.com", L"b@example.com", L"c@example.com", L"d@example.com"})
+      EXPECT_EQ(mail.SendTo(address), 0);
+    EXPECT_THAT(server.Messages(), SizeIs(4));
+    EXPECT_THAT(server.Envelope(3), HasSubstr(R"("connection": 2)"));
+  }
+}
+
+TEST(DeliveryTest, NothingIsSentWhereSomethingIsMalformedOrMissing) {
+  const ScriptedSmtpServer server("{}");
+  TestMail mail(server.Port());
+  for (const wchar_t* address : {L"", L"a@example.com, b@example.com", L"ann@example.com\r\nDATA"})
+    EXPECT_EQ(mail.SendTo(address), 8) << ToUtf8(address);
+  for (const wchar_t* sender : {L"", L"agency", L"news@agency.example\r\nRCPT TO:<x@y>"}) {
+    mail.Component().SetSenderAddress(sender);
+    EXPECT_EQ(mail.SendTo(L"ann@example.com"), 7) << ToUtf8(sender);
+  }
+  mail.Component().SetServerHost(L"  ");
+  EXPECT_EQ(mail.SendTo(L"ann@example.com"), 15);
+  EXPECT_THAT(server.Commands(), IsEmpty());
+}
+
+TEST(DeliveryTest, ServersThatCannotBeReached) {
+  struct Case {
+    const wchar_t* host;
+    std::int32_t port;
+    std::int32_t code;
+  };
+  constexpr Case kCases[] = {
+      {L"127.0.0.1", 1, 9},        {L"localhost", 1, 9},  {L"127.0.0.1", 0, 9},
+      {L"127.0.0.1", 65561, 9},    {L"127.0.0.1", -1, 9}, {L"name.invalid", 25, 17},
+      {L"no host at all", 25, 17},
+  };
+  for (const Case& test : kCases) {
+    TestMail mail(test.port);
+    mail.Component().SetServerHost(test.host);
+    const std::int32_t code = mail.SendTo(L"ann@example.com");
+    // A machine without any name server may take long to say that it knows no such name.
+    EXPECT_TRUE(code == test.code || (test.code == 17 && code == 21)) << ToUtf8(test.host) << code;
+  }
+}
+
+TEST(DeliveryTest, Extensions) {
+  struct Case {
+    const char* extensions;
+    const wchar_t* address;
+    std::int32_t code;
+    const char* envelope;
+  };
+  constexpr Case kCases[] = {
+      {R"("SIZE 100")", L"ann@example.com", 4, ""},
+      {R"("SIZE 0")", L"ann@example.com", 0, R"("mail": "SIZE=)"},
+      {R"("SIZE")", L"ann@example.com", 0, R"("mail": "SIZE=)"},
+      {R"("HELP")", L"ann@b\u00fccher.example", 0, R"("to": ["ann@xn--bcher-kva.example"])"},
+      {R"("HELP")", L"\u00e4nn@example.com", 8, ""},
+      {R"("SMTPUTF8", "8BITMIME")", L"\u00e4nn@b\u00fccher.example", 0,
+       R"("to": ["\u00e4nn@xn--bcher-kva.example"], "mail": "BODY=8BITMIME SMTPUTF8")"},
+      {R"("SMTPUTF8", "8BITMIME")", L"ann@example.com", 0, R"("mail": "")"},
+      {R"("HELP")", L" ann..smith@example.com ", 0, R"("to": ["\"ann..smith\"@example.com"])"},
+  };
+  for (const Case& test : kCases) {
+    SCOPED_TRACE(std::string(test.extensions) + ToUtf8(test.address));
+    const ScriptedSmtpServer server(R"({"extensions": [)" + std::string(test.extensions) + "]}");
+    TestMail mail(server.Port());
+    EXPECT_EQ(mail.SendTo(test.address), test.code);
+    if (test.code == 0)
+      EXPECT_THAT(server.Envelope(0), HasSubstr(test.envelope));
+    else
+      EXPECT_THAT(server.Messages(), IsEmpty());
+  }
+}
+
+// Whatever the server was like when the message was composed.
+TEST(DeliveryTest, EightBitOnlyWhereTheServerTakesIt) {
+  const std::string eight_bit = R"({"extensions": ["PIPELINING", "8BITMIME", "SIZE"], )";
+  const std::string seven_bit = R"({"extensions": ["PIPELINING", "SIZE"]})";
+  ScriptedSmtpServer server(eight_bit + R"("faults": [{"at": "MAIL", "do": "close", "nth": 2}]})");
+  TestMail mail(server.Port());
+  SmtpMailComponent& component = mail.Component();
+  const std::wstring text = L".Gr\u00fc\u00dfe\n.\n";
+  component.SetBodyText({{.text = text}});
+  for (const wchar_t* address : {L"a@example.com", L"b@example.com", L"c@example.com"}) {
+    component.ResetRecipients(MailComponent::kAllRecipients);
+    component.AddRecipient(L"", address, MailComponent::kRecipientTo);
+    component.Compose();
+  }
+  const auto send = [&] {
+    component.Send();
+    EXPECT_EQ(component.AwaitResult(), 0);
+  };
+  send();
+  server.SetScript(seven_bit);
+  send();
+  component.Compose();
+  EXPECT_TRUE(component.CanComposeMore());
+  send();
+  send();
+  const std::vector<std::string> messages = server.Messages();
+  ASSERT_THAT(messages, SizeIs(4));
+  EXPECT_THAT(messages[0], AllOf(HasSubstr("\r\nContent-Transfer-Encoding: 8bit\r\n"),
+                                 EndsWith("\r\n\r\n.Gr\xC3\xBC\xC3\x9F"
+                                          "e\r\n.\r\n")));
+  EXPECT_THAT(server.Envelope(0), HasSubstr("BODY=8BITMIME\""));
+  for (std::size_t later = 1; later < 4; ++later) {
+    EXPECT_THAT(messages[later],
+                AllOf(HasSubstr("\r\nContent-Transfer-Encoding: quoted-printable\r\n"),
+                      EndsWith("\r\n\r\n.Gr=C3=BC=C3=9Fe\r\n.\r\n")));
+    EXPECT_THAT(server.Envelope(later),
+                AllOf(HasSubstr("\"connection\": 2"), Not(HasSubstr("BODY="))));
+  }
+}
+
+TEST(DeliveryTest, AnOldServerAndAnAddressOfSixteenBytes) {
+  const ScriptedSmtpServer server(R"({"faults": [{"at": "EHLO", "do": "502 what"}]})", "::1");
+  TestMail mail(server.Port());
+  mail.Component().SetServerHost(L"::1");
+  EXPECT_EQ(mail.SendTo(L"ann@example.com"), 0);
+  EXPECT_THAT(server.Commands(), Contains(StartsWith("1 HELO ")));
+}
+
+TEST(DeliveryTest, BodyFile) {
+  TestMail mail(1);
+  mail.letters[L"body.htm"] = Letter{L"<html>Hello [First Name]</html>", L"Hello", {}};
+  SmtpMailComponent& component = mail.Component();
+  EXPECT_EQ(component.LoadBodyFromFile(L"body.htm", MailComponent::kBodyAndAlternative), 0);
+  EXPECT_NE(component.LoadBodyFromFile(L"none.htm", MailComponent::kBodyAndAlternative), 0);
+  EXPECT_EQ(component.BodyText(), L"<html>Hello [First Name]</html>");
+  EXPECT_EQ(component.AlternativeBodyText(), L"Hello");
+}
+
+}  // namespace
+}  // namespace pxscheduler
