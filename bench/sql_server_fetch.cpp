@@ -21,9 +21,8 @@ using Seconds = std::chrono::duration<double>;
 // A line of /proc/self/status in bytes, for instance "VmHWM", the peak of what was resident.
 double StatusBytes(const std::string& name) {
   std::ifstream status("/proc/self/status");
-  for (std::string line; std::getline(status, line);) {
+  for (std::string line; std::getline(status, line);)
     if (line.starts_with(name + ':')) return std::stod(line.substr(name.size() + 1)) * 1024;
-  }
   return 0;
 }
 

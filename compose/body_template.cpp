@@ -24,9 +24,8 @@ std::wstring ConvertToHtml(const System& system, const CodePage& ansi, TextContr
     if (recorded > 0) text_control.SetPageSetting(index, recorded);
   }
   std::wstring html_path = GetWindowsTempFolder(system, ansi) + L"scheduler.htm";
-  for (int index = 0; index < TextControl::kPageValues; ++index) {
+  for (int index = 0; index < TextControl::kPageValues; ++index)
     text_control.SetDocumentPageValue(index, text_control.PageSetting(index));
-  }
   text_control.Save(html_path, 0, TextControl::kFormatHtml);
   return html_path;
 }
@@ -37,9 +36,7 @@ BodyTexts PrepareMessageBody(const System& system, const CodePage& ansi,
                              const std::function<std::unique_ptr<TextControl>()>& new_text_control,
                              MailComponent& mail, const std::wstring& body_file) {
   std::wstring path = body_file;
-  if (IsTemplate(path)) {
-    path = ConvertToHtml(system, ansi, *new_text_control(), path);
-  }
+  if (IsTemplate(path)) path = ConvertToHtml(system, ansi, *new_text_control(), path);
   mail.LoadBodyFromFile(path, MailComponent::kBodyAndAlternative);
   BodyTexts texts{mail.BodyText(), mail.AlternativeBodyText()};
   if (IsHtmlDocument(texts.body)) mail.SetHtml(1);

@@ -107,9 +107,8 @@ MergedText Merge(const MergeTemplate& merge_template, const ValuesInCodePage& va
 }
 
 std::wstring MergeInSequence(std::wstring text, const MergeValues& values) {
-  for (std::size_t token = 0; token < kMergeTokenCount; ++token) {
+  for (std::size_t token = 0; token < kMergeTokenCount; ++token)
     text = ReplaceAll(text, kTokens[token], values[token]);
-  }
   return text;
 }
 

@@ -31,9 +31,8 @@ void OpenDatabase(const Registry& registry, const CodePage& ansi, const Password
                   Connection& connection, const std::wstring& dsn) {
   DataSource source = ReadDataSource(registry, ansi, RegistryRoot::kLocalMachine, dsn);
   // Without a machine-wide database the data source counts as the user's own, server and all.
-  if (IsBlank(source.database)) {
+  if (IsBlank(source.database))
     source = ReadDataSource(registry, ansi, RegistryRoot::kCurrentUser, dsn);
-  }
 
   if (!OpenConnection(connection, source.server, source.database, kLogin, Qzpwd(passwords, ansi),
                       kProvider)) {

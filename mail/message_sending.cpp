@@ -18,9 +18,8 @@ std::optional<std::wstring> ComposeRow(const Regional& regional, const CodePage&
   std::wstring address = TextOf(regional, result_set.Fields(L"Email"sv));
   const bool is_marked = IsTrue(result_set.Fields(L"SendEmail"sv));
   std::wstring lower_address = LowerCase(address);
-  if (!is_marked || address.find(L'@') == std::wstring::npos || lower_address == last_address) {
+  if (!is_marked || address.find(L'@') == std::wstring::npos || lower_address == last_address)
     return std::nullopt;
-  }
   last_address = std::move(lower_address);
 
   MergeValues values = ReadMergeValues(regional, result_set, address);

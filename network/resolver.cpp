@@ -17,9 +17,7 @@ std::vector<SocketAddress> LookUp(const std::string& host, int flags) {
   hints.ai_flags = flags;
   addrinfo* found = nullptr;
   std::vector<SocketAddress> addresses;
-  if (getaddrinfo(host.c_str(), nullptr, &hints, &found) != 0) {
-    return addresses;
-  }
+  if (getaddrinfo(host.c_str(), nullptr, &hints, &found) != 0) return addresses;
   const std::unique_ptr<addrinfo, decltype(&freeaddrinfo)> owner(found, &freeaddrinfo);
   for (const addrinfo* entry = found; entry != nullptr; entry = entry->ai_next) {
     if (entry->ai_addrlen <= sizeof(sockaddr_storage)) {
@@ -35,11 +33,10 @@ std::vector<SocketAddress> LookUp(const std::string& host, int flags) {
 }  // namespace
 
 void SocketAddress::SetPort(std::uint16_t port) {
-  if (storage.ss_family == AF_INET6) {
+  if (storage.ss_family == AF_INET6)
     reinterpret_cast<sockaddr_in6*>(&storage)->sin6_port = htons(port);
-  } else {
+  else
     reinterpret_cast<sockaddr_in*>(&storage)->sin_port = htons(port);
-  }
 }
 
 struct Resolver::Lookup {
@@ -57,9 +54,7 @@ Resolver::~Resolver() = default;
 ResolveResult Resolver::Resolve(const std::string& host, std::chrono::milliseconds time,
                                 std::vector<SocketAddress>& addresses) {
   addresses = LookUp(host, AI_NUMERICHOST);  // asks nobody, so it cannot take long
-  if (!addresses.empty()) {
-    return ResolveResult::kResolved;
-  }
+  if (!addresses.empty()) return ResolveResult::kResolved;
   if (!pending_ || pending_->host != host) {
     pending_ = std::make_shared<Lookup>();
     pending_->host = host;
@@ -77,9 +72,8 @@ ResolveResult Resolver::Resolve(const std::string& host, std::chrono::millisecon
     }).detach();
   }
   std::unique_lock lock(pending_->mutex);
-  if (!pending_->finished.wait_for(lock, time, [this] { return pending_->is_finished; })) {
+  if (!pending_->finished.wait_for(lock, time, [this] { return pending_->is_finished; }))
     return ResolveResult::kTimedOut;
-  }
   addresses = std::move(pending_->addresses);
   lock.unlock();
   pending_.reset();

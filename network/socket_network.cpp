@@ -25,13 +25,10 @@ milliseconds TimeUntil(Deadline deadline) {
 IoResult Wait(SocketHandle socket, SocketEvent event, Deadline deadline) {
   for (;;) {
     const milliseconds time = TimeUntil(deadline);
-    if (time <= milliseconds(0)) {
-      return IoResult::kTimedOut;
-    }
+    if (time <= milliseconds(0)) return IoResult::kTimedOut;
     const PollResult result = PollSockets(std::span(&socket, 1), event, time);
-    if (result != PollResult::kNothing) {
+    if (result != PollResult::kNothing)
       return result == PollResult::kReady ? IoResult::kDone : IoResult::kBroken;
-    }
   }
 }
 
@@ -49,13 +46,10 @@ class SocketTransport : public Transport {
   IoResult Send(std::string_view bytes, Deadline deadline) override {
     while (!bytes.empty()) {
       const IoResult ready = WaitIfLittleTime(SocketEvent::kWritable, deadline);
-      if (ready != IoResult::kDone) {
-        return ready;
-      }
+      if (ready != IoResult::kDone) return ready;
       std::size_t sent = 0;
-      if (SendSome(socket_.Handle(), bytes, sent) == TransferResult::kFailed) {
+      if (SendSome(socket_.Handle(), bytes, sent) == TransferResult::kFailed)
         return IoResult::kBroken;
-      }
       bytes.remove_prefix(sent);
     }
     return IoResult::kDone;
@@ -66,9 +60,7 @@ class SocketTransport : public Transport {
     received = 0;
     for (;;) {
       const IoResult ready = WaitIfLittleTime(SocketEvent::kReadable, deadline);
-      if (ready != IoResult::kDone) {
-        return ready;
-      }
+      if (ready != IoResult::kDone) return ready;
       const TransferResult result = ReceiveSome(socket_.Handle(), bytes, size, received);
       if (result != TransferResult::kNotYet) {
         const bool is_open = result == TransferResult::kDone && received > 0;
@@ -80,9 +72,7 @@ class SocketTransport : public Transport {
   std::string LocalAddress() const override {
     sockaddr_storage address{};
     socklen_t size = sizeof(address);
-    if (getsockname(socket_.Handle(), reinterpret_cast<sockaddr*>(&address), &size) != 0) {
-      return {};
-    }
+    if (getsockname(socket_.Handle(), reinterpret_cast<sockaddr*>(&address), &size) != 0) return {};
     std::array<char, INET6_ADDRSTRLEN> text{};
     const void* number =
         address.ss_family == AF_INET6
@@ -113,9 +103,7 @@ IoResult ConnectSocket(SocketHandle socket, const SocketAddress& address, Deadli
       break;
   }
   const IoResult ready = Wait(socket, SocketEvent::kWritable, deadline);
-  if (ready != IoResult::kDone) {
-    return ready;
-  }
+  if (ready != IoResult::kDone) return ready;
   return HasConnected(socket) ? IoResult::kDone : IoResult::kBroken;
 }
 
@@ -132,9 +120,7 @@ class SocketNetwork : public Network {
       case ResolveResult::kResolved:
         break;
     }
-    if (port < 1 || port > kHighestPort) {
-      return ConnectResult::kRefused;
-    }
+    if (port < 1 || port > kHighestPort) return ConnectResult::kRefused;
     const milliseconds granule = std::max(milliseconds(1), timeouts.shortest_step / 4);
     bool timed_out = false;
     // Every address has its share of what is left, so that one that never answers does not use up
@@ -145,9 +131,7 @@ class SocketNetwork : public Network {
       const auto now = std::chrono::steady_clock::now();
       const Deadline share = now + (deadline - now) / static_cast<long>(addresses.size() - i);
       Socket socket(addresses[i].storage.ss_family, SOCK_STREAM);
-      if (!socket.IsOpen()) {
-        continue;
-      }
+      if (!socket.IsOpen()) continue;
       const IoResult result = ConnectSocket(socket.Handle(), addresses[i], share);
       if (result == IoResult::kDone) {
         transport = std::make_unique<SocketTransport>(std::move(socket), granule);

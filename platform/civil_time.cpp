@@ -29,9 +29,8 @@ sys_days AddMonths(sys_days date, std::int64_t months) {
 sys_days AddDays(sys_days date, std::int64_t days) {
   const std::int64_t target = date.time_since_epoch().count() + days;
   if (target < kFirstDate.time_since_epoch().count() ||
-      target > kLastDate.time_since_epoch().count()) {
+      target > kLastDate.time_since_epoch().count())
     throw InvalidProcedureCall();
-  }
   return sys_days{std::chrono::days{static_cast<int>(target)}};
 }
 

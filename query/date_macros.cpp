@@ -206,13 +206,11 @@ std::optional<std::wstring> ReplacementByColumn(const Regional& regional, const 
   for (std::size_t back = kSliceStep; back < position; back += kSliceStep) {
     const std::wstring_view slice =
         std::wstring_view{expansion.text}.substr(position - back - 1, kSliceLength);
-    if (Holds(slice, L"AnniversaryDate") || Holds(slice, L"Birthdate")) {
+    if (Holds(slice, L"AnniversaryDate") || Holds(slice, L"Birthdate"))
       return MonthDayList(regional, expansion);
-    }
     if (Holds(slice, L"ReturnDate") || Holds(slice, L"TravelDate") || Holds(slice, L"LastDate") ||
-        Holds(slice, L"FirstDate")) {
+        Holds(slice, L"FirstDate"))
       return FormatSqlDate(regional, ansi, expansion.start_date);
-    }
   }
   return std::nullopt;
 }
@@ -220,9 +218,8 @@ std::optional<std::wstring> ReplacementByColumn(const Regional& regional, const 
 // The date or the range in readable form, which a text that begins with a macro becomes.
 std::wstring Caption(const Regional& regional, const DateMacroExpansion& expansion) {
   std::wstring caption = FormatShortDate(regional, expansion.start_date);
-  if (!IsBlank(expansion.end_date) && expansion.end_date != expansion.start_date) {
+  if (!IsBlank(expansion.end_date) && expansion.end_date != expansion.start_date)
     caption += L" - " + FormatShortDate(regional, expansion.end_date);
-  }
   return caption;
 }
 

@@ -14,9 +14,7 @@ constexpr Character LowerAscii(Character letter) {
 
 inline std::string LowerAscii(std::string_view text) {
   std::string lower(text);
-  for (char& letter : lower) {
-    letter = LowerAscii(letter);
-  }
+  for (char& letter : lower) letter = LowerAscii(letter);
   return lower;
 }
 

@@ -32,9 +32,8 @@ void AppendWholeNumber(std::int64_t number, std::wstring& text, std::size_t leas
   std::size_t first = digits.size();
   auto rest = static_cast<std::uint64_t>(number);
   if (number < 0) rest = 0 - rest;
-  for (; rest > 0 || digits.size() - first < least_digits; rest /= 10) {
+  for (; rest > 0 || digits.size() - first < least_digits; rest /= 10)
     digits[--first] = static_cast<wchar_t>(L'0' + rest % 10);
-  }
   if (number < 0) digits[--first] = L'-';
   text.append(digits.data() + first, digits.size() - first);
 }

@@ -18,16 +18,12 @@ WindowsMachine::~WindowsMachine() = default;
 System& WindowsMachine::TheSystem() { return *system_; }
 
 const Registry& WindowsMachine::TheRegistry() {
-  if (registry_ == nullptr) {
-    registry_ = std::make_unique<WindowsRegistry>();
-  }
+  if (registry_ == nullptr) registry_ = std::make_unique<WindowsRegistry>();
   return *registry_;
 }
 
 const CodePages& WindowsMachine::TheCodePages() {
-  if (code_pages_ == nullptr) {
-    code_pages_ = std::make_unique<WindowsCodePages>();
-  }
+  if (code_pages_ == nullptr) code_pages_ = std::make_unique<WindowsCodePages>();
   return *code_pages_;
 }
 

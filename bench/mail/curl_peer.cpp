@@ -43,9 +43,7 @@ std::string Merged(std::string text, const std::vector<std::string>& values) {
 
 void AppendLines(std::string_view text, std::string& message) {
   for (const char character : text) {
-    if (character == '\n') {
-      message += '\r';
-    }
+    if (character == '\n') message += '\r';
     message += character;
   }
 }
@@ -64,9 +62,7 @@ std::size_t Read(char* buffer, std::size_t size, std::size_t count, void* pointe
 }  // namespace
 
 int main(int argument_count, char** arguments) {
-  if (argument_count != 5) {
-    return 2;
-  }
+  if (argument_count != 5) return 2;
   const std::string html = ReadFile(arguments[2]);
   const std::string plain = ReadFile(arguments[3]);
   sqlite3* database = nullptr;
@@ -76,9 +72,8 @@ int main(int argument_count, char** arguments) {
                          "SELECT ProfileNumber, Prefix, FirstName, LastName, FullName, Attention,"
                          " Phone, Fax, Email, BirthDate, AnniversaryDate, TravelDate, ReturnDate,"
                          " FirstDate, LastDate FROM Clients ORDER BY Email",
-                         -1, &rows, nullptr) != SQLITE_OK) {
+                         -1, &rows, nullptr) != SQLITE_OK)
     return 2;
-  }
   // Else it depends on the chance order of what is allocated whether the memory that libcurl takes
   // for each message goes back to the system and comes again, which costs it a quarter of its
   // speed.

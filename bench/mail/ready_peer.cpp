@@ -22,9 +22,7 @@ namespace {
 void Send(int connection, std::string_view bytes) {
   while (!bytes.empty()) {
     const ssize_t sent = send(connection, bytes.data(), bytes.size(), MSG_NOSIGNAL);
-    if (sent <= 0) {
-      std::exit(1);
-    }
+    if (sent <= 0) std::exit(1);
     bytes.remove_prefix(static_cast<std::size_t>(sent));
   }
 }
@@ -35,17 +33,13 @@ void ReadReplies(int connection, int count) {
   while (count > 0) {
     std::array<char, 4096> bytes;
     const ssize_t received = recv(connection, bytes.data(), bytes.size(), 0);
-    if (received <= 0) {
-      std::exit(1);
-    }
+    if (received <= 0) std::exit(1);
     for (const char byte : std::string_view(bytes.data(), static_cast<std::size_t>(received))) {
       if (byte != '\n') {
         line += byte;
         continue;
       }
-      if (line.size() < 4 || (line[0] != '2' && line[0] != '3')) {
-        std::exit(1);
-      }
+      if (line.size() < 4 || (line[0] != '2' && line[0] != '3')) std::exit(1);
       count -= line[3] == ' ' ? 1 : 0;
       line.clear();
     }
@@ -55,9 +49,7 @@ void ReadReplies(int connection, int count) {
 }  // namespace
 
 int main(int argument_count, char** arguments) {
-  if (argument_count != 4) {
-    return 2;
-  }
+  if (argument_count != 4) return 2;
   std::ifstream file(arguments[1], std::ios::binary);
   const std::string message{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
   const int connection = socket(AF_INET, SOCK_STREAM, 0);
@@ -65,9 +57,8 @@ int main(int argument_count, char** arguments) {
   address.sin_family = AF_INET;
   address.sin_port = htons(static_cast<std::uint16_t>(std::atoi(arguments[3])));
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  if (connect(connection, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0) {
+  if (connect(connection, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0)
     return 1;
-  }
   const int on = 1;
   setsockopt(connection, IPPROTO_TCP, TCP_NODELAY, &on, sizeof(on));
   ReadReplies(connection, 1);

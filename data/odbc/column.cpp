@@ -82,9 +82,8 @@ std::vector<Column> DescribeColumns(const Statement& statement) {
   SQLSMALLINT count = 0;
   Check(statement, SQLNumResultCols(statement.Get(), &count));
   std::vector<Column> columns;
-  for (SQLSMALLINT number = 1; number <= count; ++number) {
+  for (SQLSMALLINT number = 1; number <= count; ++number)
     columns.push_back(DescribeColumn(statement, static_cast<SQLUSMALLINT>(number)));
-  }
   return columns;
 }
 

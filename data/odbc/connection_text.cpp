@@ -14,9 +14,8 @@ bool Contains(std::wstring_view text, wchar_t character) {
 // ";": one of them would take what follows for a keyword.
 void CheckExpressible(const wchar_t* what, std::wstring_view value) {
   bool expressible = !(Contains(value, L'}') && Contains(value, L';'));
-  for (const wchar_t character : value) {
+  for (const wchar_t character : value)
     expressible = expressible && character >= L' ' && character != 0x7F;
-  }
   if (!expressible) {
     throw ProviderFailure(std::wstring(L"The ") + what +
                           L" holds characters that an ODBC connection string cannot carry.");
@@ -30,9 +29,7 @@ std::wstring Braced(std::wstring_view value) {
 std::wstring Quoted(Dialect dialect, std::wstring_view value) {
   const bool plain = !value.empty() && value.front() != L'{' && !Contains(value, L';') &&
                      TrimBlanks(value) == value;
-  if (plain && (dialect == Dialect::kFreeTds || !Contains(value, L'}'))) {
-    return std::wstring(value);
-  }
+  if (plain && (dialect == Dialect::kFreeTds || !Contains(value, L'}'))) return std::wstring(value);
   if (value.empty()) return {};
   return dialect == Dialect::kFreeTds ? L'{' + std::wstring(value) + L'}' : Braced(value);
 }

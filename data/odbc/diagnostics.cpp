@@ -23,9 +23,8 @@ std::wstring WithoutVendors(std::wstring text) {
 }
 
 std::wstring Described(const Diagnostic& diagnostic) {
-  if (IsFromServer(diagnostic)) {
+  if (IsFromServer(diagnostic))
     return diagnostic.text + L" (SQL Server error " + std::to_wstring(diagnostic.native) + L")";
-  }
   std::wstring source = L" (SQLSTATE " + FromUtf8(diagnostic.state);
   if (diagnostic.native != 0) source += L", error " + std::to_wstring(diagnostic.native);
   return diagnostic.text + source + L")";

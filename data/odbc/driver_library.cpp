@@ -59,9 +59,8 @@ Driver FindDriver(const std::wstring& wanted) {
                           std::wstring(IsLibrary(wanted) ? L"library " : L"driver ") + wanted +
                           L", which is not installed.");
   }
-  for (const std::wstring& driver : DefaultDrivers()) {
+  for (const std::wstring& driver : DefaultDrivers())
     if (IsInstalled(driver)) return {driver, DialectOf(driver)};
-  }
   throw ProviderFailure(L"There is no ODBC driver for SQL Server: install " + DriverToInstall() +
                         L", or name a driver in PXSCHEDULER_ODBC_DRIVER.");
 }

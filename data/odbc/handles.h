@@ -18,9 +18,8 @@ class Handle {
  public:
   // Raises a provider failure.
   explicit Handle(SQLHANDLE parent) {
-    if (!SQL_SUCCEEDED(SQLAllocHandle(kType, parent, &handle_))) {
+    if (!SQL_SUCCEEDED(SQLAllocHandle(kType, parent, &handle_)))
       throw ConnectError(ReadDiagnostics(kParentType, parent));
-    }
   }
   ~Handle() { SQLFreeHandle(kType, handle_); }
   Handle(const Handle&) = delete;
@@ -52,9 +51,8 @@ using Statement = Handle<SQL_HANDLE_STMT, SQL_HANDLE_DBC>;
 inline void Check(const Statement& statement, SQLRETURN result) {
   if (result == SQL_SUCCESS) return;
   const auto diagnostics = ReadDiagnostics(SQL_HANDLE_STMT, statement.Get());
-  if (!SQL_SUCCEEDED(result) || !std::ranges::all_of(diagnostics, IsWarning)) {
+  if (!SQL_SUCCEEDED(result) || !std::ranges::all_of(diagnostics, IsWarning))
     throw StatementError(diagnostics);
-  }
 }
 
 }  // namespace pxscheduler

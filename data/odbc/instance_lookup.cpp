@@ -30,10 +30,9 @@ std::vector<Socket> OpenSockets(std::vector<SocketAddress> addresses, std::uint1
   for (SocketAddress& address : addresses) {
     address.SetPort(port);
     Socket socket(address.storage.ss_family, SOCK_DGRAM);
-    if (socket.IsOpen() && StartConnecting(socket.Handle(), address.storage, address.size) ==
-                               ConnectStart::kConnected) {
+    if (socket.IsOpen() &&
+        StartConnecting(socket.Handle(), address.storage, address.size) == ConnectStart::kConnected)
       sockets.push_back(std::move(socket));
-    }
   }
   return sockets;
 }
@@ -57,9 +56,8 @@ std::uint16_t AwaitPort(const std::vector<Socket>& sockets, milliseconds wait) {
       std::array<char, 2048> buffer;
       std::size_t size = 0;
       const TransferResult result = ReceiveSome(socket, buffer.data(), buffer.size(), size);
-      if (result == TransferResult::kDone && port == 0) {
+      if (result == TransferResult::kDone && port == 0)
         port = PortInBrowserAnswer(std::string_view(buffer.data(), size));
-      }
       return result == TransferResult::kFailed;  // refused: nobody listens there
     });
     if (port != 0) return port;

@@ -58,9 +58,8 @@ class Block {
     const SQLRETURN result = SQLFetch(statement_.Get());
     if (result == SQL_NO_DATA) return 0;
     Check(statement_, result);
-    for (SQLULEN row = 0; row < fetched_; ++row) {
+    for (SQLULEN row = 0; row < fetched_; ++row)
       if (states_[row] == SQL_ROW_ERROR) Check(statement_, SQL_ERROR);
-    }
     return fetched_;
   }
 
@@ -157,9 +156,8 @@ RowStore ReadRowSet(const Statement& statement) {
   for (std::size_t fetched = block.Fetch(); fetched != 0; fetched = block.Fetch()) {
     for (std::size_t row = 0; row < fetched; ++row) {
       block.AppendRow(row, rows);
-      for (std::size_t i = bound; i < columns.size(); ++i) {
+      for (std::size_t i = bound; i < columns.size(); ++i)
         pieces.AppendValue(columns[i], static_cast<SQLUSMALLINT>(i + 1), rows);
-      }
       rows.EndRow();
     }
   }

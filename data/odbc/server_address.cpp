@@ -37,9 +37,8 @@ bool IsHostCharacter(wchar_t character) {
 ServerAddress ParseServerAddress(std::wstring_view data_source) {
   std::wstring_view rest = TrimBlanks(data_source);
   constexpr std::wstring_view kProtocol = L"tcp:";
-  if (LowerCase(rest.substr(0, kProtocol.size())) == kProtocol) {
+  if (LowerCase(rest.substr(0, kProtocol.size())) == kProtocol)
     rest = TrimBlanks(rest.substr(kProtocol.size()));
-  }
 
   ServerAddress address;
   if (const std::size_t comma = rest.find(L','); comma != kNone) {
@@ -53,12 +52,10 @@ ServerAddress ParseServerAddress(std::wstring_view data_source) {
     rest = TrimBlanks(rest.substr(0, backslash));
   }
   if (rest.empty() || rest == L"." || LowerCase(rest) == L"(local)") rest = L"localhost";
-  for (const wchar_t character : rest) {
+  for (const wchar_t character : rest)
     if (!IsHostCharacter(character)) RefuseDataSource(data_source, L"names no host.");
-  }
-  for (const wchar_t character : address.instance) {
+  for (const wchar_t character : address.instance)
     if (!IsHostCharacter(character)) RefuseDataSource(data_source, L"names no instance.");
-  }
   address.host = rest;
   return address;
 }

@@ -86,9 +86,8 @@ class SqlServerSession : public Session {
   RowStore Query(const std::wstring& sql) override {
     const Statement statement(connection_->Get());
     Run(statement, sql);
-    while (!HasRows(statement)) {
+    while (!HasRows(statement))
       if (!NextResult(statement)) return {};
-    }
     RowStore rows = ReadRowSet(statement);
     // An error right behind the rows is about them, or about a statement that belongs to them.
     while (NextResult(statement) && !HasRows(statement)) {
@@ -108,9 +107,8 @@ class SqlServerSession : public Session {
  private:
   void Run(const Statement& statement, const std::wstring& sql) {
     // A driver would send what stands before it, however long the statement is said to be.
-    if (sql.find(L'\0') != std::wstring::npos) {
+    if (sql.find(L'\0') != std::wstring::npos)
       throw RuntimeError{kStatementRejected, L"The statement holds a NUL character."};
-    }
     Check(statement,
           SQLSetStmtAttrW(statement.Get(), SQL_ATTR_QUERY_TIMEOUT,
                           AttributeValue(static_cast<SQLULEN>(command_timeout_.count())), 0));

@@ -31,7 +31,7 @@ class SqlReader {
   bool Sees(std::string_view text) const { return sql_.substr(at_).starts_with(text); }
 
   void SkipBlanks() {
-    while (at_ < sql_.size()) {
+    while (at_ < sql_.size())
       if (static_cast<unsigned char>(sql_[at_]) <= ' ')
         ++at_;
       else if (Sees("\xC2\xA0"))  // a no-break space, which word processors leave behind
@@ -42,7 +42,6 @@ class SqlReader {
         SkipComment();
       else
         return;
-    }
   }
 
   void SkipComment() {

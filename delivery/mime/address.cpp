@@ -33,33 +33,24 @@ bool IsAtomCharacter(wchar_t unit) {
 }
 
 bool IsQuotedString(std::wstring_view text) {
-  if (text.size() < 3 || text.front() != L'"' || text.back() != L'"') {
-    return false;
-  }
+  if (text.size() < 3 || text.front() != L'"' || text.back() != L'"') return false;
   const std::wstring_view content = text.substr(1, text.size() - 2);
   for (std::size_t i = 0; i < content.size(); ++i) {
     const bool escapes = content[i] == L'\\';
     i += escapes ? 1 : 0;
     if (i == content.size() || (content[i] < L' ' || content[i] == 0x7F) ||
-        (!escapes && content[i] == L'"') || (content[i] > 0x7F && !IsInternational(content[i]))) {
+        (!escapes && content[i] == L'"') || (content[i] > 0x7F && !IsInternational(content[i])))
       return false;
-    }
   }
   return true;
 }
 
 // In UTF-8, quoted where it has to be; nothing for what cannot be one.
 std::optional<std::string> LocalPart(std::wstring_view text) {
-  if (text.empty() || text.size() > kLongestLocalPart) {
-    return std::nullopt;
-  }
-  if (IsQuotedString(text)) {
-    return ToUtf8(text);
-  }
+  if (text.empty() || text.size() > kLongestLocalPart) return std::nullopt;
+  if (IsQuotedString(text)) return ToUtf8(text);
   const auto belongs = [](wchar_t unit) { return unit == L'.' || IsAtomCharacter(unit); };
-  if (!std::all_of(text.begin(), text.end(), belongs)) {
-    return std::nullopt;
-  }
+  if (!std::all_of(text.begin(), text.end(), belongs)) return std::nullopt;
   const bool dots_misplaced =
       text.front() == L'.' || text.back() == L'.' || text.find(L"..") != std::wstring_view::npos;
   return dots_misplaced ? '"' + ToUtf8(text) + '"' : ToUtf8(text);
@@ -67,9 +58,8 @@ std::optional<std::string> LocalPart(std::wstring_view text) {
 
 // "[192.0.2.1]" or "[IPv6:2001:db8::1]"; whether the numbers fit is for the server to say.
 bool IsAddressLiteral(std::wstring_view domain) {
-  if (domain.size() < 3 || domain.size() > 64 || domain.front() != L'[' || domain.back() != L']') {
+  if (domain.size() < 3 || domain.size() > 64 || domain.front() != L'[' || domain.back() != L']')
     return false;
-  }
   const std::wstring_view content = domain.substr(1, domain.size() - 2);
   return std::all_of(content.begin(), content.end(), [](wchar_t unit) {
     return IsAsciiAlphanumeric(unit) || unit == L'.' || unit == L':' || unit == L'-';
@@ -81,16 +71,12 @@ bool IsAddressLiteral(std::wstring_view domain) {
 std::optional<Address> ParseAddress(std::wstring_view text) {
   text = TrimBlanks(text);
   const std::size_t at = text.rfind(L'@');
-  if (at == std::wstring_view::npos) {
-    return std::nullopt;
-  }
+  if (at == std::wstring_view::npos) return std::nullopt;
   std::optional<std::string> local_part = LocalPart(text.substr(0, at));
   const std::wstring_view domain = text.substr(at + 1);
   std::optional<std::string> ascii_domain =
       IsAddressLiteral(domain) ? std::string(domain.begin(), domain.end()) : AsciiDomain(domain);
-  if (!local_part || !ascii_domain) {
-    return std::nullopt;
-  }
+  if (!local_part || !ascii_domain) return std::nullopt;
   Address address;
   address.is_ascii = std::all_of(local_part->begin(), local_part->end(),
                                  [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });

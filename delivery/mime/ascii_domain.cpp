@@ -22,17 +22,11 @@ bool IsLabel(std::string_view label) {
 }
 
 bool IsDomain(std::string_view domain) {
-  if (domain.size() > kLongestDomain) {
-    return false;
-  }
+  if (domain.size() > kLongestDomain) return false;
   for (std::size_t start = 0;;) {
     const std::size_t dot = domain.find('.', start);
-    if (!IsLabel(domain.substr(start, dot - start))) {
-      return false;
-    }
-    if (dot == std::string_view::npos) {
-      return true;
-    }
+    if (!IsLabel(domain.substr(start, dot - start))) return false;
+    if (dot == std::string_view::npos) return true;
     start = dot + 1;
   }
 }

@@ -25,9 +25,7 @@ class ByteBuffer {
   // The first byte after the end, with at least `size` bytes that may be written from there on.
   // SetEnd says how many were; any other call before that makes the pointer invalid.
   char* Room(std::size_t size) {
-    if (capacity_ - size_ < size) {
-      Grow(size);
-    }
+    if (capacity_ - size_ < size) Grow(size);
     return bytes_.get() + size_;
   }
   void SetEnd(const char* end) { size_ = static_cast<std::size_t>(end - bytes_.get()); }
@@ -42,9 +40,7 @@ class ByteBuffer {
 
   // No more than there are.
   void DropFront(std::size_t size) {
-    if (size == 0) {
-      return;
-    }
+    if (size == 0) return;
     std::copy(bytes_.get() + size, bytes_.get() + size_, bytes_.get());
     size_ -= size;
   }
@@ -54,9 +50,7 @@ class ByteBuffer {
     const std::size_t capacity = std::max(2 * capacity_, size_ + size);
     // Not make_unique, which would clear the memory first.
     std::unique_ptr<char[]> bytes(new char[capacity]);
-    if (size_ > 0) {
-      std::memcpy(bytes.get(), bytes_.get(), size_);
-    }
+    if (size_ > 0) std::memcpy(bytes.get(), bytes_.get(), size_);
     bytes_ = std::move(bytes);
     capacity_ = capacity;
   }

@@ -62,9 +62,7 @@ bool StandsForItself(char byte) {
 
 std::size_t QSize(std::string_view bytes) {
   std::size_t size = 0;
-  for (const char byte : bytes) {
-    size += StandsForItself(byte) || byte == ' ' ? 1U : 3U;
-  }
+  for (const char byte : bytes) size += StandsForItself(byte) || byte == ' ' ? 1U : 3U;
   return size;
 }
 
@@ -86,9 +84,7 @@ std::string QEncoded(std::string_view bytes) {
 
 std::size_t CharacterEnd(std::string_view bytes, std::size_t start) {
   std::size_t end = start + 1;
-  while (end < bytes.size() && (static_cast<unsigned char>(bytes[end]) & 0xC0) == 0x80) {
-    ++end;
-  }
+  while (end < bytes.size() && (static_cast<unsigned char>(bytes[end]) & 0xC0) == 0x80) ++end;
   return end;
 }
 
@@ -105,9 +101,7 @@ std::size_t AppendEncodedWords(std::wstring_view text, std::size_t column, ByteB
     std::size_t end = start;
     while (end < bytes.size()) {
       const std::size_t next = CharacterEnd(bytes, end);
-      if (encoded_size(start, next) + kWordOverhead > room) {
-        break;
-      }
+      if (encoded_size(start, next) + kWordOverhead > room) break;
       end = next;
     }
     if (end == start) {  // no room on this line for even one character
@@ -134,11 +128,8 @@ std::size_t WordLength(std::wstring_view text, std::size_t start) {
 }
 
 bool HasLongWord(std::wstring_view text) {
-  for (std::size_t start = 0; start < text.size(); start += WordLength(text, start)) {
-    if (WordLength(text, start) > kLineLength) {
-      return true;
-    }
-  }
+  for (std::size_t start = 0; start < text.size(); start += WordLength(text, start))
+    if (WordLength(text, start) > kLineLength) return true;
   return false;
 }
 
@@ -173,9 +164,7 @@ bool IsAtoms(std::wstring_view text) {
 std::wstring Quoted(std::wstring_view text) {
   std::wstring quoted = L"\"";
   for (const wchar_t unit : text) {
-    if (unit == L'"' || unit == L'\\') {
-      quoted += L'\\';
-    }
+    if (unit == L'"' || unit == L'\\') quoted += L'\\';
     quoted += unit;
   }
   quoted += L'"';
@@ -187,11 +176,10 @@ std::wstring Quoted(std::wstring_view text) {
 void AppendUnstructured(std::wstring_view text, std::size_t column, ByteBuffer& out) {
   std::wstring changed;
   const std::wstring_view clean = Clean(text, changed);
-  if (NeedsEncoding(clean) || HasLongWord(clean)) {
+  if (NeedsEncoding(clean) || HasLongWord(clean))
     AppendEncodedWords(clean, column, out);
-  } else {
+  else
     AppendFolded(clean, column, out);
-  }
 }
 
 void AppendMailbox(std::wstring_view name, std::string_view address, std::size_t column,

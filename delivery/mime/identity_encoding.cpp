@@ -39,16 +39,13 @@ class IdentityEncoding::Encoder {
 
   void Put(const Prepared& prepared, std::string_view rest) {
     fits_ = fits_ && prepared.fits;
-    if (!fits_) {
-      return;
-    }
+    if (!fits_) return;
     cursor_ = out_.Room(prepared.line.size() + rest.size() + 1);
     if (!prepared.line.empty()) {
-      if (line_size_ == 0) {
+      if (line_size_ == 0)
         BeginLine(prepared.piece);
-      } else {
+      else
         GoOnWithLine(prepared.piece);
-      }
       cursor_ = std::copy(prepared.line.begin(), prepared.line.end(), cursor_);
       line_size_ += prepared.line.size();
     }
@@ -77,12 +74,8 @@ class IdentityEncoding::Encoder {
       EndLine();
       return AfterLineBreak(text, position);
     }
-    if (line_size_ == 0) {
-      BeginLine(text.substr(position));
-    }
-    if (IsCopied(unit)) {
-      return position + PutRun(text.substr(position, kLongestRun));
-    }
+    if (line_size_ == 0) BeginLine(text.substr(position));
+    if (IsCopied(unit)) return position + PutRun(text.substr(position, kLongestRun));
     fits_ = fits_ && !MustBeQuoted(unit);
     PutCharacter(EncodeUtf8(NextCodePoint(text, position)));
     return position;
@@ -108,18 +101,14 @@ class IdentityEncoding::Encoder {
 
   // `text` is what the line begins with.
   void BeginLine(std::wstring_view text) {
-    if (text.front() == L'.') {
-      *cursor_++ = '.';
-    }
+    if (text.front() == L'.') *cursor_++ = '.';
     boundary_match_ = 0;
     CompareWithBoundary(text);
   }
 
   // `text` is what stands next on the line.
   void GoOnWithLine(std::wstring_view text) {
-    if (line_size_ > 0 && line_size_ == boundary_match_) {
-      CompareWithBoundary(text);
-    }
+    if (line_size_ > 0 && line_size_ == boundary_match_) CompareWithBoundary(text);
   }
 
   void CompareWithBoundary(std::wstring_view text) {
@@ -150,9 +139,7 @@ TransferEncoding IdentityEncoding::Append(const TextPieces& text, ByteBuffer& ou
   Encoder encoder(out);
   prepared_.EncodeEach(text, Prepare, encoder);
   encoder.End();
-  if (!encoder.Fits()) {
-    return TransferEncoding::kQuotedPrintable;
-  }
+  if (!encoder.Fits()) return TransferEncoding::kQuotedPrintable;
   return encoder.IsEightBit() ? TransferEncoding::kEightBit : TransferEncoding::kSevenBit;
 }
 

@@ -26,9 +26,8 @@ constexpr std::array<std::string_view, 12> kMonthNames = {"Jan", "Feb", "Mar", "
 
 void AppendDigits(unsigned number, std::size_t width, ByteBuffer& out) {
   char* const digits = out.Room(width);
-  for (std::size_t i = width; i > 0; --i, number /= 10) {
+  for (std::size_t i = width; i > 0; --i, number /= 10)
     digits[i - 1] = static_cast<char>('0' + number % 10);
-  }
   out.SetEnd(digits + width);
 }
 
@@ -82,9 +81,8 @@ void AppendMultipartStart(const std::string& start, WireMessage& message) {
 std::string Base64Lines(std::string_view bytes) {
   const std::string text = EncodeBase64(bytes);
   std::string lines;
-  for (std::size_t start = 0; start < text.size(); start += kBase64Line) {
+  for (std::size_t start = 0; start < text.size(); start += kBase64Line)
     lines += text.substr(start, kBase64Line) + "\r\n";
-  }
   return lines;
 }
 
@@ -134,9 +132,8 @@ void MessageComposer::PrepareFixedFields() {
   if (!unsubscribe_.empty()) {
     middle_fields_ += "List-Unsubscribe:\r\n <" + unsubscribe_ + ">\r\n";
     // One click is a request to a web server (RFC 8058), which a mailto: address is not.
-    if (unsubscribe_.starts_with("https:")) {
+    if (unsubscribe_.starts_with("https:"))
       middle_fields_ += "List-Unsubscribe-Post: List-Unsubscribe=One-Click\r\n";
-    }
   }
 }
 
@@ -161,11 +158,10 @@ void MessageComposer::PrepareParts() {
 void MessageComposer::Compose(const MessageContent& content, WireMessage& message) {
   message.Clear();
   AppendFields(content, message.bytes);
-  if (is_html_) {
+  if (is_html_)
     AppendAlternatives(content, message);
-  } else {
+  else
     AppendPlainText(content, message);
-  }
   message.bytes.Append(".\r\n");
 }
 
@@ -187,40 +183,29 @@ void MessageComposer::AppendFields(const MessageContent& content, ByteBuffer& wi
 void MessageComposer::AppendPlainText(const MessageContent& content, WireMessage& message) {
   message.bytes.Append(plain_start_);
   body_.Append(content.body, message);
-  if (!message.bytes.View().ends_with("\r\n")) {
-    message.bytes.Append("\r\n");
-  }
+  if (!message.bytes.View().ends_with("\r\n")) message.bytes.Append("\r\n");
 }
 
 void MessageComposer::AppendAlternatives(const MessageContent& content, WireMessage& message) {
   AppendMultipartStart(alternative_start_, message);
   message.bytes.Append(plain_start_);
   alternative_.Append(content.alternative, message);
-  if (!inline_parts_.empty()) {
-    AppendMultipartStart(related_start_, message);
-  }
+  if (!inline_parts_.empty()) AppendMultipartStart(related_start_, message);
   message.bytes.Append(html_start_);
   body_.Append(content.body, message);
   message.bytes.Append(end_);
-  if (!message.eight_bit_parts.empty()) {
-    for (const std::size_t encoding : message.multiparts) {
-      message.bytes.Overwrite(encoding, "8bit");
-    }
-  }
+  if (!message.eight_bit_parts.empty())
+    for (const std::size_t encoding : message.multiparts) message.bytes.Overwrite(encoding, "8bit");
 }
 
 std::string UnsubscribeAddress(std::wstring_view address) {
   const std::size_t first = address.find_first_not_of(L' ');
-  if (first == std::wstring_view::npos || address.size() > kLongestUnsubscribe) {
-    return {};
-  }
+  if (first == std::wstring_view::npos || address.size() > kLongestUnsubscribe) return {};
   address = address.substr(first, address.find_last_not_of(L' ') - first + 1);
   const auto belongs = [](wchar_t unit) {
     return unit > L' ' && unit < 0x7F && unit != L'<' && unit != L'>' && unit != L'"';
   };
-  if (!std::all_of(address.begin(), address.end(), belongs)) {
-    return {};
-  }
+  if (!std::all_of(address.begin(), address.end(), belongs)) return {};
   std::string text(address.begin(), address.end());
   const std::size_t scheme_size = text.find(':') + 1;
   text.replace(0, scheme_size, LowerAscii(text.substr(0, scheme_size)));

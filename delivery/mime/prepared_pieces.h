@@ -23,9 +23,7 @@ class PreparedPieces {
     std::size_t constants = 0;
     bool is_after_return = false;
     for (const TextPiece& piece : text) {
-      if (piece.text.empty()) {
-        continue;
-      }
+      if (piece.text.empty()) continue;
       const bool completes_line_break = is_after_return && piece.text.starts_with(L'\n');
       if (piece.is_constant) {
         const Prepared& constant = At(constants++, piece.text, prepare);
@@ -41,13 +39,10 @@ class PreparedPieces {
  private:
   template <typename Prepare>
   const Prepared& At(std::size_t index, std::wstring_view piece, const Prepare& prepare) {
-    if (index == prepared_.size()) {
-      prepared_.emplace_back();
-    }
+    if (index == prepared_.size()) prepared_.emplace_back();
     Prepared& prepared = prepared_[index];
-    if (prepared.piece.data() != piece.data() || prepared.piece.size() != piece.size()) {
+    if (prepared.piece.data() != piece.data() || prepared.piece.size() != piece.size())
       prepared = prepare(piece);
-    }
     return prepared;
   }
 

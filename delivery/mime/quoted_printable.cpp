@@ -61,11 +61,10 @@ class QuotedPrintable::Encoder {
     cursor_ = out_.Room(2 * prepared.line.size() + kStepRoom + rest.size());
     PutPlainLines(prepared.line);
     if (!rest.empty()) {
-      if (!prepared.is_cut_off) {
+      if (!prepared.is_cut_off)
         ProtectTrailingBlank();
-      } else if (column_ > 0) {
+      else if (column_ > 0)
         SoftBreak();
-      }
       cursor_ = std::copy(rest.begin(), rest.end(), cursor_);
       column_ = prepared.column;
     }
@@ -85,9 +84,7 @@ class QuotedPrintable::Encoder {
   std::size_t Step(std::wstring_view text, std::size_t position) {
     const wchar_t unit = text[position];
     if (IsPlain(unit) || unit == L'\t') {
-      if (column_ == kLongestContent) {
-        SoftBreak();
-      }
+      if (column_ == kLongestContent) SoftBreak();
       return position + (unit == L'\t' ? PutTab() : PutPlain(text.substr(position)));
     }
     if (IsLineBreak(unit)) {
@@ -101,9 +98,7 @@ class QuotedPrintable::Encoder {
   // Copies the plain characters that the text begins with, no more than the line holds, and returns
   // how many.
   std::size_t PutPlain(std::wstring_view text) {
-    if (column_ == 0 && text.front() == L'.') {
-      *cursor_++ = '.';
-    }
+    if (column_ == 0 && text.front() == L'.') *cursor_++ = '.';
     const std::size_t size = CopyPlain(text.substr(0, kLongestContent - column_), cursor_);
     cursor_ += size;
     column_ += size;
@@ -113,12 +108,8 @@ class QuotedPrintable::Encoder {
   // Copies plain characters, over as many lines as they need.
   void PutPlainLines(std::string_view characters) {
     while (!characters.empty()) {
-      if (column_ == kLongestContent) {
-        SoftBreak();
-      }
-      if (column_ == 0 && characters.front() == '.') {
-        *cursor_++ = '.';
-      }
+      if (column_ == kLongestContent) SoftBreak();
+      if (column_ == 0 && characters.front() == '.') *cursor_++ = '.';
       const std::size_t size = std::min(characters.size(), kLongestContent - column_);
       cursor_ = std::copy_n(characters.data(), size, cursor_);
       column_ += size;
@@ -134,12 +125,8 @@ class QuotedPrintable::Encoder {
 
   // The bytes of one character stay on one line.
   void PutEncoded(const Utf8Bytes& character) {
-    if (column_ + 3 * character.size > kLongestContent) {
-      SoftBreak();
-    }
-    for (std::size_t i = 0; i < character.size; ++i) {
-      PutHex(character.bytes[i]);
-    }
+    if (column_ + 3 * character.size > kLongestContent) SoftBreak();
+    for (std::size_t i = 0; i < character.size; ++i) PutHex(character.bytes[i]);
   }
 
   void PutHex(unsigned char byte) {
@@ -166,14 +153,10 @@ class QuotedPrintable::Encoder {
 
   // A blank or tab at the end of a line may be lost on the way.
   void ProtectTrailingBlank() {
-    if (column_ == 0 || (cursor_[-1] != ' ' && cursor_[-1] != '\t')) {
-      return;
-    }
+    if (column_ == 0 || (cursor_[-1] != ' ' && cursor_[-1] != '\t')) return;
     const auto blank = static_cast<unsigned char>(*--cursor_);
     --column_;
-    if (column_ + 3 > kLongestContent + 1) {
-      SoftBreak();
-    }
+    if (column_ + 3 > kLongestContent + 1) SoftBreak();
     PutHex(blank);
   }
 
@@ -194,15 +177,11 @@ QuotedPrintable::Prepared QuotedPrintable::Prepare(std::wstring_view piece) {
   const std::size_t line_end = std::min(piece.find_first_of(L"\r\n"), piece.size());
   const std::wstring_view line = piece.substr(0, line_end);
   prepared.is_cut_off = !std::all_of(line.begin(), line.end(), IsPlain);
-  if (prepared.is_cut_off && piece.size() < kWorthCuttingOff) {
-    return prepared;
-  }
+  if (prepared.is_cut_off && piece.size() < kWorthCuttingOff) return prepared;
   Encoder encoder(prepared.rest);
   encoder.Encode(prepared.is_cut_off ? piece : piece.substr(line_end));
   prepared.column = encoder.Column();
-  if (!prepared.is_cut_off) {
-    prepared.line.assign(line.begin(), line.end());
-  }
+  if (!prepared.is_cut_off) prepared.line.assign(line.begin(), line.end());
   return prepared;
 }
 

@@ -36,12 +36,8 @@ void WireMessage::Clear() {
 }
 
 void MakeSevenBit(WireMessage& message) {
-  if (message.eight_bit_parts.empty()) {
-    return;
-  }
-  for (const std::size_t encoding : message.multiparts) {
-    message.bytes.Overwrite(encoding, "7bit");
-  }
+  if (message.eight_bit_parts.empty()) return;
+  for (const std::size_t encoding : message.multiparts) message.bytes.Overwrite(encoding, "7bit");
   const std::string_view bytes = message.bytes.View();
   ByteBuffer rewritten;
   std::size_t position = 0;

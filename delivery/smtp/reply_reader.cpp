@@ -10,14 +10,10 @@ constexpr std::size_t kReadSize = 4096;
 
 // 200 to 599, or 0 for a line that does not begin with a reply code.
 int CodeOf(std::string_view line) {
-  if (line.size() < 3 || line[0] < '2' || line[0] > '5') {
-    return 0;
-  }
+  if (line.size() < 3 || line[0] < '2' || line[0] > '5') return 0;
   int code = 0;
   for (const char digit : line.substr(0, 3)) {
-    if (digit < '0' || digit > '9') {
-      return 0;
-    }
+    if (digit < '0' || digit > '9') return 0;
     code = code * 10 + (digit - '0');
   }
   const bool separated = line.size() == 3 || line[3] == ' ' || line[3] == '-';
@@ -40,19 +36,13 @@ ReadResult ReplyReader::Read(Transport& transport, Deadline deadline, Reply& rep
   while (reply.lines.size() < kMostLines && bytes <= kMostBytes) {
     std::string_view line;
     const ReadResult result = ReadLine(transport, deadline, line);
-    if (result != ReadResult::kReply) {
-      return result;
-    }
+    if (result != ReadResult::kReply) return result;
     const int code = CodeOf(line);
-    if (code == 0 || (reply.code != 0 && code != reply.code)) {
-      return ReadResult::kNotSmtp;
-    }
+    if (code == 0 || (reply.code != 0 && code != reply.code)) return ReadResult::kNotSmtp;
     reply.code = code;
     reply.lines.push_back(Printable(line.substr(std::min<std::size_t>(4, line.size()))));
     bytes += line.size();
-    if (line.size() == 3 || line[3] == ' ') {
-      return ReadResult::kReply;
-    }
+    if (line.size() == 3 || line[3] == ' ') return ReadResult::kReply;
   }
   return ReadResult::kNotSmtp;
 }
@@ -76,16 +66,13 @@ ReadResult ReplyReader::ReadLine(Transport& transport, Deadline deadline, std::s
     buffer_.DropFront(begin_);
     begin_ = 0;
     searched = buffer_.View().size();
-    if (searched > kLongestLine) {
-      return ReadResult::kNotSmtp;
-    }
+    if (searched > kLongestLine) return ReadResult::kNotSmtp;
     char* const free = buffer_.Room(kReadSize);
     std::size_t received = 0;
     const IoResult result = transport.Receive(free, kReadSize, received, deadline);
     buffer_.SetEnd(free + received);
-    if (result != IoResult::kDone) {
+    if (result != IoResult::kDone)
       return result == IoResult::kTimedOut ? ReadResult::kTimedOut : ReadResult::kBroken;
-    }
   }
 }
 

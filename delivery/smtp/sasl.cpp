@@ -71,9 +71,7 @@ class CramMd5Exchange : public SaslExchange {
   std::string_view Mechanism() const override { return "CRAM-MD5"; }
   std::optional<std::string> InitialResponse() override { return std::nullopt; }
   std::optional<std::string> Respond(std::string_view challenge) override {
-    if (responded_ || challenge.empty()) {
-      return std::nullopt;
-    }
+    if (responded_ || challenge.empty()) return std::nullopt;
     responded_ = true;
     return credentials_.user_name + ' ' + Hexadecimal(HmacMd5(credentials_.password, challenge));
   }
@@ -110,17 +108,14 @@ class ScramSha256Exchange : public SaslExchange {
  private:
   static std::string Escaped(std::string_view name) {
     std::string escaped;
-    for (const char byte : name) {
+    for (const char byte : name)
       escaped += byte == ',' ? "=2C" : byte == '=' ? "=3D" : std::string(1, byte);
-    }
     return escaped;
   }
 
   // The value of "r=...,s=...,i=..." in this order; extensions may follow.
   static std::optional<std::string_view> TakeField(std::string_view& text, std::string_view name) {
-    if (!text.starts_with(name)) {
-      return std::nullopt;
-    }
+    if (!text.starts_with(name)) return std::nullopt;
     text.remove_prefix(name.size());
     const std::string_view value = text.substr(0, text.find(','));
     text.remove_prefix(std::min(value.size() + 1, text.size()));
@@ -132,17 +127,15 @@ class ScramSha256Exchange : public SaslExchange {
     const auto nonce = TakeField(rest, "r=");
     const auto encoded_salt = nonce ? TakeField(rest, "s=") : std::nullopt;
     const auto count = encoded_salt ? TakeField(rest, "i=") : std::nullopt;
-    if (!count || !nonce->starts_with(nonce_) || nonce->size() == nonce_.size()) {
+    if (!count || !nonce->starts_with(nonce_) || nonce->size() == nonce_.size())
       return std::nullopt;
-    }
     const std::optional<std::string> salt = DecodeBase64(*encoded_salt);
     int iterations = 0;
     const auto [end, error] =
         std::from_chars(count->data(), count->data() + count->size(), iterations);
     if (!salt || error != std::errc() || end != count->data() + count->size() ||
-        iterations < kFewestIterations || iterations > kMostIterations) {
+        iterations < kFewestIterations || iterations > kMostIterations)
       return std::nullopt;
-    }
     const std::string final_without_proof = "c=biws,r=" + std::string(*nonce);
     const std::string signed_text =
         first_bare_ + ',' + std::string(server_first) + ',' + final_without_proof;
@@ -151,9 +144,8 @@ class ScramSha256Exchange : public SaslExchange {
     const std::string signature = HmacSha256(Sha256(client_key), signed_text);
     server_signature_ = HmacSha256(HmacSha256(salted, "Server Key"), signed_text);
     std::string proof = client_key;
-    for (std::size_t i = 0; i < proof.size(); ++i) {
+    for (std::size_t i = 0; i < proof.size(); ++i)
       proof[i] = static_cast<char>(proof[i] ^ signature[i]);
-    }
     return final_without_proof + ",p=" + EncodeBase64(proof);
   }
 
@@ -185,19 +177,14 @@ constexpr Known kKnown[] = {{"SCRAM-SHA-256", Make<ScramSha256Exchange>},
 
 std::vector<std::string_view> SaslMechanisms() {
   std::vector<std::string_view> names;
-  for (const Known& known : kKnown) {
-    names.push_back(known.mechanism);
-  }
+  for (const Known& known : kKnown) names.push_back(known.mechanism);
   return names;
 }
 
 std::unique_ptr<SaslExchange> NewSaslExchange(std::string_view mechanism,
                                               const Credentials& credentials) {
-  for (const Known& known : kKnown) {
-    if (known.mechanism == mechanism) {
-      return known.make(credentials);
-    }
-  }
+  for (const Known& known : kKnown)
+    if (known.mechanism == mechanism) return known.make(credentials);
   return nullptr;
 }
 

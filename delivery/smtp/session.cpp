@@ -56,9 +56,7 @@ SendOutcome SmtpSession::Open(Network& network, const ServerSettings& settings,
       break;
   }
   std::unique_ptr<SmtpSession> opened(new SmtpSession(network, settings, std::move(transport)));
-  if (const Failure failure = opened->Establish()) {
-    return *failure;
-  }
+  if (const Failure failure = opened->Establish()) return *failure;
   session = std::move(opened);
   return SendOutcome::kDelivered;
 }
@@ -68,30 +66,19 @@ SmtpSession::SmtpSession(Network& network, ServerSettings settings,
     : network_(network), settings_(std::move(settings)), transport_(std::move(transport)) {}
 
 SmtpSession::~SmtpSession() {
-  if (state_ == State::kIdentified || state_ == State::kReady) {
+  if (state_ == State::kIdentified || state_ == State::kReady)
     transport_->Send("QUIT\r\n", After(std::min(kFarewell, settings_.timeouts.reply)));
-  }
 }
 
 SmtpSession::Failure SmtpSession::Establish() {
   const bool is_secure_from_start =
       settings_.port == kImplicitTlsPort && settings_.security != Security::kNone;
   Failure failure = is_secure_from_start ? StartTls() : std::nullopt;
-  if (!failure) {
-    failure = Greet();
-  }
-  if (!failure) {
-    failure = Hello();
-  }
-  if (!failure && !is_secure_) {
-    failure = Secure();
-  }
-  if (!failure && settings_.credentials) {
-    failure = Authenticate();
-  }
-  if (!failure) {
-    state_ = State::kReady;
-  }
+  if (!failure) failure = Greet();
+  if (!failure) failure = Hello();
+  if (!failure && !is_secure_) failure = Secure();
+  if (!failure && settings_.credentials) failure = Authenticate();
+  if (!failure) state_ = State::kReady;
   return failure;
 }
 
@@ -111,12 +98,8 @@ SmtpSession::Failure SmtpSession::StartTls() {
 }
 
 SmtpSession::Failure SmtpSession::Greet() {
-  if (const Failure failure = ReadReply(settings_.timeouts.reply)) {
-    return failure;
-  }
-  if (reply_.code != 220) {
-    return Close(SendOutcome::kNotSmtp);
-  }
+  if (const Failure failure = ReadReply(settings_.timeouts.reply)) return failure;
+  if (reply_.code != 220) return Close(SendOutcome::kNotSmtp);
   state_ = State::kGreeted;
   return std::nullopt;
 }
@@ -124,34 +107,22 @@ SmtpSession::Failure SmtpSession::Greet() {
 SmtpSession::Failure SmtpSession::Hello() {
   extensions_ = {};
   const std::string name = ClientName();
-  if (const Failure failure = Exchange("EHLO " + name)) {
-    return failure;
-  }
+  if (const Failure failure = Exchange("EHLO " + name)) return failure;
   if (reply_.IsPositive()) {
     extensions_ = ReadExtensions(reply_);
   } else if (reply_.IsRefusal() && reply_.code != kServiceClosing) {
-    if (const Failure failure = Exchange("HELO " + name)) {
-      return failure;
-    }
+    if (const Failure failure = Exchange("HELO " + name)) return failure;
   }
-  if (!reply_.IsPositive()) {
-    return Close(SendOutcome::kHelloRefused);
-  }
+  if (!reply_.IsPositive()) return Close(SendOutcome::kHelloRefused);
   state_ = State::kIdentified;
   return std::nullopt;
 }
 
 SmtpSession::Failure SmtpSession::Secure() {
-  if (settings_.security == Security::kNone) {
-    return std::nullopt;
-  }
+  if (settings_.security == Security::kNone) return std::nullopt;
   const bool may_stay_clear = settings_.security != Security::kRequired;
-  if (!extensions_.start_tls) {
-    return may_stay_clear ? Failure() : Close(SendOutcome::kTlsFailed);
-  }
-  if (const Failure failure = Exchange("STARTTLS")) {
-    return failure;
-  }
+  if (!extensions_.start_tls) return may_stay_clear ? Failure() : Close(SendOutcome::kTlsFailed);
+  if (const Failure failure = Exchange("STARTTLS")) return failure;
   if (reply_.code != 220) {
     // A server that offers TLS and then refuses it gets no password.
     const bool goes_on = may_stay_clear && !settings_.credentials && reply_.IsRefusal() &&
@@ -159,23 +130,17 @@ SmtpSession::Failure SmtpSession::Secure() {
     return goes_on ? Failure() : Close(SendOutcome::kTlsFailed);
   }
   reader_.Discard();  // what somebody else may have slipped in before the handshake
-  if (const Failure failure = StartTls()) {
-    return failure;
-  }
+  if (const Failure failure = StartTls()) return failure;
   return Hello();
 }
 
 SmtpSession::Failure SmtpSession::Authenticate() {
   bool is_unknown = false;
   for (const std::string_view mechanism : SaslMechanisms()) {
-    if (!extensions_.Offers(mechanism)) {
-      continue;
-    }
+    if (!extensions_.Offers(mechanism)) continue;
     const auto exchange = NewSaslExchange(mechanism, *settings_.credentials);
     const Failure failure = Authenticate(*exchange, is_unknown);
-    if (!is_unknown) {
-      return failure;
-    }
+    if (!is_unknown) return failure;
   }
   return Close(SendOutcome::kNoMechanism);
 }
@@ -183,9 +148,8 @@ SmtpSession::Failure SmtpSession::Authenticate() {
 // RFC 4954. `is_unknown` says that the server does not know the mechanism after all.
 SmtpSession::Failure SmtpSession::Authenticate(SaslExchange& exchange, bool& is_unknown) {
   std::string command = "AUTH " + std::string(exchange.Mechanism());
-  if (const std::optional<std::string> response = exchange.InitialResponse()) {
+  if (const std::optional<std::string> response = exchange.InitialResponse())
     command += response->empty() ? " =" : " " + EncodeBase64(*response);
-  }
   Failure failure = Exchange(command);
   while (!failure && reply_.code == 334) {
     const std::optional<std::string> challenge = DecodeBase64(reply_.lines.front());
@@ -197,39 +161,25 @@ SmtpSession::Failure SmtpSession::Authenticate(SaslExchange& exchange, bool& is_
     }
     failure = Exchange(EncodeBase64(*response));
   }
-  if (failure) {
-    return failure;
-  }
+  if (failure) return failure;
   is_unknown = reply_.code == kMechanismUnknown || reply_.code == kMechanismTooWeak;
-  if (is_unknown) {
-    return std::nullopt;
-  }
-  if (reply_.IsRefusal()) {
-    return Close(SendOutcome::kCredentialsRefused);
-  }
-  if (reply_.code != 235 || !exchange.IsComplete()) {
+  if (is_unknown) return std::nullopt;
+  if (reply_.IsRefusal()) return Close(SendOutcome::kCredentialsRefused);
+  if (reply_.code != 235 || !exchange.IsComplete())
     return Close(SendOutcome::kAuthenticationProtocol);
-  }
   return std::nullopt;
 }
 
 Submission SmtpSession::Submit(const Envelope& envelope, std::string_view wire) {
   if (!extensions_.international || !extensions_.eight_bit) {
-    if (!envelope.sender_is_ascii) {
-      return {.failure = SendOutcome::kSenderRefused};
-    }
-    if (!envelope.recipients_are_ascii) {
-      return {.failure = SendOutcome::kRecipientRefused};
-    }
+    if (!envelope.sender_is_ascii) return {.failure = SendOutcome::kSenderRefused};
+    if (!envelope.recipients_are_ascii) return {.failure = SendOutcome::kRecipientRefused};
   }
-  if (extensions_.largest_message > 0 && wire.size() > extensions_.largest_message) {
+  if (extensions_.largest_message > 0 && wire.size() > extensions_.largest_message)
     return {.failure = SendOutcome::kMessageRefused};
-  }
   WriteCommands(envelope, wire.size());
   const Progress progress = SendCommands();
-  if (!progress.failure) {
-    return {.failure = SendMessage(wire)};
-  }
+  if (!progress.failure) return {.failure = SendMessage(wire)};
   return Fail(progress);
 }
 
@@ -237,12 +187,9 @@ Submission SmtpSession::Fail(const Progress& progress) {
   RecoverFrom(progress);
   const SendOutcome outcome = *progress.failure;
   if (progress.sender_accepted ||
-      (outcome != SendOutcome::kConnectionBroken && outcome != SendOutcome::kSenderRefused)) {
+      (outcome != SendOutcome::kConnectionBroken && outcome != SendOutcome::kSenderRefused))
     return {.failure = outcome};
-  }
-  if (has_accepted_sender_) {
-    (void)Close(outcome);
-  }
+  if (has_accepted_sender_) (void)Close(outcome);
   return {.failure = outcome, .may_try_again = state_ == State::kClosed};
 }
 
@@ -258,16 +205,10 @@ void SmtpSession::WriteCommands(const Envelope& envelope, std::size_t message_si
     end_step(StepKind::kReset);
   }
   commands_.append("MAIL FROM:<").append(envelope.sender).append(">");
-  if (extensions_.size) {
-    commands_.append(" SIZE=").append(std::to_string(message_size));
-  }
+  if (extensions_.size) commands_.append(" SIZE=").append(std::to_string(message_size));
   const bool is_international = !envelope.sender_is_ascii || !envelope.recipients_are_ascii;
-  if (is_international || envelope.has_eight_bit_parts) {
-    commands_ += " BODY=8BITMIME";
-  }
-  if (is_international) {
-    commands_ += " SMTPUTF8";
-  }
+  if (is_international || envelope.has_eight_bit_parts) commands_ += " BODY=8BITMIME";
+  if (is_international) commands_ += " SMTPUTF8";
   end_step(StepKind::kSender);
   for (const std::string_view recipient : envelope.recipients) {
     commands_.append("RCPT TO:<").append(recipient).append(">");
@@ -292,17 +233,11 @@ SmtpSession::Progress SmtpSession::SendCommands() {
     }
     if (state_ != State::kClosed) {
       const Failure failure = ReadReply(settings_.timeouts.reply);
-      if (failure && !progress.failure) {
-        progress.failure = failure;
-      }
+      if (failure && !progress.failure) progress.failure = failure;
     }
-    if (state_ == State::kClosed) {
-      return progress;
-    }
+    if (state_ == State::kClosed) return progress;
     Judge(step, progress);
-    if (state_ == State::kClosed || (progress.failure && !extensions_.pipelining)) {
-      return progress;
-    }
+    if (state_ == State::kClosed || (progress.failure && !extensions_.pipelining)) return progress;
   }
   needs_reset_ = false;
   return progress;
@@ -333,31 +268,23 @@ void SmtpSession::Judge(const Step& step, Progress& progress) {
       break;
   }
   const bool out_of_step = !accepted && !reply_.IsRefusal();
-  if (!accepted && !progress.failure) {
+  if (!accepted && !progress.failure)
     progress.failure = out_of_step ? SendOutcome::kNotSmtp : refusal;
-  }
   // After a reply that does not fit its command no later one can be trusted to fit; a server that
   // cannot even start afresh, or says that it closes, is done.
-  if (out_of_step || reply_.code == kServiceClosing ||
-      (!accepted && step.kind == StepKind::kReset)) {
+  if (out_of_step || reply_.code == kServiceClosing || (!accepted && step.kind == StepKind::kReset))
     (void)Close(*progress.failure);
-  }
 }
 
 // Brings the dialogue back to where the next message may begin.
 void SmtpSession::RecoverFrom(const Progress& progress) {
-  if (state_ == State::kClosed) {
-    return;
-  }
+  if (state_ == State::kClosed) return;
   needs_reset_ = true;
-  if (!progress.wants_data) {
-    return;
-  }
+  if (!progress.wants_data) return;
   // The server waits for a message that it must not get. With no recipient an empty one is harmless
   // and ends the waiting (RFC 2920 section 3.1); else only the end of the connection does.
-  if (progress.recipients_accepted > 0 || Exchange(".") || reply_.code == kServiceClosing) {
+  if (progress.recipients_accepted > 0 || Exchange(".") || reply_.code == kServiceClosing)
     (void)Close(*progress.failure);
-  }
 }
 
 SmtpSession::Failure SmtpSession::SendMessage(std::string_view wire) {
@@ -377,19 +304,11 @@ SmtpSession::Failure SmtpSession::SendMessage(std::string_view wire) {
 }
 
 SendOutcome SmtpSession::AwaitAcceptance() {
-  if (const Failure failure = ReadReply(settings_.timeouts.acceptance)) {
-    return *failure;
-  }
-  if (reply_.IsPositive()) {
-    return SendOutcome::kDelivered;
-  }
-  if (!reply_.IsRefusal()) {
-    return *Close(SendOutcome::kNotSmtp);
-  }
+  if (const Failure failure = ReadReply(settings_.timeouts.acceptance)) return *failure;
+  if (reply_.IsPositive()) return SendOutcome::kDelivered;
+  if (!reply_.IsRefusal()) return *Close(SendOutcome::kNotSmtp);
   needs_reset_ = true;
-  if (reply_.code == kServiceClosing) {
-    (void)Close(SendOutcome::kMessageRefused);
-  }
+  if (reply_.code == kServiceClosing) (void)Close(SendOutcome::kMessageRefused);
   return SendOutcome::kMessageRefused;
 }
 

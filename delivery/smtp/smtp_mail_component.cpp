@@ -21,12 +21,8 @@ constexpr std::size_t kBoundaryDigits = 16;  // 64 random bits
 
 Security SecurityOf(std::wstring_view text) {
   const std::string name = LowerAscii(ToUtf8(TrimBlanks(text)));
-  if (name.empty()) {
-    return Security::kWhenOffered;
-  }
-  if (name == "unverified") {
-    return Security::kUnverified;
-  }
+  if (name.empty()) return Security::kWhenOffered;
+  if (name == "unverified") return Security::kUnverified;
   return name == "none" ? Security::kNone : Security::kRequired;
 }
 
@@ -34,9 +30,7 @@ Security SecurityOf(std::wstring_view text) {
 std::string ResolvableHost(std::wstring_view host) {
   const bool is_numeric =
       host.find_first_not_of(L"0123456789abcdefABCDEF.:%") == std::wstring_view::npos;
-  if (is_numeric) {
-    return {host.begin(), host.end()};
-  }
+  if (is_numeric) return {host.begin(), host.end()};
   return AsciiDomain(host).value_or("");
 }
 
@@ -77,9 +71,7 @@ void SmtpMailComponent::SetServerPort(std::int32_t port) {
 
 void SmtpMailComponent::SetSenderAddress(const std::wstring& address) {
   sender_ = ParseAddress(address);
-  if (sender_) {
-    composer_.SetSender(*sender_);
-  }
+  if (sender_) composer_.SetSender(*sender_);
 }
 
 void SmtpMailComponent::SetAuthenticationMode(std::int32_t mode) {
@@ -112,9 +104,7 @@ void SmtpMailComponent::SetUnsubscribe(const std::wstring& address) {
 std::int32_t SmtpMailComponent::LoadBodyFromFile(const std::wstring& path,
                                                  std::int32_t /*option*/) {
   std::optional<Letter> letter = read_letter_(path);
-  if (!letter) {
-    return kCannotOpenFile;
-  }
+  if (!letter) return kCannotOpenFile;
   composer_.SetPictures(letter->pictures);
   letter_ = *std::move(letter);
   body_ = {{.text = letter_.body}};
@@ -140,11 +130,10 @@ void SmtpMailComponent::ResetRecipients(std::int32_t which) {
 void SmtpMailComponent::AddRecipient(const std::wstring& display_name, const std::wstring& address,
                                      std::int32_t /*kind*/) {
   std::optional<Address> parsed = ParseAddress(address);
-  if (parsed) {
+  if (parsed)
     recipients_.push_back({display_name, *std::move(parsed)});
-  } else {
+  else
     has_malformed_recipient_ = true;
-  }
 }
 
 bool SmtpMailComponent::CanComposeMore() const {
@@ -161,12 +150,8 @@ void SmtpMailComponent::Compose() {
 SendOutcome SmtpMailComponent::WriteMessage(ComposedMessage& message) {
   message.wire.Clear();
   message.recipients.clear();
-  for (const Recipient& recipient : recipients_) {
-    message.recipients.push_back(recipient.address);
-  }
-  if (message.recipients.empty() || has_malformed_recipient_) {
-    return SendOutcome::kRecipientRefused;
-  }
+  for (const Recipient& recipient : recipients_) message.recipients.push_back(recipient.address);
+  if (message.recipients.empty() || has_malformed_recipient_) return SendOutcome::kRecipientRefused;
   composer_.Compose({.recipients = recipients_,
                      .subject = subject_,
                      .date = system_.Now(),
@@ -201,28 +186,18 @@ std::int32_t SmtpMailComponent::AwaitResult() {
 
 // Nothing where the server has the whole message and considers it.
 std::optional<SendOutcome> SmtpMailComponent::HandOver(ComposedMessage& message) {
-  if (host_.empty()) {
-    return SendOutcome::kNoServer;
-  }
-  if (!sender_) {
-    return SendOutcome::kSenderRefused;
-  }
-  if (message.outcome != SendOutcome::kDelivered) {
-    return message.outcome;
-  }
+  if (host_.empty()) return SendOutcome::kNoServer;
+  if (!sender_) return SendOutcome::kSenderRefused;
+  if (message.outcome != SendOutcome::kDelivered) return message.outcome;
   const bool is_kept = session_ != nullptr;
   if (!is_kept) {
     const SendOutcome opened = OpenSession();
-    if (opened != SendOutcome::kDelivered) {
-      return opened;
-    }
+    if (opened != SendOutcome::kDelivered) return opened;
   }
   Submission submission = Submit(message);
   if (submission.may_try_again && is_kept) {
     const SendOutcome opened = OpenSession();
-    if (opened != SendOutcome::kDelivered) {
-      return opened;
-    }
+    if (opened != SendOutcome::kDelivered) return opened;
     submission = Submit(message);
   }
   return submission.failure;
@@ -230,9 +205,7 @@ std::optional<SendOutcome> SmtpMailComponent::HandOver(ComposedMessage& message)
 
 // The message may have been composed before it was known what the server offers.
 Submission SmtpMailComponent::Submit(ComposedMessage& message) {
-  if (!session_->TakesEightBit()) {
-    MakeSevenBit(message.wire);
-  }
+  if (!session_->TakesEightBit()) MakeSevenBit(message.wire);
   return session_->Submit(MakeEnvelope(message), message.wire.bytes.View());
 }
 
@@ -240,28 +213,22 @@ Submission SmtpMailComponent::Submit(ComposedMessage& message) {
 void SmtpMailComponent::DropClosedSession() {
   const bool was_thrown =
       send_outcome_ == SendOutcome::kOutOfMemory || send_outcome_ == SendOutcome::kOtherError;
-  if (session_ && (was_thrown || session_->CurrentState() == SmtpSession::State::kClosed)) {
+  if (session_ && (was_thrown || session_->CurrentState() == SmtpSession::State::kClosed))
     session_.reset();
-  }
 }
 
 SendOutcome SmtpMailComponent::OpenSession() {
   session_.reset();
   server_.host = ResolvableHost(host_);
-  if (server_.host.empty()) {
-    return SendOutcome::kNameUnknown;
-  }
+  if (server_.host.empty()) return SendOutcome::kNameUnknown;
   server_.credentials.reset();
   if (authenticates_) {
-    if ((user_name_ + password_).find(L'\0') != std::wstring::npos) {
+    if ((user_name_ + password_).find(L'\0') != std::wstring::npos)
       return SendOutcome::kCredentialsRefused;  // no mechanism can carry it
-    }
     server_.credentials = {ToUtf8(user_name_), ToUtf8(password_)};
   }
   const SendOutcome opened = SmtpSession::Open(*network_, server_, session_);
-  if (session_) {
-    composer_.SetEightBit(session_->TakesEightBit());
-  }
+  if (session_) composer_.SetEightBit(session_->TakesEightBit());
   return opened;
 }
 
@@ -278,9 +245,7 @@ Envelope SmtpMailComponent::MakeEnvelope(const ComposedMessage& message) const {
 }
 
 void SmtpMailComponent::EndSession() {
-  if (!send_outcome_) {
-    send_outcome_ = SendOutcome::kConnectionBroken;
-  }
+  if (!send_outcome_) send_outcome_ = SendOutcome::kConnectionBroken;
   session_.reset();
 }
 

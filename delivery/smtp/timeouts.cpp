@@ -25,9 +25,7 @@ Timeouts TimeoutsOf(const System& system) {
   const std::wstring text = system.EnvironmentVariable(L"PXSCHEDULER_SMTP_TIMEOUT_MS");
   std::int64_t milliseconds = 0;
   for (const wchar_t digit : text) {
-    if (digit < L'0' || digit > L'9') {
-      return {};
-    }
+    if (digit < L'0' || digit > L'9') return {};
     milliseconds = std::min(milliseconds * 10 + (digit - L'0'), kLongestMilliseconds);
   }
   return milliseconds == 0 ? Timeouts()

@@ -72,11 +72,10 @@ class Taking {
     const auto [known, added] = replacements_.try_emplace(std::wstring(address));
     if (!added) return known->second;
     std::optional<std::string> bytes;
-    if (StartsWithoutCase(address, L"data:")) {
+    if (StartsWithoutCase(address, L"data:"))
       bytes = DataBytes(address);
-    } else if (const auto file = FileOfAddress(address)) {
+    else if (const auto file = FileOfAddress(address))
       bytes = FileBytes(*file, address);
-    }
     if (!bytes) return {};
     known->second = AddPart(std::move(*bytes));
     return known->second;

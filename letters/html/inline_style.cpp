@@ -36,12 +36,11 @@ std::optional<int> BlankLines(const std::wstring& length) {
 
 void ReadMargins(const std::wstring& value, InlineStyle& style) {
   std::vector<std::wstring> sides(1);
-  for (const wchar_t character : value) {
+  for (const wchar_t character : value)
     if (character == L' ')
       sides.emplace_back();
     else
       sides.back() += character;
-  }
   style.margin_top = BlankLines(sides[0]);
   style.margin_bottom = sides.size() > 2 ? BlankLines(sides[2]) : style.margin_top;
 }

@@ -57,13 +57,12 @@ void Reading::AppendUnicode(std::int32_t unit) {
     return;
   }
   if (IsLowSurrogate(code)) {
-    if (high == 0) {
+    if (high == 0)
       Take(L"\uFFFD");
-    } else if constexpr (sizeof(wchar_t) == 2) {
+    else if constexpr (sizeof(wchar_t) == 2)
       Take(std::wstring{static_cast<wchar_t>(high), static_cast<wchar_t>(code)});
-    } else {
+    else
       Take(std::wstring(1, static_cast<wchar_t>(JoinSurrogates(high, code))));
-    }
     return;
   }
   if (code == 0 || code > 0x10FFFF) return;
@@ -120,12 +119,11 @@ void Reading::Take(std::wstring_view text) {
       }
       break;
     case Destination::kFontTable:
-      for (const wchar_t character : text) {
+      for (const wchar_t character : text)
         if (character == L';')
           EndFont();
         else if (!IsControlCharacter(character))
           font.name += character;
-      }
       break;
     case Destination::kColourTable:
       for (const wchar_t character : text) {
@@ -135,12 +133,11 @@ void Reading::Take(std::wstring_view text) {
       }
       break;
     case Destination::kStyleSheet:
-      for (const wchar_t character : text) {
+      for (const wchar_t character : text)
         if (character == L';')
           EndStyle();
         else
           style.name += character;
-      }
       break;
     case Destination::kFieldInstruction:
       if (!fields.empty()) fields.back().instruction += text;

@@ -20,9 +20,7 @@ constexpr SocketHandle kNone = -1;
 
 TransferResult Transferred(ssize_t result, std::size_t& bytes) {
   bytes = result > 0 ? static_cast<std::size_t>(result) : 0;
-  if (result >= 0) {
-    return TransferResult::kDone;
-  }
+  if (result >= 0) return TransferResult::kDone;
   const bool may_go_on = errno == EINTR || errno == EAGAIN || errno == EWOULDBLOCK;
   return may_go_on ? TransferResult::kNotYet : TransferResult::kFailed;
 }
@@ -43,9 +41,7 @@ Socket& Socket::operator=(Socket&& other) noexcept {
 }
 
 Socket::~Socket() {
-  if (IsOpen()) {
-    close(handle_);
-  }
+  if (IsOpen()) close(handle_);
 }
 
 bool Socket::IsOpen() const { return handle_ >= 0; }
@@ -58,16 +54,13 @@ PollResult PollSockets(std::span<const SocketHandle> sockets, SocketEvent event,
   std::transform(sockets.begin(), sockets.end(), std::back_inserter(entries),
                  [events](int each) { return pollfd{.fd = each, .events = events, .revents = 0}; });
   const int ready = poll(entries.data(), entries.size(), static_cast<int>(time.count()));
-  if (ready > 0) {
-    return PollResult::kReady;
-  }
+  if (ready > 0) return PollResult::kReady;
   return ready == 0 || errno == EINTR ? PollResult::kNothing : PollResult::kFailed;
 }
 
 ConnectStart StartConnecting(SocketHandle socket, const sockaddr_storage& address, socklen_t size) {
-  if (connect(socket, reinterpret_cast<const sockaddr*>(&address), size) == 0) {
+  if (connect(socket, reinterpret_cast<const sockaddr*>(&address), size) == 0)
     return ConnectStart::kConnected;
-  }
   return errno == EINPROGRESS || errno == EINTR ? ConnectStart::kUnderWay : ConnectStart::kFailed;
 }
 

@@ -68,18 +68,15 @@ class TlsTransport : public Transport {
     carrier_.deadline = deadline;
     is_open_ = Prepare(host, check) && SSL_connect(connection_.get()) == 1;
     ERR_clear_error();
-    if (is_open_) {
-      return IoResult::kDone;
-    }
+    if (is_open_) return IoResult::kDone;
     return carrier_.result == IoResult::kTimedOut ? IoResult::kTimedOut : IoResult::kBroken;
   }
 
   IoResult Send(std::string_view bytes, Deadline deadline) override {
     carrier_.deadline = deadline;
     std::size_t written = 0;
-    if (SSL_write_ex(connection_.get(), bytes.data(), bytes.size(), &written) == 1) {
+    if (SSL_write_ex(connection_.get(), bytes.data(), bytes.size(), &written) == 1)
       return IoResult::kDone;
-    }
     return Failed();
   }
 
@@ -87,9 +84,7 @@ class TlsTransport : public Transport {
                    Deadline deadline) override {
     carrier_.deadline = deadline;
     received = 0;
-    if (SSL_read_ex(connection_.get(), bytes, size, &received) == 1) {
-      return IoResult::kDone;
-    }
+    if (SSL_read_ex(connection_.get(), bytes, size, &received) == 1) return IoResult::kDone;
     return Failed();
   }
 
@@ -99,17 +94,13 @@ class TlsTransport : public Transport {
   static constexpr std::chrono::milliseconds kFarewell{1000};
 
   bool Prepare(const std::string& host, CertificateCheck check) {
-    if (!method_ || !context_ ||
-        SSL_CTX_set_min_proto_version(context_.get(), TLS1_2_VERSION) != 1) {
+    if (!method_ || !context_ || SSL_CTX_set_min_proto_version(context_.get(), TLS1_2_VERSION) != 1)
       return false;
-    }
     BIO_meth_set_write(method_.get(), &WriteToCarrier);
     BIO_meth_set_read(method_.get(), &ReadFromCarrier);
     BIO_meth_set_ctrl(method_.get(), &ControlCarrier);
     const bool checks = check == CertificateCheck::kTrustAndHostName;
-    if (checks && SSL_CTX_set_default_verify_paths(context_.get()) != 1) {
-      return false;
-    }
+    if (checks && SSL_CTX_set_default_verify_paths(context_.get()) != 1) return false;
     SSL_CTX_set_verify(context_.get(), checks ? SSL_VERIFY_PEER : SSL_VERIFY_NONE, nullptr);
     connection_.reset(SSL_new(context_.get()));
     BIO* const bio = BIO_new(method_.get());

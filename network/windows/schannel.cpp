@@ -29,9 +29,7 @@ SchannelCredentials::SchannelCredentials() {
 }
 
 SchannelCredentials::~SchannelCredentials() {
-  if (are_acquired_) {
-    FreeCredentialsHandle(&handle_);
-  }
+  if (are_acquired_) FreeCredentialsHandle(&handle_);
 }
 
 bool SchannelCredentials::Acquire(void* parameters) {
@@ -44,9 +42,7 @@ bool SchannelCredentials::Acquire(void* parameters) {
 SchannelContext::SchannelContext() { SecInvalidateHandle(&handle_); }
 
 SchannelContext::~SchannelContext() {
-  if (Exists()) {
-    DeleteSecurityContext(&handle_);
-  }
+  if (Exists()) DeleteSecurityContext(&handle_);
 }
 
 bool SchannelContext::Exists() const {
@@ -56,9 +52,7 @@ bool SchannelContext::Exists() const {
 }
 
 SchannelToken::~SchannelToken() {
-  if (buffer_.pvBuffer != nullptr) {
-    FreeContextBuffer(buffer_.pvBuffer);
-  }
+  if (buffer_.pvBuffer != nullptr) FreeContextBuffer(buffer_.pvBuffer);
 }
 
 std::string_view SchannelToken::Bytes() const {

@@ -54,9 +54,7 @@ class SchannelTransport : public Transport {
       : transport_(std::move(transport)) {}
 
   ~SchannelTransport() override {
-    if (is_open_) {
-      SayFarewell();
-    }
+    if (is_open_) SayFarewell();
   }
 
   IoResult Handshake(const std::string& host, CertificateCheck check, Deadline deadline) {
@@ -73,9 +71,7 @@ class SchannelTransport : public Transport {
     records_.clear();
     while (!bytes.empty()) {
       const std::size_t size = std::min<std::size_t>(bytes.size(), sizes_.cbMaximumMessage);
-      if (!AppendRecord(bytes.substr(0, size))) {
-        return Failed(IoResult::kBroken);
-      }
+      if (!AppendRecord(bytes.substr(0, size))) return Failed(IoResult::kBroken);
       bytes.remove_prefix(size);
     }
     return Failed(transport_->Send(records_, deadline));
@@ -86,9 +82,7 @@ class SchannelTransport : public Transport {
     received = 0;
     while (decrypted_.empty()) {
       const IoResult result = pending_.empty() ? ReadMore(deadline) : Decrypt(deadline);
-      if (result != IoResult::kDone) {
-        return Failed(result);
-      }
+      if (result != IoResult::kDone) return Failed(result);
     }
     received = std::min(size, decrypted_.size());
     std::memcpy(bytes, decrypted_.data(), received);
@@ -102,15 +96,11 @@ class SchannelTransport : public Transport {
   // Handshakes: at the start, and again whenever the server wants to. What has arrived for it is
   // in `pending_`, and so is what has arrived behind it.
   IoResult Negotiate(Deadline deadline) {
-    if (!credentials_.AreAcquired()) {
-      return IoResult::kBroken;
-    }
+    if (!credentials_.AreAcquired()) return IoResult::kBroken;
     bool asked_for_certificate = false;
     for (int round = 0; round < kMostRounds; ++round) {
       // A server that goes on in the clear would have the system wait for the rest of a record.
-      if (!pending_.empty() && !BeginsRecord(pending_.front())) {
-        return IoResult::kBroken;
-      }
+      if (!pending_.empty() && !BeginsRecord(pending_.front())) return IoResult::kBroken;
       SchannelToken token;
       const SECURITY_STATUS status = Step(token);
       if (status == SEC_I_INCOMPLETE_CREDENTIALS && !asked_for_certificate) {
@@ -119,22 +109,14 @@ class SchannelTransport : public Transport {
       }
       if (!token.Bytes().empty()) {  // an alert, where the step has failed
         const IoResult sent = transport_->Send(token.Bytes(), deadline);
-        if (sent != IoResult::kDone) {
-          return sent;
-        }
+        if (sent != IoResult::kDone) return sent;
       }
-      if (status == SEC_E_OK) {
-        return IsAcceptable(deadline) ? IoResult::kDone : IoResult::kBroken;
-      }
+      if (status == SEC_E_OK) return IsAcceptable(deadline) ? IoResult::kDone : IoResult::kBroken;
       const bool goes_on = status == SEC_I_CONTINUE_NEEDED || status == SEC_E_INCOMPLETE_MESSAGE;
-      if (!goes_on) {
-        return IoResult::kBroken;
-      }
+      if (!goes_on) return IoResult::kBroken;
       if (pending_.empty() || status == SEC_E_INCOMPLETE_MESSAGE) {
         const IoResult read = ReadMore(deadline);
-        if (read != IoResult::kDone) {
-          return read;
-        }
+        if (read != IoResult::kDone) return read;
       }
     }
     return IoResult::kBroken;
@@ -156,22 +138,18 @@ class SchannelTransport : public Transport {
         InitializeSecurityContextW(credentials_.Get(), is_first ? nullptr : context_.Get(), target,
                                    kContextFlags, 0, 0, is_first ? nullptr : &input_description, 0,
                                    context_.Get(), &output_description, &attributes, &expiry);
-    if (status == SEC_E_OK || status == SEC_I_CONTINUE_NEEDED) {
+    if (status == SEC_E_OK || status == SEC_I_CONTINUE_NEEDED)
       KeepExtra(is_first ? nullptr : Find(input, SECBUFFER_EXTRA));
-    }
     return status;
   }
 
   bool IsAcceptable(Deadline deadline) {
-    if (check_ == CertificateCheck::kNone) {
-      return true;
-    }
+    if (check_ == CertificateCheck::kNone) return true;
     PCCERT_CONTEXT certificate = nullptr;
     if (QueryContextAttributesW(context_.Get(), SECPKG_ATTR_REMOTE_CERT_CONTEXT,
                                 static_cast<void*>(&certificate)) != SEC_E_OK ||
-        certificate == nullptr) {
+        certificate == nullptr)
       return false;
-    }
     const std::unique_ptr<const CERT_CONTEXT, decltype(&CertFreeCertificateContext)> owner(
         certificate, &CertFreeCertificateContext);
     return IsTrusted(*certificate, host_, deadline);
@@ -184,15 +162,11 @@ class SchannelTransport : public Transport {
                           BufferOf(SECBUFFER_EMPTY)};
     SecBufferDesc description = Describe(buffers);
     const SECURITY_STATUS status = DecryptMessage(context_.Get(), &description, 0, nullptr);
-    if (status == SEC_E_INCOMPLETE_MESSAGE) {
-      return ReadMore(deadline);
-    }
-    if (status != SEC_E_OK && status != SEC_I_RENEGOTIATE) {
+    if (status == SEC_E_INCOMPLETE_MESSAGE) return ReadMore(deadline);
+    if (status != SEC_E_OK && status != SEC_I_RENEGOTIATE)
       return IoResult::kBroken;  // SEC_I_CONTEXT_EXPIRED is the server's farewell
-    }
-    if (const SecBuffer* const data = Find(buffers, SECBUFFER_DATA)) {
+    if (const SecBuffer* const data = Find(buffers, SECBUFFER_DATA))
       decrypted_.append(static_cast<const char*>(data->pvBuffer), data->cbBuffer);
-    }
     KeepExtra(Find(buffers, SECBUFFER_EXTRA));
     // In TLS 1.3 this is any message of the handshake that comes later, such as a session ticket.
     return status == SEC_I_RENEGOTIATE ? Negotiate(deadline) : IoResult::kDone;
@@ -206,9 +180,7 @@ class SchannelTransport : public Transport {
 
   IoResult ReadMore(Deadline deadline) {
     const std::size_t size = pending_.size();
-    if (size > kMostPending) {
-      return IoResult::kBroken;
-    }
+    if (size > kMostPending) return IoResult::kBroken;
     pending_.resize(size + kReadSize);
     std::size_t received = 0;
     const IoResult result =
@@ -228,9 +200,7 @@ class SchannelTransport : public Transport {
                           BufferOf(SECBUFFER_STREAM_TRAILER, data + bytes.size(), sizes_.cbTrailer),
                           BufferOf(SECBUFFER_EMPTY)};
     SecBufferDesc description = Describe(buffers);
-    if (EncryptMessage(context_.Get(), 0, &description, 0) != SEC_E_OK) {
-      return false;
-    }
+    if (EncryptMessage(context_.Get(), 0, &description, 0) != SEC_E_OK) return false;
     // The trailer may be shorter than its longest.
     records_.resize(start + buffers[0].cbBuffer + buffers[1].cbBuffer + buffers[2].cbBuffer);
     return true;
@@ -242,15 +212,12 @@ class SchannelTransport : public Transport {
     std::array buffers = {
         BufferOf(SECBUFFER_TOKEN, reinterpret_cast<char*>(&shutdown), sizeof(shutdown))};
     SecBufferDesc description = Describe(buffers);
-    if (ApplyControlToken(context_.Get(), &description) != SEC_E_OK) {
-      return;
-    }
+    if (ApplyControlToken(context_.Get(), &description) != SEC_E_OK) return;
     pending_.clear();
     SchannelToken token;
     Step(token);
-    if (!token.Bytes().empty()) {
+    if (!token.Bytes().empty())
       transport_->Send(token.Bytes(), std::chrono::steady_clock::now() + kFarewell);
-    }
   }
 
   IoResult Failed(IoResult result) {

@@ -65,13 +65,9 @@ bool MeetsPolicy(const Chain& chain, std::wstring name) {
 // The bytes of a numeric address as a certificate holds them (RFC 5280 section 4.2.1.6).
 std::optional<std::string> AddressBytes(const std::string& host) {
   std::string bytes(sizeof(in6_addr), '\0');
-  if (inet_pton(AF_INET6, host.c_str(), bytes.data()) == 1) {
-    return bytes;
-  }
+  if (inet_pton(AF_INET6, host.c_str(), bytes.data()) == 1) return bytes;
   bytes.resize(sizeof(in_addr));
-  if (inet_pton(AF_INET, host.c_str(), bytes.data()) == 1) {
-    return bytes;
-  }
+  if (inet_pton(AF_INET, host.c_str(), bytes.data()) == 1) return bytes;
   return std::nullopt;
 }
 
@@ -80,16 +76,13 @@ bool NamesAddress(const CERT_CONTEXT& certificate, std::string_view address) {
   const CERT_EXTENSION* const extension =
       CertFindExtension(szOID_SUBJECT_ALT_NAME2, certificate.pCertInfo->cExtension,
                         certificate.pCertInfo->rgExtension);
-  if (extension == nullptr) {
-    return false;
-  }
+  if (extension == nullptr) return false;
   void* decoded = nullptr;
   DWORD size = 0;
   if (CryptDecodeObjectEx(X509_ASN_ENCODING, X509_ALTERNATE_NAME, extension->Value.pbData,
                           extension->Value.cbData, CRYPT_DECODE_ALLOC_FLAG, nullptr,
-                          static_cast<void*>(&decoded), &size) == FALSE) {
+                          static_cast<void*>(&decoded), &size) == FALSE)
     return false;
-  }
   const std::unique_ptr<void, FreeLocal> owner(decoded);
   const auto& names = *static_cast<const CERT_ALT_NAME_INFO*>(decoded);
   return std::any_of(names.rgAltEntry, names.rgAltEntry + names.cAltEntry,
@@ -107,13 +100,10 @@ bool IsNumericHost(const std::string& host) { return AddressBytes(host).has_valu
 
 bool IsTrusted(const CERT_CONTEXT& certificate, const std::string& host, Deadline deadline) {
   const Chain chain = BuildChain(certificate, deadline);
-  if (!chain) {
-    return false;
-  }
+  if (!chain) return false;
   // The system compares names only.
-  if (const std::optional<std::string> address = AddressBytes(host)) {
+  if (const std::optional<std::string> address = AddressBytes(host))
     return MeetsPolicy(chain, {}) && NamesAddress(certificate, *address);
-  }
   return !host.empty() && MeetsPolicy(chain, std::wstring(host.begin(), host.end()));
 }
 

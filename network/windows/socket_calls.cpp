@@ -24,9 +24,7 @@ SocketHandle NewSocket(int family, int type) {
 
 TransferResult Transferred(int result, std::size_t& bytes) {
   bytes = result > 0 ? static_cast<std::size_t>(result) : 0;
-  if (result >= 0) {
-    return TransferResult::kDone;
-  }
+  if (result >= 0) return TransferResult::kDone;
   return WSAGetLastError() == WSAEWOULDBLOCK ? TransferResult::kNotYet : TransferResult::kFailed;
 }
 
@@ -42,9 +40,7 @@ SocketLibrary::SocketLibrary() {
 }
 
 SocketLibrary::~SocketLibrary() {
-  if (is_started_) {
-    WSACleanup();
-  }
+  if (is_started_) WSACleanup();
 }
 
 Socket::Socket(int family, int type) : handle_(NewSocket(family, type)) {}
@@ -57,9 +53,7 @@ Socket& Socket::operator=(Socket&& other) noexcept {
 }
 
 Socket::~Socket() {
-  if (IsOpen()) {
-    closesocket(handle_);
-  }
+  if (IsOpen()) closesocket(handle_);
 }
 
 bool Socket::IsOpen() const { return handle_ != INVALID_SOCKET; }
@@ -68,26 +62,21 @@ bool Socket::IsOpen() const { return handle_ != INVALID_SOCKET; }
 PollResult PollSockets(std::span<const SocketHandle> sockets, SocketEvent event,
                        std::chrono::milliseconds time) {
   fd_set wanted{};
-  for (const SocketHandle socket :
-       sockets.first(std::min<std::size_t>(sockets.size(), FD_SETSIZE))) {
+  for (const SocketHandle socket : sockets.first(std::min<std::size_t>(sockets.size(), FD_SETSIZE)))
     wanted.fd_array[wanted.fd_count++] = socket;
-  }
   fd_set failed = wanted;
   timeval limit{.tv_sec = static_cast<long>(time.count() / 1000),
                 .tv_usec = static_cast<long>(time.count() % 1000 * 1000)};
   const bool reads = event == SocketEvent::kReadable;
   const int ready =
       select(0, reads ? &wanted : nullptr, reads ? nullptr : &wanted, &failed, &limit);
-  if (ready > 0) {
-    return PollResult::kReady;
-  }
+  if (ready > 0) return PollResult::kReady;
   return ready == 0 ? PollResult::kNothing : PollResult::kFailed;
 }
 
 ConnectStart StartConnecting(SocketHandle socket, const sockaddr_storage& address, socklen_t size) {
-  if (connect(socket, reinterpret_cast<const sockaddr*>(&address), size) == 0) {
+  if (connect(socket, reinterpret_cast<const sockaddr*>(&address), size) == 0)
     return ConnectStart::kConnected;
-  }
   return WSAGetLastError() == WSAEWOULDBLOCK ? ConnectStart::kUnderWay : ConnectStart::kFailed;
 }
 

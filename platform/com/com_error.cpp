@@ -63,9 +63,8 @@ RuntimeError ComException(EXCEPINFO& details) {
   const OwnedBstr source(std::exchange(details.bstrSource, nullptr));
   const OwnedBstr help_file(std::exchange(details.bstrHelpFile, nullptr));
   const OwnedBstr description(std::exchange(details.bstrDescription, nullptr));
-  if (details.wCode != 0) {
+  if (details.wCode != 0)
     return {details.wCode, description ? Text(description) : L"Automation error"};
-  }
   return ComError(FAILED(details.scode) ? details.scode : E_FAIL, Text(description));
 }
 

@@ -100,9 +100,8 @@ DISPID ComObject::IdentifierOf(const std::wstring& name) const {
 
 Variant ComObject::Invoke(DISPID member, WORD kind, Arguments arguments) const {
   std::vector<VARIANT> last_to_first;  // owned by `arguments`
-  for (const Variant& argument : arguments) {
+  for (const Variant& argument : arguments)
     last_to_first.insert(last_to_first.begin(), argument.Get());
-  }
   DISPID put_value = DISPID_PROPERTYPUT;
   DISPPARAMS parameters{.rgvarg = last_to_first.data(),
                         .rgdispidNamedArgs = nullptr,

@@ -50,9 +50,8 @@ std::optional<sys_days> ThreeNumbers(const DateNumbers& numbers, const DateOrder
   const bool month_first = order.month < order.day;
   for (const DateOrder& as :
        {order, month_first ? kMonthDayYear : kDayMonthYear,
-        month_first ? kDayMonthYear : kMonthDayYear, kYearMonthDay, kYearDayMonth}) {
+        month_first ? kDayMonthYear : kMonthDayYear, kYearMonthDay, kYearDayMonth})
     if (const auto date = read(as)) return date;
-  }
   return std::nullopt;
 }
 

@@ -51,13 +51,11 @@ class Parser {
 };
 
 std::optional<DateParts> Parser::Parse() {
-  while (position_ < text_.size()) {
-    if (IsBlankCharacter(text_[position_])) {
+  while (position_ < text_.size())
+    if (IsBlankCharacter(text_[position_]))
       ++position_;
-    } else if (!ParseItem()) {
+    else if (!ParseItem())
       return std::nullopt;
-    }
-  }
   if (last_ == Last::kSeparator && separator_ != L'.') return std::nullopt;
   if (!SettleTime() || !SettleNames()) return std::nullopt;
   return parts_;
@@ -119,11 +117,9 @@ bool Parser::ParseTime(int hour) {
     *part = number->value;
   }
   // A fraction of a second is dropped.
-  if (separator == L':' && At(position_) == L'.' && IsDigit(At(position_ + 1))) {
-    do {
+  if (separator == L':' && At(position_) == L'.' && IsDigit(At(position_ + 1))) do {
       ++position_;
     } while (IsDigit(At(position_)));
-  }
   last_ = Last::kTime;
   return true;
 }

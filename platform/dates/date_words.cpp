@@ -50,20 +50,16 @@ DateWords::DateWords(const CalendarNames& names, const RegionalSettings& setting
     // "Nov." is also written "Nov".
     if (name.back() == L'.') give_meaning(*Add(name.substr(0, name.size() - 1)));
   };
-  for (const auto* months : {&names.months, &names.months_of_dates, &names.short_months}) {
-    for (unsigned i = 0; i < months->size(); ++i) {
+  for (const auto* months : {&names.months, &names.months_of_dates, &names.short_months})
+    for (unsigned i = 0; i < months->size(); ++i)
       add((*months)[i], [i](DateWord& word) { word.month = i + 1; });
-    }
-  }
   for (std::size_t i = 0; i < names.months.size(); ++i) {
     const std::wstring_view beginning = UsualBeginning(names.months, i);
     add(beginning, [i](DateWord& word) { word.month = static_cast<unsigned>(i + 1); });
   }
-  for (const auto* weekdays : {&names.weekdays, &names.short_weekdays}) {
-    for (const std::wstring& weekday : *weekdays) {
+  for (const auto* weekdays : {&names.weekdays, &names.short_weekdays})
+    for (const std::wstring& weekday : *weekdays)
       add(weekday, [](DateWord& word) { word.weekday = true; });
-    }
-  }
   const auto morning = [](DateWord& word) { word.designator = Designator::kMorning; };
   const auto afternoon = [](DateWord& word) { word.designator = Designator::kAfternoon; };
   for (const wchar_t* name : {L"AM", L"A"}) add(name, morning);
@@ -71,9 +67,8 @@ DateWords::DateWords(const CalendarNames& names, const RegionalSettings& setting
   add(settings.morning, morning);
   add(settings.afternoon, afternoon);
   for (const auto* picture : {&short_date, &long_time}) {
-    for (const PictureItem& item : *picture) {
+    for (const PictureItem& item : *picture)
       if (item.letter == 0) add(item.text, [](DateWord&) {});
-    }
   }
   std::stable_sort(words_.begin(), words_.end(), [](const DateWord& a, const DateWord& b) {
     return a.text.size() > b.text.size();

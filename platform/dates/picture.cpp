@@ -35,11 +35,10 @@ bool NamesDay(const PictureItem& item) { return item.letter == L'd' && item.text
 
 void AppendYear(std::wstring& out, int year, std::size_t width) {
   const auto number = static_cast<unsigned>(year);
-  if (width <= 2) {
+  if (width <= 2)
     AppendWholeNumber(number % 100, out, width);
-  } else {
+  else
     AppendWholeNumber(number, out, 4);
-  }
 }
 
 }  // namespace

@@ -17,9 +17,8 @@ wchar_t TimeSeparator(const std::vector<PictureItem>& long_time) {
   for (std::size_t i = 1; i < long_time.size(); ++i) {
     const PictureItem& before = long_time[i - 1];
     const bool after_hours = before.letter == L'h' || before.letter == L'H';
-    if (after_hours && long_time[i].letter == 0 && long_time[i].text.size() == 1) {
+    if (after_hours && long_time[i].letter == 0 && long_time[i].text.size() == 1)
       return long_time[i].text[0];
-    }
   }
   return L':';
 }
@@ -70,11 +69,10 @@ std::optional<DateTime> PictureRegional::ReadDate(std::wstring_view text) const 
   if (!parts) return std::nullopt;
   const bool time_alone = parts->time_of_day && parts->numbers.Count() == 0 && parts->month == 0;
   std::optional<std::chrono::sys_days> date;
-  if (!time_alone) {
+  if (!time_alone)
     date = ResolveDate(*parts, order_, settings_.today);
-  } else if (!parts->weekday) {
+  else if (!parts->weekday)
     date = kDayZero;
-  }
   if (!date) return std::nullopt;
   return DateTime{*date, parts->time_of_day.value_or(std::chrono::seconds{0})};
 }

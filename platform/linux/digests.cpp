@@ -24,9 +24,8 @@ std::string Hmac(const EVP_MD* digest, std::string_view key, std::string_view te
   std::string result(EVP_MAX_MD_SIZE, '\0');
   unsigned int size = 0;
   if (HMAC(digest, key.data(), static_cast<int>(key.size()), Bytes(text), text.size(),
-           Bytes(result), &size) == nullptr) {
+           Bytes(result), &size) == nullptr)
     throw std::bad_alloc();
-  }
   result.resize(size);
   return result;
 }
@@ -43,9 +42,8 @@ std::string HmacSha256(std::string_view key, std::string_view text) {
 
 std::string Sha256(std::string_view text) {
   std::string result(kSha256Size, '\0');
-  if (EVP_Digest(text.data(), text.size(), Bytes(result), nullptr, EVP_sha256(), nullptr) != 1) {
+  if (EVP_Digest(text.data(), text.size(), Bytes(result), nullptr, EVP_sha256(), nullptr) != 1)
     throw std::bad_alloc();
-  }
   return result;
 }
 
@@ -53,9 +51,8 @@ std::string Pbkdf2Sha256(std::string_view password, std::string_view salt, int i
   std::string result(kSha256Size, '\0');
   if (PKCS5_PBKDF2_HMAC(password.data(), static_cast<int>(password.size()), Bytes(salt),
                         static_cast<int>(salt.size()), iterations, EVP_sha256(), kSha256Size,
-                        Bytes(result)) != 1) {
+                        Bytes(result)) != 1)
     throw std::bad_alloc();
-  }
   return result;
 }
 
@@ -70,9 +67,8 @@ std::string RandomBytes(std::size_t size) {
     if (getentropy(result.data() + filled, count) != 0) break;
     filled += count;
   }
-  if (filled < size && RAND_bytes(Bytes(result), static_cast<int>(size)) != 1) {
+  if (filled < size && RAND_bytes(Bytes(result), static_cast<int>(size)) != 1)
     throw std::bad_alloc();
-  }
   return result;
 }
 

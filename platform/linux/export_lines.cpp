@@ -28,9 +28,8 @@ ExportLines::ExportLines(std::string_view bytes, std::string file)
 std::size_t ExportLines::LineEnd() const {
   if (!utf16_) return std::min(rest_.find('\n'), rest_.size());
   std::size_t position = 0;
-  while (position + 1 < rest_.size() && (rest_[position] != '\n' || rest_[position + 1] != '\0')) {
+  while (position + 1 < rest_.size() && (rest_[position] != '\n' || rest_[position + 1] != '\0'))
     position += 2;
-  }
   return position + 1 < rest_.size() ? position : rest_.size();
 }
 

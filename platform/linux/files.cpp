@@ -39,9 +39,8 @@ std::string ReadToEnd(int descriptor, const std::string& path) {
   struct stat status {};
   std::string bytes;
   if (::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) &&
-      static_cast<std::size_t>(status.st_size) <= kMostBytes) {
+      static_cast<std::size_t>(status.st_size) <= kMostBytes)
     bytes.reserve(static_cast<std::size_t>(status.st_size));
-  }
   std::array<char, 65536> buffer;
   while (true) {
     const ssize_t count = ::read(descriptor, buffer.data(), buffer.size());
@@ -112,9 +111,8 @@ void ReplaceNativeFile(const std::string& path, std::string_view bytes) {
   std::string beside = path + ".XXXXXX";
   FileDescriptor file(::mkostemp(beside.data(), O_CLOEXEC));
   if (!file.IsOpen()) throw ErrorOf(errno, path);
-  if (WriteAll(file.Get(), bytes) && file.Close() && ::rename(beside.c_str(), path.c_str()) == 0) {
+  if (WriteAll(file.Get(), bytes) && file.Close() && ::rename(beside.c_str(), path.c_str()) == 0)
     return;
-  }
   const int error_number = errno;
   ::unlink(beside.c_str());
   throw ErrorOf(error_number, path);

@@ -58,9 +58,8 @@ std::wstring KeepSurvivors(std::wstring text, std::uint32_t always, wchar_t repl
   std::size_t position = 0;
   while ((position = SkipBelow(text, position, always)) < text.size()) {
     const std::size_t block_end = std::min(position + kBlockLength, text.size());
-    for (; position < block_end; ++position) {
+    for (; position < block_end; ++position)
       if (!survives(static_cast<char32_t>(text[position]))) text[position] = replacement;
-    }
   }
   return text;
 }
@@ -85,9 +84,8 @@ class SingleByteCodePage : public CodePage {
     for (std::size_t byte = 0; byte < characters.size(); ++byte) {
       const auto character = static_cast<char32_t>(characters[byte]);
       // The lower byte where two stand for one character.
-      if (character != kReplacementCharacter && bytes_[character] == 0) {
+      if (character != kReplacementCharacter && bytes_[character] == 0)
         bytes_[character] = static_cast<unsigned char>(byte);
-      }
     }
     ascii_ = true;
     for (std::size_t i = 1; i < 0x80; ++i) ascii_ = ascii_ && bytes_[i] == i;
@@ -96,17 +94,15 @@ class SingleByteCodePage : public CodePage {
 
   std::string ToBytes(std::wstring_view text) const override {
     std::string bytes(text.size(), '\0');
-    for (std::size_t i = 0; i < text.size(); ++i) {
+    for (std::size_t i = 0; i < text.size(); ++i)
       bytes[i] = static_cast<char>(ByteOf(static_cast<char32_t>(text[i]), question_));
-    }
     return bytes;
   }
 
   std::wstring FromBytes(std::string_view bytes) const override {
     std::wstring text(bytes.size(), L'\0');
-    for (std::size_t i = 0; i < bytes.size(); ++i) {
+    for (std::size_t i = 0; i < bytes.size(); ++i)
       text[i] = characters_[static_cast<unsigned char>(bytes[i])];
-    }
     return text;
   }
 
@@ -137,9 +133,8 @@ class MultiByteCodePage : public CodePage {
     ucnv_getUnicodeSet(converter_.get(), survivors_.get(), UCNV_ROUNDTRIP_SET, &error);
     // Some encodings count surrogates in; they are no characters.
     uset_removeRange(survivors_.get(), 0xD800, 0xDFFF);
-    for (std::size_t c = 0; c < kBasicPlane; ++c) {
+    for (std::size_t c = 0; c < kBasicPlane; ++c)
       survives_[c] = uset_contains(survivors_.get(), static_cast<UChar32>(c)) != 0;
-    }
     ascii_ = uset_containsRange(survivors_.get(), 0, 0x7F) != 0;
   }
 
@@ -284,9 +279,8 @@ const char* NameOfWindowsNumber(std::string_view number) {
       {"28603", "iso-8859-13"}, {"28605", "iso-8859-15"}, {"51932", "euc-jp"},
       {"51949", "euc-kr"},      {"54936", "gb18030"},     {"65001", "utf-8"},
   };
-  for (const auto& known : kNames) {
+  for (const auto& known : kNames)
     if (known.number == number) return known.name;
-  }
   return nullptr;
 }
 
@@ -326,9 +320,8 @@ std::unique_ptr<CodePage> FindCodePage(std::string_view name) {
   if (lower == "windows-1252") return std::make_unique<SingleByteCodePage>(WesternMeanings());
   Converter converter = OpenConverter(lower);
   if (converter == nullptr) return nullptr;
-  if (ucnv_getMaxCharSize(converter.get()) == 1) {
+  if (ucnv_getMaxCharSize(converter.get()) == 1)
     return std::make_unique<SingleByteCodePage>(MeaningsOf(converter.get()));
-  }
   return std::make_unique<MultiByteCodePage>(std::move(converter));
 }
 

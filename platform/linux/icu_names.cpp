@@ -17,9 +17,8 @@ namespace {
 
 std::wstring WideText(const icu::UnicodeString& text) {
   std::wstring wide;
-  for (int i = 0; i < text.length(); i = text.moveIndex32(i, 1)) {
+  for (int i = 0; i < text.length(); i = text.moveIndex32(i, 1))
     wide += static_cast<wchar_t>(text.char32At(i));
-  }
   return wide;
 }
 

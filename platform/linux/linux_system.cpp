@@ -95,9 +95,8 @@ Moment LinuxSystem::Now() const {
 
 std::wstring LinuxSystem::EnvironmentVariable(const std::wstring& name) const {
   const std::string value = NativeEnvironmentVariable(ToNative(name));
-  if (value.empty() && name == L"USERPROFILE") {
+  if (value.empty() && name == L"USERPROFILE")
     return FromNativePath(NativeEnvironmentVariable("HOME"));
-  }
   return FromNative(value);
 }
 
@@ -114,11 +113,10 @@ std::wstring LinuxSystem::ProgramFolder() const {
   std::array<char, PATH_MAX> buffer;
   const ssize_t length = ::readlink("/proc/self/exe", buffer.data(), buffer.size());
   std::string path;
-  if (length > 0) {
+  if (length > 0)
     path.assign(buffer.data(), static_cast<std::size_t>(length));
-  } else if (!arguments_.empty()) {
+  else if (!arguments_.empty())
     path = arguments_[0];
-  }
   const std::size_t end = path.find_last_of('/');
   if (end == std::string::npos) return L".";
   return FromNativePath(end == 0 ? "/" : path.substr(0, end));

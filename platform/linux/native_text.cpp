@@ -36,11 +36,10 @@ std::wstring FromNative(std::string_view bytes) {
   text.clear();
   while (!bytes.empty()) {
     const std::size_t length = CharacterLength(bytes);
-    if (length == 0) {
+    if (length == 0)
       text += static_cast<wchar_t>(kEscape + static_cast<unsigned char>(bytes[0]));
-    } else {
+    else
       text += FromUtf8(bytes.substr(0, length));
-    }
     bytes.remove_prefix(std::max<std::size_t>(length, 1));
   }
   return text;

@@ -19,9 +19,8 @@ std::wstring Folded(RegistryRoot root, std::wstring_view path) {
   std::wstring folded = LowerCase(path);
   std::replace(folded.begin(), folded.end(), L'\\', kSeparator);
   if (folded.starts_with(kRedirected) &&
-      (folded.size() == kRedirected.size() || folded[kRedirected.size()] == kSeparator)) {
+      (folded.size() == kRedirected.size() || folded[kRedirected.size()] == kSeparator))
     folded.erase(kRedirected.find(kSeparator), kRedirected.size() - kRedirected.find(kSeparator));
-  }
   folded.insert(0, {root == RegistryRoot::kLocalMachine ? L'M' : L'U', kSeparator});
   return folded;
 }

@@ -90,19 +90,17 @@ void ExportReader::Read() {
     std::wstring_view line = line_;
     SkipBlanks(line);
     if (line.empty() || line[0] == L';') continue;
-    if (line[0] == L'[') {
+    if (line[0] == L'[')
       ReadKey(line.substr(1));
-    } else {
+    else
       ReadValue(line);
-    }
   }
 }
 
 void ExportReader::ReadHeader() {
   std::wstring_view line = line_;
-  if (!TakePrefix(line, kHeader)) {
+  if (!TakePrefix(line, kHeader))
     lines_.Fail(L"not a registry export, which begins with \"" + std::wstring(kHeader) + L"\"");
-  }
   ExpectEnd(line);
 }
 
@@ -133,9 +131,8 @@ ExportReader::Root ExportReader::TakeRoot(std::wstring_view& path) const {
   if (name == L"HKEY_LOCAL_MACHINE" || name == L"HKLM") return {true, RegistryRoot::kLocalMachine};
   if (name == L"HKEY_CURRENT_USER" || name == L"HKCU") return {true, RegistryRoot::kCurrentUser};
   for (const wchar_t* other :
-       {L"HKEY_CLASSES_ROOT", L"HKCR", L"HKEY_USERS", L"HKU", L"HKEY_CURRENT_CONFIG", L"HKCC"}) {
+       {L"HKEY_CLASSES_ROOT", L"HKCR", L"HKEY_USERS", L"HKU", L"HKEY_CURRENT_CONFIG", L"HKCC"})
     if (name == other) return {};
-  }
   lines_.Fail(L"unknown root key");
 }
 
@@ -164,11 +161,10 @@ void ExportReader::ReadValue(std::wstring_view line) {
   } else {
     lines_.Fail(L"unknown kind of value");
   }
-  if (text) {
+  if (text)
     (*values_)[LowerCase(name)] = *std::move(text);
-  } else {
+  else
     values_->erase(LowerCase(name));
-  }
 }
 
 // Takes a text in quotation marks, in which "\" stands before "\" and before a quotation mark.
@@ -181,9 +177,8 @@ std::wstring ExportReader::TakeString(std::wstring_view& text) const {
     }
     if (text[i] == L'\\') {
       ++i;
-      if (i == text.size() || (text[i] != L'\\' && text[i] != L'"')) {
+      if (i == text.size() || (text[i] != L'\\' && text[i] != L'"'))
         lines_.Fail(L"a single \"\\\" in a text, where it is written twice");
-      }
     }
     taken += text[i];
   }
@@ -240,13 +235,11 @@ std::optional<std::wstring> ExportReader::Interpret(std::uint32_t type,
     return text.substr(0, text.find(L'\0'));
   }
   if (type != kDword && type != kQword) return std::nullopt;
-  if (bytes.size() != (type == kDword ? 4 : 8)) {
+  if (bytes.size() != (type == kDword ? 4 : 8))
     lines_.Fail(L"a number has four bytes, or eight as hex(b)");
-  }
   std::uint64_t number = 0;
-  for (std::size_t i = bytes.size(); i > 0; --i) {
+  for (std::size_t i = bytes.size(); i > 0; --i)
     number = number << 8 | static_cast<unsigned char>(bytes[i - 1]);
-  }
   return std::to_wstring(number);
 }
 

@@ -71,9 +71,8 @@ std::optional<std::string> Decipher(const SecretKey& key, std::string_view value
   const std::string_view bytes = *box;
   std::string clear_text;
   if (!AesGcm::Open(key.Bytes(), bytes.substr(0, AesGcm::kNonceBytes),
-                    bytes.substr(AesGcm::kNonceBytes), clear_text)) {
+                    bytes.substr(AesGcm::kNonceBytes), clear_text))
     return std::nullopt;
-  }
   return clear_text;
 }
 

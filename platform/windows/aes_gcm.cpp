@@ -15,14 +15,12 @@ class GcmKey {
     if (::BCryptOpenAlgorithmProvider(&algorithm_, BCRYPT_AES_ALGORITHM, nullptr, 0) != 0) return;
     std::wstring mode = BCRYPT_CHAIN_MODE_GCM;
     if (::BCryptSetProperty(algorithm_, BCRYPT_CHAINING_MODE, reinterpret_cast<UCHAR*>(mode.data()),
-                            static_cast<ULONG>((mode.size() + 1) * sizeof(wchar_t)), 0) != 0) {
+                            static_cast<ULONG>((mode.size() + 1) * sizeof(wchar_t)), 0) != 0)
       return;
-    }
     std::string secret(key.begin(), key.end());
     if (::BCryptGenerateSymmetricKey(algorithm_, &key_, nullptr, 0, BytesOf(secret),
-                                     static_cast<ULONG>(secret.size()), 0) != 0) {
+                                     static_cast<ULONG>(secret.size()), 0) != 0)
       key_ = nullptr;
-    }
     ::SecureZeroMemory(secret.data(), secret.size());
   }
   GcmKey(const GcmKey&) = delete;

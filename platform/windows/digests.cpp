@@ -15,9 +15,7 @@ constexpr std::size_t kMd5Size = 16;
 constexpr std::size_t kSha256Size = 32;
 
 void Check(NTSTATUS status) {
-  if (!BCRYPT_SUCCESS(status)) {
-    throw std::bad_alloc();
-  }
+  if (!BCRYPT_SUCCESS(status)) throw std::bad_alloc();
 }
 
 UCHAR* Bytes(std::string& text) { return reinterpret_cast<UCHAR*>(text.data()); }

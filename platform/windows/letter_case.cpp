@@ -25,9 +25,8 @@ bool IsAscii(std::wstring_view text) {
 template <wchar_t First, wchar_t Last, int Distance>
 std::wstring Shifted(std::wstring_view text) {
   std::wstring shifted(text);
-  for (wchar_t& letter : shifted) {
+  for (wchar_t& letter : shifted)
     if (letter >= First && letter <= Last) letter = static_cast<wchar_t>(letter + Distance);
-  }
   return shifted;
 }
 

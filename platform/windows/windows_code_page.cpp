@@ -73,9 +73,7 @@ class SingleByteCodePage : public CodePage {
     meanings_.resize(all_bytes.size(), L'\xFFFD');
     ReadBytes(number, 0, kFirstSurrogate);
     ReadBytes(number, kAfterSurrogates, kUnits);
-    for (std::size_t unit = 0; unit < kUnits; ++unit) {
-      survivors_[unit] = MeaningOf(bytes_[unit]);
-    }
+    for (std::size_t unit = 0; unit < kUnits; ++unit) survivors_[unit] = MeaningOf(bytes_[unit]);
   }
 
   std::string ToBytes(std::wstring_view text) const override {

@@ -101,9 +101,8 @@ std::string ReadWindowsFile(const std::wstring& path) {
                                       nullptr, OPEN_EXISTING, FILE_FLAG_SEQUENTIAL_SCAN, nullptr));
   if (!file.IsOpen()) {
     const DWORD error = ::GetLastError();
-    if (error == ERROR_FILE_NOT_FOUND && FolderExists(FolderOf(file_path))) {
+    if (error == ERROR_FILE_NOT_FOUND && FolderExists(FolderOf(file_path)))
       throw FileNotFound(path);
-    }
     throw FileErrorOf(error, path);
   }
   std::string bytes;
@@ -112,9 +111,8 @@ std::string ReadWindowsFile(const std::wstring& path) {
     bytes.resize(used + kMostBytesOfOneCall);
     DWORD count = 0;
     if (::ReadFile(file.Get(), bytes.data() + used, static_cast<DWORD>(kMostBytesOfOneCall), &count,
-                   nullptr) == 0) {
+                   nullptr) == 0)
       throw FileErrorOf(::GetLastError(), path);
-    }
     bytes.resize(used + count);
     if (count == 0) return bytes;
     if (bytes.size() > kMostBytes) throw OutOfMemory();
@@ -127,9 +125,8 @@ void ReplaceWindowsFile(const std::wstring& path, std::string_view bytes) {
   FileHandle file = CreateBeside(file_path, beside);
   if (!file.IsOpen()) throw FileErrorOf(::GetLastError(), path);
   if (WriteAll(file.Get(), bytes) && file.Close() &&
-      ::MoveFileExW(beside.c_str(), file_path.c_str(), MOVEFILE_REPLACE_EXISTING) != 0) {
+      ::MoveFileExW(beside.c_str(), file_path.c_str(), MOVEFILE_REPLACE_EXISTING) != 0)
     return;
-  }
   const DWORD error = ::GetLastError();
   if (file.IsOpen()) file.Close();
   ::DeleteFileW(beside.c_str());

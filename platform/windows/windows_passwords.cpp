@@ -69,9 +69,8 @@ CredentialPasswords WindowsPasswords(std::function<void(const std::wstring&)> wa
   auto read = [warn](const std::string& name) {
     unsigned long error = ERROR_SUCCESS;
     std::optional<std::string> secret = ReadWindowsCredential(name, error);
-    if (!secret && error != ERROR_NOT_FOUND) {
+    if (!secret && error != ERROR_NOT_FOUND)
       warn(L"Credential not read: " + TargetOf(name) + L" (error " + std::to_wstring(error) + L")");
-    }
     return secret;
   };
   return {std::move(read), std::move(warn)};

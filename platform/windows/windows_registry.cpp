@@ -13,9 +13,8 @@ class RegistryKey {
  public:
   RegistryKey(HKEY root, const std::wstring& path) {
     if (::RegOpenKeyExW(root, path.c_str(), 0, KEY_QUERY_VALUE | KEY_WOW64_32KEY, &key_) !=
-        ERROR_SUCCESS) {
+        ERROR_SUCCESS)
       key_ = nullptr;
-    }
   }
   RegistryKey(const RegistryKey&) = delete;
   RegistryKey& operator=(const RegistryKey&) = delete;
@@ -71,9 +70,8 @@ std::optional<std::wstring> DecimalOf(const std::vector<BYTE>& bytes) {
 std::optional<std::wstring> WindowsRegistry::Value(RegistryRoot root, std::wstring_view key,
                                                    std::wstring_view name) const {
   // The system would take a text with a NUL inside for a shorter one, which names something else.
-  if (key.find(L'\0') != std::wstring_view::npos || name.find(L'\0') != std::wstring_view::npos) {
+  if (key.find(L'\0') != std::wstring_view::npos || name.find(L'\0') != std::wstring_view::npos)
     return std::nullopt;
-  }
   const RegistryKey opened(
       root == RegistryRoot::kLocalMachine ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER,
       std::wstring(key));

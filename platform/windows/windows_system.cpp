@@ -165,9 +165,8 @@ std::wstring WindowsSystem::FirstEntry(const std::wstring& path) const {
 }
 
 void WindowsSystem::MakeFolder(const std::wstring& path) {
-  if (::CreateDirectoryW(FilePath(path).c_str(), nullptr) == 0) {
+  if (::CreateDirectoryW(FilePath(path).c_str(), nullptr) == 0)
     throw FileErrorOf(::GetLastError(), path);
-  }
 }
 
 std::unique_ptr<AppendFile> WindowsSystem::OpenForAppend(const std::wstring& path) {

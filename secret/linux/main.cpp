@@ -67,9 +67,8 @@ int NewKey(const std::string& path) {
 
 std::optional<SecretKey> ReadKey(const std::string& path) {
   struct stat status {};
-  if (::stat(path.c_str(), &status) == 0 && (status.st_mode & (S_IRWXG | S_IRWXO)) != 0) {
+  if (::stat(path.c_str(), &status) == 0 && (status.st_mode & (S_IRWXG | S_IRWXO)) != 0)
     std::cerr << "pxsecret: warning: others than the owner may read " << path << '\n';
-  }
   std::string text = ReadNativeFile(path);
   std::optional<SecretKey> key = SecretKey::FromText(WithoutLineEnd(text));
   Wipe(text);
@@ -91,9 +90,8 @@ std::optional<std::string> AskForPassword() {
 std::string ReadStandardInput() {
   std::string text;
   std::array<char, 4096> buffer{};
-  while (std::cin.read(buffer.data(), buffer.size()) || std::cin.gcount() > 0) {
+  while (std::cin.read(buffer.data(), buffer.size()) || std::cin.gcount() > 0)
     text.append(buffer.data(), static_cast<std::size_t>(std::cin.gcount()));
-  }
   OPENSSL_cleanse(buffer.data(), buffer.size());
   const std::size_t length = WithoutLineEnd(text).size();
   text.resize(length);

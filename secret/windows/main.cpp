@@ -86,9 +86,8 @@ std::string ReadStandardInput(HANDLE input) {
   DWORD count = 0;
   while (::ReadFile(input, buffer.data(), static_cast<DWORD>(buffer.size()), &count, nullptr) !=
              0 &&
-         count > 0) {
+         count > 0)
     text.append(buffer.data(), count);
-  }
   ::SecureZeroMemory(buffer.data(), buffer.size());
   const std::size_t length = WithoutLineEnd(text).size();
   text.resize(length);

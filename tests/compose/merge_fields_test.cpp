@@ -31,9 +31,8 @@ TEST_F(MergeFields, TheAttentionIsTheSalutation) {
 
 TEST_F(MergeFields, OnlyTheExactTokensAreReplaced) {
   for (const wchar_t* text : {L"", L"no token", L"[first name] [FirstName] [First  Name]", L"[",
-                              L"]", L"[First Name", L"First Name]"}) {
+                              L"]", L"[First Name", L"First Name]"})
     EXPECT_EQ(Merged(text), text);
-  }
 }
 
 TEST_F(MergeFields, ValuesSurviveWhatTheyHold) {
@@ -52,9 +51,8 @@ TEST(Merge, GivesWhatReplacingOneAfterAnotherGives) {
   std::mt19937 random{20261116};
   const auto text_of = [&](std::size_t most) {
     std::wstring text;
-    for (std::size_t count = random() % (most + 1); count > 0; --count) {
+    for (std::size_t count = random() % (most + 1); count > 0; --count)
       text += pieces[random() % std::size(pieces)];
-    }
     return text;
   };
   const Latin1CodePage ansi;

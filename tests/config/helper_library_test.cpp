@@ -23,9 +23,8 @@ TEST(HelperLibrary, StuffReplacesEveryOccurrenceOnce) {
       {L"text", L"", L"1", L"text"},        {kForeign, L"none", L"", L"?"},
       {L"[x]", L"[x]", kForeign, L"?"},
   };
-  for (const auto& c : cases) {
+  for (const auto& c : cases)
     EXPECT_EQ(Stuff(ansi, c.text, c.placeholder, c.replacement), c.result) << c.text;
-  }
   EXPECT_EQ(Stuff(ansi, std::wstring_view{L"a\0[x]", 5}, L"[x]", L"b"), std::wstring(L"a\0b", 3));
 }
 

@@ -165,9 +165,8 @@ TEST_F(DateMacros, ListsRunOverTheTurnOfTheYear) {
 
 TEST_F(DateMacros, NumbersThatNoDateCanHold) {
   for (const wchar_t* macro : {L"[9999999999 DAYS AGO]", L"[3000000 DAYS FROM NOW]",
-                               L"[2000000000 MONTHS AGO]", L"[99999 MONTHS FROM NOW]"}) {
+                               L"[2000000000 MONTHS AGO]", L"[99999 MONTHS FROM NOW]"})
     EXPECT_THROW(Expand(L"WHERE TravelDate=" + std::wstring{macro}), RuntimeError) << macro;
-  }
 }
 
 TEST_F(DateMacros, AMacroWithoutAColumnIsFoundAgainForEver) {

@@ -28,9 +28,8 @@ TEST(FormatSqlDate, ReadsTheLocaleAndWritesOneForm) {
       {EnglishRegional(), L"null", L"'null'"},
   };
   const Latin1CodePage ansi;
-  for (const auto& c : cases) {
+  for (const auto& c : cases)
     EXPECT_EQ(FormatSqlDate(c.regional, ansi, c.value), c.literal) << c.value;
-  }
 }
 
 TEST(StripTrailing, RemovesEveryRepetition) {

@@ -21,11 +21,10 @@ class ScopedEnvironment {
 
  private:
   void Set(const std::optional<std::string>& value) {
-    if (value) {
+    if (value)
       ::setenv(name_.c_str(), value->c_str(), 1);
-    } else {
+    else
       ::unsetenv(name_.c_str());
-    }
   }
 
   std::string name_;

@@ -34,9 +34,7 @@ ScriptedSmtpServer::ScriptedSmtpServer(const std::string& script, const std::str
     : process_(ServerArguments(folder_, WriteScript(folder_, script), host),
                folder_.Path("output")) {
   const std::string port = AwaitLine(folder_.Path("port"));
-  if (port.empty()) {
-    throw std::runtime_error("no server: " + ReadWholeFile(folder_.Path("output")));
-  }
+  if (port.empty()) throw std::runtime_error("no server: " + ReadWholeFile(folder_.Path("output")));
   port_ = std::stoi(port);
 }
 
@@ -44,9 +42,8 @@ void ScriptedSmtpServer::SetScript(const std::string& script) { WriteScript(fold
 
 std::vector<std::string> ScriptedSmtpServer::Filed(const std::string& extension) const {
   std::set<std::filesystem::path> files;
-  for (const auto& entry : std::filesystem::directory_iterator(folder_.Path("mailbox"))) {
+  for (const auto& entry : std::filesystem::directory_iterator(folder_.Path("mailbox")))
     if (entry.path().extension() == extension) files.insert(entry.path());
-  }
   std::vector<std::string> contents;
   std::transform(files.begin(), files.end(), std::back_inserter(contents), ReadWholeFile);
   return contents;

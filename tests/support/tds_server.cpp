@@ -28,9 +28,8 @@ std::vector<std::string> TdsServer::Log() const { return folder_.ReadLines("log"
 
 std::vector<std::string> TdsServer::Log(const std::string& kind) const {
   std::vector<std::string> found;
-  for (const std::string& line : Log()) {
+  for (const std::string& line : Log())
     if (line.starts_with(kind + '\t')) found.push_back(line.substr(kind.size() + 1));
-  }
   return found;
 }
 

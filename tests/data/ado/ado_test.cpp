@@ -103,9 +103,7 @@ TEST_F(Ado, ErrorsKeepTheirNumberAndText) {
     const RuntimeError error =
         RaisedBy([&] { result_set_->Open(L"SELECT *", *connection_, -1, -1, -1); });
     EXPECT_EQ(error.number, c.number);
-    if (c.description != nullptr) {
-      EXPECT_EQ(error.description, c.description);
-    }
+    if (c.description != nullptr) EXPECT_EQ(error.description, c.description);
     EXPECT_FALSE(error.description.empty());
   }
 }

@@ -31,9 +31,7 @@ struct Case {
 
 template <std::size_t count>
 void ExpectTranslated(const Case (&cases)[count]) {
-  for (const auto& [sql, translated] : cases) {
-    EXPECT_EQ(ErrorOf(sql), "none: " + translated) << sql;
-  }
+  for (const auto& [sql, translated] : cases) EXPECT_EQ(ErrorOf(sql), "none: " + translated) << sql;
 }
 
 TEST(SqlTranslatorTest, LeavesWhatBothLanguagesShare) {

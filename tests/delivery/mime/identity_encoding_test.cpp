@@ -83,9 +83,8 @@ TEST(IdentityEncodingTest, Texts) {
     std::vector<TextPieces> forms;
     for (const bool is_first_constant : {false, true}) {
       forms.push_back(Cut(test.text, is_first_constant, 1, 1));
-      for (std::size_t size = 0; size <= test.text.size(); ++size) {
+      for (std::size_t size = 0; size <= test.text.size(); ++size)
         forms.push_back(Cut(test.text, is_first_constant, size, test.text.size()));
-      }
     }
     const std::string wire = OnTheWire(test.text);
     for (const TextPieces& pieces : forms) {
@@ -93,9 +92,7 @@ TEST(IdentityEncodingTest, Texts) {
       for (int message = 0; message < 2; ++message) {
         const Result result = Encoded(pieces, encoding);
         ASSERT_EQ(result.needs, test.needs) << ToUtf8(test.text);
-        if (test.needs != kQuotedPrintable) {
-          ASSERT_EQ(result.wire, wire);
-        }
+        if (test.needs != kQuotedPrintable) ASSERT_EQ(result.wire, wire);
       }
     }
   }

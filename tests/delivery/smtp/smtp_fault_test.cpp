@@ -92,9 +92,7 @@ std::vector<FaultCase> FaultTable() {
     table.push_back({step, "huge", 18});
     table.push_back({step, "endless", 18});
     table.push_back({step, "silence", 27});
-    if (!is_between) {
-      table.push_back({step, "pieces", 0});
-    }
+    if (!is_between) table.push_back({step, "pieces", 0});
   }
   return table;
 }

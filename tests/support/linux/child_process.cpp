@@ -27,9 +27,8 @@ ChildProcess::ChildProcess(const std::vector<std::string>& arguments,
     : process_(std::make_unique<Process>()) {
   std::vector<char*> pointers;
   pointers.reserve(arguments.size() + 1);
-  for (const std::string& argument : arguments) {
+  for (const std::string& argument : arguments)
     pointers.push_back(const_cast<char*>(argument.c_str()));
-  }
   pointers.push_back(nullptr);
   process_->identifier = fork();
   if (process_->identifier == 0) {
@@ -40,9 +39,7 @@ ChildProcess::ChildProcess(const std::vector<std::string>& arguments,
     execv(pointers.front(), pointers.data());
     _exit(127);
   }
-  if (process_->identifier < 0) {
-    throw std::runtime_error("cannot start " + arguments.front());
-  }
+  if (process_->identifier < 0) throw std::runtime_error("cannot start " + arguments.front());
 }
 
 ChildProcess::~ChildProcess() {

@@ -55,9 +55,7 @@ struct ChildProcess::Process {
   bool EndsWithin(std::chrono::milliseconds time) const {
     const auto deadline = std::chrono::steady_clock::now() + time;
     while (folder.Read("status").find('\n') == std::string::npos) {
-      if (std::chrono::steady_clock::now() > deadline) {
-        return false;
-      }
+      if (std::chrono::steady_clock::now() > deadline) return false;
       std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
     return true;
@@ -70,20 +68,15 @@ ChildProcess::ChildProcess(const std::vector<std::string>& arguments,
   std::vector<std::string> command = {
       kShell, "-c", kScript, "sh", HostPath(process_->folder.Path()), HostPath(output)};
   command.insert(command.end(), arguments.begin(), arguments.end());
-  if (!Start(command) || AwaitLine(process_->folder.Path("process")).empty()) {
+  if (!Start(command) || AwaitLine(process_->folder.Path("process")).empty())
     throw std::runtime_error("cannot start " + arguments.front());
-  }
 }
 
 ChildProcess::~ChildProcess() {
-  if (process_->EndsWithin(std::chrono::milliseconds(0))) {
-    return;
-  }
+  if (process_->EndsWithin(std::chrono::milliseconds(0))) return;
   std::string identifier = process_->folder.Read("process");
   std::erase(identifier, '\n');
-  if (Start({kShell, "-c", "kill " + identifier})) {
-    process_->EndsWithin(std::chrono::seconds(2));
-  }
+  if (Start({kShell, "-c", "kill " + identifier})) process_->EndsWithin(std::chrono::seconds(2));
 }
 
 int ChildProcess::Wait() {

@@ -25,9 +25,8 @@ std::vector<std::string> ReadCertificates(std::string_view pem) {
     const std::size_t start = begin + kBegin.size();
     std::string encoded(pem.substr(start, pem.find(kEnd, start) - start));
     std::erase_if(encoded, [](char each) { return each == '\n' || each == '\r'; });
-    if (std::optional<std::string> bytes = DecodeBase64(encoded)) {
+    if (std::optional<std::string> bytes = DecodeBase64(encoded))
       certificates.push_back(*std::move(bytes));
-    }
   }
   return certificates;
 }
@@ -57,9 +56,8 @@ TrustedCertificates::TrustedCertificates(const std::string& file)
     const CERT_CONTEXT* certificate = nullptr;
     if (CertAddEncodedCertificateToStore(
             added_->store.get(), X509_ASN_ENCODING, reinterpret_cast<const BYTE*>(bytes.data()),
-            static_cast<DWORD>(bytes.size()), CERT_STORE_ADD_ALWAYS, &certificate) != FALSE) {
+            static_cast<DWORD>(bytes.size()), CERT_STORE_ADD_ALWAYS, &certificate) != FALSE)
       added_->certificates.emplace_back(certificate);
-    }
   }
   // The chains are built from what the registry holds.
   CertControlStore(added_->store.get(), CERT_STORE_CTRL_COMMIT_FORCE_FLAG, CERT_STORE_CTRL_COMMIT,
