@@ -12,7 +12,7 @@ namespace {
 // Where a document has to declare its encoding; browsers look at the first 1,024 bytes, but word
 // processors put their own lines before it.
 constexpr std::size_t kDeclarationWithin = 4096;
-constexpr std::string_view kBlanks = " \t\r\n\f";
+constexpr std::string_view kTagBlanks = " \t\r\n\f";
 
 struct ByteOrderMark {
   std::string_view bytes;
@@ -30,7 +30,7 @@ constexpr std::array<ByteOrderMark, 5> kByteOrderMarks = {{{{"\xFF\xFE\0\0", 4},
 std::string_view AttributeLikeValue(std::string_view tag, std::string_view name) {
   const std::size_t found = tag.find(name);
   if (found == std::string_view::npos) return {};
-  std::size_t start = tag.find_first_not_of(kBlanks, found + name.size());
+  std::size_t start = tag.find_first_not_of(kTagBlanks, found + name.size());
   if (start == std::string_view::npos || tag[start] != '=') return {};
   start = tag.find_first_not_of(" \t\r\n\f\"'", start + 1);
   if (start == std::string_view::npos) return {};

@@ -13,16 +13,14 @@ namespace {
 
 using testing::ElementsAre;
 
-class RichTextComponentTest : public ComFixture, public Components {
+class RichTextComponentTest : public ComFixture {
  protected:
-  std::unique_ptr<Connection> NewConnection() override { return nullptr; }
-  std::unique_ptr<Recordset> NewRecordset() override { return nullptr; }
-  std::unique_ptr<MailComponent> NewMailComponent() override { return nullptr; }
-  std::unique_ptr<TextControl> NewTextControl() override {
-    return NewWindowsTextControl(system_, code_pages_);
-  }
   void Install() { ComFixture::Install(L"Tx4oleLib.TXTextControl", kTextControlClass); }
-  void Convert() { PrepareMessageBody(system_, code_pages_.Ansi(), *this, mail_, L"C:\\News.qzw"); }
+  void Convert() {
+    PrepareMessageBody(
+        system_, code_pages_.Ansi(), [this] { return NewWindowsTextControl(system_, code_pages_); },
+        mail_, L"C:\\News.qzw");
+  }
 
   FakeCodePages code_pages_;
   FakeMailComponent mail_;
