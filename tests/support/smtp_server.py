@@ -158,6 +158,8 @@ class Session:
     # whether the step took its regular course.
 
     def step(self, name, regular, parameter=""):
+        if self.input and "PIPELINING" not in self.script.get("extensions", ["PIPELINING"]):
+            raise ValueError("commands came together")
         action = self.server.fault(name, parameter)
         if action is None:
             self.reply(regular)

@@ -81,6 +81,9 @@ TEST(ConnectionTextTest, RefusesWhatNoQuotingCarries) {
                 L"The password holds characters that an ODBC connection string cannot carry.");
     }
   }
+  OdbcSettings settings = WithPassword(Dialect::kStandard, L"a");
+  settings.driver = L"a};DATABASE=x";
+  EXPECT_THROW(ConnectionText(settings), RuntimeError);
 }
 
 TEST(DriverLibraryTest, KnowsHowEachDriverReads) {

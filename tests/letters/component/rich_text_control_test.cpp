@@ -47,7 +47,8 @@ TEST_F(RichTextControlTest, TellsTheFormFromTheFirstBytes) {
 }
 
 TEST_F(RichTextControlTest, RefusesWhatIsNoDocument) {
-  for (const std::string& bytes : {std::string(29, 'h'), kHeader + "\x01binary"}) {
+  for (const std::string& bytes :
+       {std::string(29, 'h'), kHeader + "\x01binary", kHeader + "\x7F"}) {
     system_.files[L"letter.qzw"] = bytes;
     const RuntimeError error =
         RaisedBy([&] { control_.Load(L"letter.qzw", 30, TextControl::kFormatRichText); });

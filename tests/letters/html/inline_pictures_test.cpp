@@ -62,7 +62,7 @@ TEST_F(InlinePictures, LeavesEverythingElse) {
   for (const wchar_t* html :
        {L"<img src=\"https://a.example/logo.png\">", L"<img src=\"//a.example/logo.png\">",
         L"<img src=\"cid:x@y\">", L"<img src=\"[Number].png\">", L"<img src>", L"<img src=''>",
-        L"<a href=\"logo.png\">", L"<img src=\"logo.png", L"< img src=\"logo.png\">",
+        L"<a href=\"logo.png\">", L"<img src=\"logo.png", L"<img src", L"< img src=\"logo.png\">",
         L"<img src=\"data:text/plain;base64,aGVsbG8=\">", L"<img src=\"data:image/png,x\">"})
     EXPECT_EQ(Taken(html), html);
   EXPECT_TRUE(system_.warnings.empty());

@@ -24,8 +24,8 @@ TEST(PlainText, RendersEachElement) {
       {"Dear [First Name],<br>hello &amp; welcome &lt;back&gt;",
        "Dear [First Name],\nhello & welcome <back>\n"},
       {"<p>One\n  two</p><p>three</p>", "One two\n\nthree\n"},
-      {"<p style='margin:0'>One</p><p style='margin: 0pt 0 0'>two</p><p style='margin:0'>&nbsp;</p>"
-       "<p style='margin:0'>three</p>",
+      {"<p style='margin:0'>One</p><p style='margin: 0pt 0 12pt'>two</p><p "
+       "style='margin:0'>three</p>",
        "One\ntwo\n\nthree\n"},
       {"<h1>Offers</h1><p>of May</p><h2>Spain</h2>text",
        "Offers\n======\n\nof May\n\nSpain\n-----\n\ntext\n"},
@@ -67,6 +67,7 @@ TEST(PlainText, RendersTables) {
       {"<table><tr><td>out<table><tr><td>in</td><td>ner</td></tr></table></td>"
        "<td>x</td></tr></table>",
        "out      x\n\nin  ner\n"},
+      {"<table><tr><td>a</td>x<td>b</td></tr></table>", "x\na  b\n"},
       {"x<table>lost?<tr><td>a</td></table>y", "x\n\nlost?\na\n\ny\n"},
   };
   for (const Case& each : cases) EXPECT_EQ(Plain(each.html), each.text) << each.html;

@@ -127,14 +127,14 @@ TEST(RtfConversion, ParagraphFormats) {
       {R"(\brdrt\brdrdot\brdrw10\brdrcf1\brdrb\brdrdash\shading2500 x)",
        "<div style=\"border-top:0.5pt dotted #ff0000;border-bottom:0.75pt dashed #000000;"
        "background-color:#c0c0c0\"><P>x</p></div>"},
-      {R"(\box\brdrs\brdrw20\brsp40\cbpat1 a\par b\par\pard c)",
+      {R"(\box\brdrs\brdrw20\brsp40\cbpat1\shading2500 a\par b\par\pard c)",
        "<div style=\"border:1pt solid #000000;padding:2pt;background-color:#ff0000\"><P>a</p>"
        "<P>b</p></div><P>c</p>"},
       // What hangs out of the paragraph stands in its box.
       {R"(\box\brdrs\brdrw20\li400\fi-200 a\par\pard c)",
        "<div style=\"margin:0 0 0 10pt;border:1pt solid #000000\">"
        "<p style=\"margin:0 0 0 10pt;text-indent:-10pt\">a</p></div><P>c</p>"},
-      {R"(a\par\par b\page c)",
+      {R"(a\par\par\sbkpage b\page c)",
        "<P>a</p><P>&nbsp;</p><P>b</p><p style=\"margin:0;page-break-before:always\">c</p>"},
       {R"(a\column b\sect\sectd\sbknone c\sect d\sect\sectd e\sect\trowd\cellx9\intbl f\cell\row)",
        "<P>a</p><P>b</p><P>c</p><P>d</p><p style=\"margin:0;page-break-before:always\">e</p>" +
@@ -265,6 +265,8 @@ TEST(RtfConversion, Lists) {
       {R"({\*\pn\pnlvlblt{\pntxtb\bullet}}a\par\li200 b\par\li0 c)",
        "<ul style=\"margin:0;padding:0 0 0 12pt;list-style-type:disc\"><LI>a</li>"
        "<li style=\"margin:0 0 0 10pt\">b</li><LI>c</li></ul>"},
+      {R"({\*\pn\pnlvlblt{\pntxtb\bullet}}{\pntext{\pict\pngblip 89504e470d0a1a0a00}\tab}a)",
+       "<ul style=\"margin:0;padding:0 0 0 12pt;list-style-type:disc\"><LI>a</li></ul>"},
       // A marker that HTML's lists cannot make stays text.
       {R"({\*\pn\pnlvlbody\pndec{\pntxta )}}{\pntext 1) }a)", "<P>1) a</p>"},
   });
@@ -352,6 +354,11 @@ TEST(RtfConversion, Pictures) {
            R"(}}}{\sp{\sn wzDescription}{\sv A logo}}}{\shprslt x}}}})",
        "<P><img src=\"data:image/bmp;base64," + kSecondPixel +
            R"(" width="50" height="40" alt="A logo" border="0"></p>)"},
+      // Two pictures in the text of a shape.
+      {R"({\shp{\*\shpinst{\sp{\sn a}{\sv b}}{\shptxt{\pict\pngblip )" + png +
+           R"(}{\pict\pngblip )" + png + "}}}}",
+       R"(<P><img src="data:image/png;base64,iVBORw0KGgoA" alt="" border="0">)"
+       R"(<img src="data:image/png;base64,iVBORw0KGgoA" alt="" border="0"></p>)"},
       {R"({\object\objemb{\*\objdata 0102}{\result{\pict\pngblip )" + png + "}}}",
        R"(<P><img src="data:image/png;base64,iVBORw0KGgoA" alt="" border="0"></p>)"},
       {"{\\pict\\wmetafile8 0102}only a metafile", "<P>only a metafile</p>"},
@@ -374,6 +381,8 @@ TEST(RtfConversion, ReadsOnWhateverIsWrong) {
       {"a\\", "a}\n"},
       {"a\\'", "a\n"},
       {R"(\cell a\row\nestrow\cell\row b)", "a\n\nb\n"},
+      {R"({\*\listoverridetable{\listoverride\listoverridestartat}}a)", "a\n"},
+      {R"({\*\pn\pnlvl99\pndec{\pntxta .}}a)", "1. a\n"},
       {R"(\ls99\s99\f99\cf99\fs-5\li99999999999\u99999999999 ?a)", "a\n"},
       {R"({\pict\pngblip zz}{\field{\fldrslt a}}{\fldinst x}{\footnote)", "a\n"},
   };
