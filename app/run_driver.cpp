@@ -1,11 +1,8 @@
 #include "app/run_driver.h"
 
-#include <exception>
+#include <cstdint>
 #include <memory>
-#include <optional>
 #include <string>
-#include <utility>
-#include <vector>
 
 #include "app/command_line.h"
 #include "app/run_log.h"
@@ -26,8 +23,6 @@ namespace {
 constexpr wchar_t kUsage[] =
     L"Usage: PXScheduler /U[user name] /Q[saved query name] /S[subject] /F[message body file]";
 
-constexpr std::size_t kMostRowsAtOnce = 64;  // with the rows that get no message
-
 void LogOutcome(AppendFile& log, const std::wstring& address, std::int16_t result_code) {
   if (result_code == 0) {
     WriteLogLine(log, L"Sent: " + address);
@@ -37,84 +32,27 @@ void LogOutcome(AppendFile& log, const std::wstring& address, std::int16_t resul
   }
 }
 
-// The rows that are composed together: the address of each, nothing for one that gets no message.
-struct ComposedRows {
-  std::vector<std::optional<std::wstring>> addresses;
-  std::exception_ptr error;  // what ended them; the rows before it still get their messages
-};
-
-// Composes the current row and those after it, as many as `mail` takes at once, which is faster
-// than one by one: the processor has what it needs at hand.
-ComposedRows ComposeRows(const Platform& platform, const MessageTemplates& templates,
-                         Recordset& result_set, MailComponent& mail, std::wstring& last_address) {
-  ComposedRows rows;
-  try {
-    do {
-      rows.addresses.push_back(
-          ComposeRow(platform.regional, platform.ansi, result_set, templates, mail, last_address));
-      result_set.MoveNext();
-    } while (rows.addresses.size() < kMostRowsAtOnce && mail.CanComposeMore() &&
-             !result_set.EndOfFile());
-  } catch (...) {
-    rows.error = std::current_exception();
-  }
-  return rows;
-}
-
-// Sends every row its message, in the order of the rows. While the server considers one message,
-// the next ones are composed; none is sent before the outcome of the one before is known and
-// logged. `log` is null when the run is not logged.
-void SendRows(const Platform& platform, const MessageTemplates& templates, Recordset& result_set,
-              MailComponent& mail, AppendFile* log) {
-  RunProgress progress{.rows = result_set.RecordCount()};
-  const auto row_is_done = [&] {
-    ++progress.rows_done;
-    platform.system.ShowProgress(progress);
-  };
-  std::optional<std::wstring> sent_address;  // whose outcome is not known yet
-  const auto settle = [&] {
-    if (!sent_address) return;
-    const std::wstring address = *std::exchange(sent_address, std::nullopt);
-    const std::int16_t result_code = AwaitResultCode(mail);
-    if (log != nullptr) LogOutcome(*log, address, result_code);
-    ++(result_code == 0 ? progress.sent : progress.failed);
-    row_is_done();
-  };
-  std::wstring last_address;
-  std::exception_ptr error;
-  while (!error && !result_set.EndOfFile()) {
-    ComposedRows rows = ComposeRows(platform, templates, result_set, mail, last_address);
-    for (std::optional<std::wstring>& address : rows.addresses) {
-      if (address) {
-        settle();
-        mail.Send();
-        sent_address = std::move(address);
-      } else {
-        row_is_done();
-      }
-    }
-    error = rows.error;
-  }
-  settle();
-  if (error) std::rethrow_exception(error);
-}
-
 // Prepares the mail component and the letter, opens the query and sends its rows their messages.
+// `log` is null where the run is not logged.
 void SendMessages(const Platform& platform, const CommandLine& switches, const std::wstring& sql,
                   Connection& connection, Recordset& result_set, AppendFile* log) {
+  const CodePage& ansi = platform.ansi;
   const std::unique_ptr<MailComponent> mail = platform.components.NewMailComponent();
-  ApplyMailSettings(platform.registry, platform.ansi, platform.passwords, connection, *mail);
+  ApplyMailSettings(platform.registry, ansi, platform.passwords, connection, *mail);
   const BodyTexts texts = PrepareMessageBody(
-      platform.system, platform.ansi, [&] { return platform.components.NewTextControl(); }, *mail,
+      platform.system, ansi, [&platform] { return platform.components.NewTextControl(); }, *mail,
       switches.body_file);
-  const MessageTemplates templates{PrepareMergeTemplate(platform.ansi, switches.subject),
-                                   PrepareMergeTemplate(platform.ansi, texts.body),
-                                   PrepareMergeTemplate(platform.ansi, texts.alternative)};
+  const MessageTemplates templates{PrepareMergeTemplate(ansi, switches.subject),
+                                   PrepareMergeTemplate(ansi, texts.body),
+                                   PrepareMergeTemplate(ansi, texts.alternative)};
 
   result_set.Open(sql, connection, Connection::kOptionUnspecified, Connection::kOptionUnspecified,
                   Connection::kOptionUnspecified);
   result_set.SetSort(L"Email");
-  SendRows(platform, templates, result_set, *mail, log);
+  SendRows(platform.system, platform.regional, ansi, result_set, templates, *mail,
+           [log](const std::wstring& address, std::int16_t result_code) {
+             if (log != nullptr) LogOutcome(*log, address, result_code);
+           });
   result_set.Close();
 }
 

@@ -21,6 +21,7 @@ constexpr std::size_t kSalutation = 5;
 
 // The token that begins at `position`, or kMergeTokenCount.
 std::size_t TokenAt(std::wstring_view text, std::size_t position) {
+  if (text[position] != L'[') return kMergeTokenCount;
   const std::wstring_view rest = text.substr(position);
   const auto* token =
       std::find_if(kTokens.begin(), kTokens.end(),
@@ -28,36 +29,25 @@ std::size_t TokenAt(std::wstring_view text, std::size_t position) {
   return static_cast<std::size_t>(token - kTokens.begin());
 }
 
-TextPieces MergeInOnePass(const MergeTemplate& merge_template, const MergeValues& values) {
-  const std::wstring_view text = merge_template.text;
-  TextPieces pieces(2 * merge_template.tokens.size() + 1);
-  std::size_t copied = 0;
-  auto piece = pieces.begin();
-  for (const MergeToken& token : merge_template.tokens) {
-    *piece++ = {{text.data() + copied, token.position - copied}, true};
-    *piece++ = {values[token.token], false};
-    copied = token.position + kTokens[token.token].size();
-  }
-  *piece = {text.substr(copied), true};
-  return pieces;
-}
-
 }  // namespace
 
 MergeTemplate PrepareMergeTemplate(const CodePage& ansi, const std::wstring& text) {
-  MergeTemplate prepared{ansi.RoundTrip(text), {}, false};
+  MergeTemplate prepared{.text = ansi.RoundTrip(text), .filled = {}};
+  std::vector<std::wstring>& constants = prepared.filled.constants;
   bool bracket_is_open = false;
-  for (std::size_t position = 0; position < prepared.text.size(); ++position) {
-    if (prepared.text[position] == L']') bracket_is_open = false;
-    if (prepared.text[position] != L'[') continue;
+  for (std::size_t position = 0; position < prepared.text.size();) {
+    const wchar_t character = prepared.text[position];
     const std::size_t token = TokenAt(prepared.text, position);
-    if (token == kMergeTokenCount) {
-      bracket_is_open = true;
+    if (token < kMergeTokenCount) {
+      prepared.filled.places.push_back(token);
+      constants.emplace_back();
+      prepared.values_may_complete_a_token |= bracket_is_open;
+      position += kTokens[token].size();
       continue;
     }
-    prepared.tokens.push_back({position, token});
-    prepared.values_may_complete_a_token |= bracket_is_open;
-    position += kTokens[token].size() - 1;
+    if (character == L'[' || character == L']') bracket_is_open = character == L'[';
+    constants.back() += character;
+    ++position;
   }
   return prepared;
 }
@@ -98,12 +88,8 @@ ValuesInCodePage InCodePage(const CodePage& ansi, MergeValues values) {
   return result;
 }
 
-MergedText Merge(const MergeTemplate& merge_template, const ValuesInCodePage& values) {
-  if (!merge_template.values_may_complete_a_token && !values.may_hold_tokens)
-    return {MergeInOnePass(merge_template, values.texts), nullptr};
-  auto rewritten =
-      std::make_unique<const std::wstring>(MergeInSequence(merge_template.text, values.texts));
-  return {{{.text = *rewritten}}, std::move(rewritten)};
+bool CanFillPlaces(const MergeTemplate& merge_template, const ValuesInCodePage& values) {
+  return !merge_template.values_may_complete_a_token && !values.may_hold_tokens;
 }
 
 std::wstring MergeInSequence(std::wstring text, const MergeValues& values) {

@@ -2,14 +2,13 @@
 
 #include <array>
 #include <cstddef>
-#include <memory>
 #include <string>
 #include <vector>
 
 #include "data/recordset.h"
 #include "platform/code_page.h"
 #include "platform/regional.h"
-#include "text/text_pieces.h"
+#include "text/text_template.h"
 
 namespace pxscheduler {
 
@@ -18,24 +17,11 @@ inline constexpr std::size_t kMergeTokenCount = 15;
 // A row's value for each merge token, in the order in which the tokens are replaced.
 using MergeValues = std::array<std::wstring, kMergeTokenCount>;
 
-// The place of a token in a template's text.
-struct MergeToken {
-  std::size_t position;  // 0-based
-  std::size_t token;     // 0-based, in the order of replacement
-};
-
-// A text with merge tokens, taken apart once for all rows. The text is what the code page keeps.
+// A text with merge tokens, taken apart once for all rows.
 struct MergeTemplate {
-  std::wstring text;
-  std::vector<MergeToken> tokens;    // in the order of the text
-  bool values_may_complete_a_token;  // an opening bracket stands before a token, as in "[[Number]"
-};
-
-// The three texts of a message before any row is filled in.
-struct MessageTemplates {
-  MergeTemplate subject;
-  MergeTemplate body;
-  MergeTemplate alternative_body;
+  std::wstring text;    // what the code page keeps
+  TextTemplate filled;  // the same with a place for each token, which MergeValues are for
+  bool values_may_complete_a_token = false;  // a "[" stands before a token, as in "[[Number]"
 };
 
 MergeTemplate PrepareMergeTemplate(const CodePage& ansi, const std::wstring& text);
@@ -55,18 +41,12 @@ struct ValuesInCodePage {
 };
 ValuesInCodePage InCodePage(const CodePage& ansi, MergeValues values);
 
-// A text with its tokens filled in. The pieces are parts of the template, constant, and values, or
-// else `rewritten` as a whole.
-struct MergedText {
-  TextPieces pieces;
-  std::unique_ptr<const std::wstring> rewritten;
-};
+// Whether filling the places of the template gives what replacing the tokens one after another
+// gives: no value brings a token into being.
+bool CanFillPlaces(const MergeTemplate& merge_template, const ValuesInCodePage& values);
 
-// Fills the tokens in as if they were replaced one after another over the whole text: a value that
-// holds a later token is replaced again. The values and the template must outlive the result.
-MergedText Merge(const MergeTemplate& merge_template, const ValuesInCodePage& values);
-
-// That sequence itself. Merge() takes it where a value may bring a token into being.
+// The text with its tokens replaced one after another: a value that holds a later token is replaced
+// again.
 std::wstring MergeInSequence(std::wstring text, const MergeValues& values);
 
 }  // namespace pxscheduler

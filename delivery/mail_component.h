@@ -1,22 +1,40 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string>
 
-#include "text/text_pieces.h"
+#include "text/text_template.h"
 
 namespace pxscheduler {
 
-// Composes one message at a time and hands it to the configured SMTP server. Settings stay until
-// they are set again; a send leaves everything in place.
+// What the messages of a run have in common: three texts with places for a client's values.
+struct MessageTemplate {
+  TextTemplate subject;
+  TextTemplate body;
+  TextTemplate alternative_body;
+};
+
+// The texts of a single message.
+struct MessageTexts {
+  std::wstring subject;
+  std::wstring body;
+  std::wstring alternative_body;
+};
+
+// Composes messages and hands them to an SMTP server, in this order:
+//   1. the settings, which stay until they are set again;
+//   2. LoadBodyFromFile, and SetHtml where the body is an HTML document;
+//   3. SetMessageTemplate, usually made of the texts that were loaded;
+//   4. for each client Compose, Send and AwaitResult. Messages may be composed ahead while
+//      CanComposeMore; they are sent in the order in which they were composed, each after the
+//      result of the one before is known.
 class MailComponent {
  public:
   static constexpr std::int32_t kAuthenticateNone = 0;
   static constexpr std::int32_t kAuthenticateLogin = 1;
   static constexpr std::int32_t kAuthenticationOption = 256;  // goes with kAuthenticateLogin
   static constexpr std::int32_t kBodyAndAlternative = 6;      // option of LoadBodyFromFile
-  static constexpr std::int32_t kAllRecipients = 1;           // argument of ResetRecipients
-  static constexpr std::int32_t kRecipientTo = 1;             // kind of a recipient
 
   virtual ~MailComponent() = default;
 
@@ -30,7 +48,7 @@ class MailComponent {
   // How TLS is used, compared without case. "" (the default): whenever the server offers it, with
   // the certificate checked where a password will be sent; "required": nothing is sent in the clear
   // and the certificate is always checked; "unverified": as "", but no certificate is checked;
-  // "none": never. Any other text counts as "required", so that a slip of the pen exposes nothing.
+  // "none": never. Any other text counts as "required", so that a typing error exposes nothing.
   virtual void SetSecurity(const std::wstring& security) = 0;
   // A mailto: or https: address that goes into each message for the recipient's mail program to
   // unsubscribe with. "" (the default), or anything else, leaves it out.
@@ -40,35 +58,31 @@ class MailComponent {
   // (plain text for an HTML document, the same text otherwise). Returns 0, or a non-zero status for
   // a file that cannot be read, with both texts left as they were.
   virtual std::int32_t LoadBodyFromFile(const std::wstring& path, std::int32_t option) = 0;
-  // As they were loaded.
+  // As they were loaded; "" before.
   virtual const std::wstring& BodyText() const = 0;
   virtual const std::wstring& AlternativeBodyText() const = 0;
-  // What is composed instead. The pieces must stay until the last message with them is composed,
-  // and constant ones as long as the component: it knows them by their place.
-  virtual void SetBodyText(TextPieces text) = 0;
-  virtual void SetAlternativeBodyText(TextPieces text) = 0;
   // 1: the body is an HTML document and goes out beside its alternative. 0, the default: the body
   // goes out alone as plain text.
   virtual void SetHtml(std::int32_t flag) = 0;
 
-  virtual void SetSubject(std::wstring subject) = 0;
-  virtual void ResetRecipients(std::int32_t which) = 0;
-  virtual void AddRecipient(const std::wstring& display_name, const std::wstring& address,
-                            std::int32_t kind) = 0;
+  // What Compose fills in from now on. Its constant parts are encoded once.
+  virtual void SetMessageTemplate(MessageTemplate message) = 0;
 
-  // Whether one more message can be composed before the next is sent: a few at once, as long as
-  // they are small. Always where none waits.
+  // Whether another message can be composed before the next is sent: a few small ones, and always
+  // one.
   virtual bool CanComposeMore() const = 0;
-  // Writes the message out as its texts and recipients are now, to be sent after those that wait.
-  // Nothing is sent yet, so that messages can be composed while the server considers the one before
-  // them. Only where CanComposeMore. Never raises.
-  virtual void Compose() = 0;
-  // Hands the message that has waited longest to the server; returns when all of it has left, or
-  // before that where it has failed. The result of the message before must be known by then. Never
-  // raises.
+  // Writes the next message, with `values` in the places of the template. Only where
+  // CanComposeMore. Never raises: a message that cannot be written fails when it is sent.
+  virtual void Compose(const std::wstring& display_name, const std::wstring& address,
+                       std::span<const std::wstring> values) = 0;
+  // The same with texts of its own in place of the template's.
+  virtual void ComposeTexts(const std::wstring& display_name, const std::wstring& address,
+                            const MessageTexts& texts) = 0;
+  // Hands the message that was composed first to the server; returns when all of it has left, or
+  // where it has failed before that. Never raises.
   virtual void Send() = 0;
-  // Waits for what becomes of the message that was sent: 0 when the server took it, else a code
-  // that SmtpErrorText knows. Never raises.
+  // Waits for the server's reply to the message that was sent: 0 where it took the message, else a
+  // code that SmtpErrorText knows. Never raises.
   virtual std::int32_t AwaitResult() = 0;
 };
 

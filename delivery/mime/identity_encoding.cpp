@@ -15,7 +15,7 @@ constexpr std::size_t kLongestLine = 900;
 constexpr std::size_t kLongestRun = 128;
 // What one step of the encoder can write: a run of characters behind a doubled full stop.
 constexpr std::size_t kRunRoom = kLongestRun + 1;
-constexpr std::wstring_view kBoundaryLine = L"--=_";
+constexpr std::string_view kBoundaryLine = "--=_";
 
 bool IsCopied(wchar_t unit) { return (unit >= L' ' && unit <= L'~') || unit == L'\t'; }
 // Control characters, of which not every relay takes good care.
@@ -23,43 +23,47 @@ bool MustBeQuoted(wchar_t unit) { return (unit < L' ' && unit != L'\t') || unit 
 
 }  // namespace
 
-// Encodes a text piece by piece.
+// Encodes one text, part by part.
 class IdentityEncoding::Encoder {
  public:
   explicit Encoder(ByteBuffer& out) : out_(out) {}
 
-  void Encode(std::wstring_view piece) {
-    GoOnWithLine(piece);
-    for (std::size_t position = 0; fits_ && position < piece.size();) {
+  void Encode(std::wstring_view text) {
+    GoOnWithLine(text);
+    for (std::size_t position = 0; fits_ && position < text.size();) {
       cursor_ = out_.Room(kRunRoom);
-      position = Step(piece, position);
+      position = Step(text, position);
       out_.SetEnd(cursor_);
     }
   }
 
-  void Put(const Prepared& prepared, std::string_view rest) {
-    fits_ = fits_ && prepared.fits;
+  void Put(const Constant& constant, std::string_view rest) {
+    fits_ = fits_ && constant.fits;
     if (!fits_) return;
-    cursor_ = out_.Room(prepared.line.size() + rest.size() + 1);
-    if (!prepared.line.empty()) {
+    cursor_ = out_.Room(constant.line.size() + rest.size() + 1);
+    if (!constant.line.empty()) {
       if (line_size_ == 0)
-        BeginLine(prepared.piece);
+        BeginLine(std::string_view(constant.line));
       else
-        GoOnWithLine(prepared.piece);
-      cursor_ = std::copy(prepared.line.begin(), prepared.line.end(), cursor_);
-      line_size_ += prepared.line.size();
+        GoOnWithLine(std::string_view(constant.line));
+      cursor_ = std::copy(constant.line.begin(), constant.line.end(), cursor_);
+      line_size_ += constant.line.size();
     }
     if (!rest.empty()) {
       MeasureLine();
       cursor_ = std::copy(rest.begin(), rest.end(), cursor_);
-      line_size_ = prepared.line_size;
-      boundary_match_ = prepared.boundary_match;
+      line_size_ = constant.line_size;
+      boundary_match_ = constant.boundary_match;
     }
     out_.SetEnd(cursor_);
-    is_eight_bit_ = is_eight_bit_ || prepared.is_eight_bit;
+    is_eight_bit_ = is_eight_bit_ || constant.is_eight_bit;
   }
 
-  void End() { MeasureLine(); }
+  TransferEncoding End() {
+    MeasureLine();
+    if (!fits_) return TransferEncoding::kQuotedPrintable;
+    return is_eight_bit_ ? TransferEncoding::kEightBit : TransferEncoding::kSevenBit;
+  }
 
   std::size_t LineSize() const { return line_size_; }
   std::size_t BoundaryMatch() const { return boundary_match_; }
@@ -100,18 +104,21 @@ class IdentityEncoding::Encoder {
   }
 
   // `text` is what the line begins with.
-  void BeginLine(std::wstring_view text) {
-    if (text.front() == L'.') *cursor_++ = '.';
+  template <typename View>
+  void BeginLine(View text) {
+    if (text.front() == '.') *cursor_++ = '.';
     boundary_match_ = 0;
     CompareWithBoundary(text);
   }
 
   // `text` is what stands next on the line.
-  void GoOnWithLine(std::wstring_view text) {
+  template <typename View>
+  void GoOnWithLine(View text) {
     if (line_size_ > 0 && line_size_ == boundary_match_) CompareWithBoundary(text);
   }
 
-  void CompareWithBoundary(std::wstring_view text) {
+  template <typename View>
+  void CompareWithBoundary(View text) {
     while (!text.empty() && fits_ && text.front() == kBoundaryLine[boundary_match_]) {
       ++boundary_match_;
       text.remove_prefix(1);
@@ -135,27 +142,35 @@ class IdentityEncoding::Encoder {
   bool fits_ = true;
 };
 
-TransferEncoding IdentityEncoding::Append(const TextPieces& text, ByteBuffer& out) {
-  Encoder encoder(out);
-  prepared_.EncodeEach(text, Prepare, encoder);
-  encoder.End();
-  if (!encoder.Fits()) return TransferEncoding::kQuotedPrintable;
-  return encoder.IsEightBit() ? TransferEncoding::kEightBit : TransferEncoding::kSevenBit;
+void IdentityEncoding::SetTemplate(const TextTemplate& text) {
+  template_ = PreparedTemplate<Constant>(text, EncodeConstant);
 }
 
-IdentityEncoding::Prepared IdentityEncoding::Prepare(std::wstring_view piece) {
-  Prepared prepared;
-  prepared.piece = piece;
-  const std::size_t line_end = std::min(piece.find_first_of(L"\r\n"), piece.size());
-  const std::wstring_view line = piece.substr(0, line_end);
-  prepared.line = ToUtf8(line);
-  Encoder encoder(prepared.rest);
-  encoder.Encode(piece.substr(line_end));
-  prepared.line_size = encoder.LineSize();
-  prepared.boundary_match = encoder.BoundaryMatch();
-  prepared.is_eight_bit = encoder.IsEightBit() || prepared.line.size() != line.size();
-  prepared.fits = encoder.Fits() && std::none_of(line.begin(), line.end(), MustBeQuoted);
-  return prepared;
+TransferEncoding IdentityEncoding::Append(std::span<const std::wstring> values,
+                                          ByteBuffer& out) const {
+  Encoder encoder(out);
+  template_.EncodeWith(values, encoder);
+  return encoder.End();
+}
+
+TransferEncoding IdentityEncoding::AppendText(std::wstring_view text, ByteBuffer& out) {
+  Encoder encoder(out);
+  encoder.Encode(text);
+  return encoder.End();
+}
+
+IdentityEncoding::Constant IdentityEncoding::EncodeConstant(std::wstring_view text) {
+  Constant constant;
+  const std::size_t line_end = std::min(text.find_first_of(L"\r\n"), text.size());
+  const std::wstring_view line = text.substr(0, line_end);
+  constant.line = ToUtf8(line);
+  Encoder encoder(constant.rest);
+  encoder.Encode(text.substr(line_end));
+  constant.line_size = encoder.LineSize();
+  constant.boundary_match = encoder.BoundaryMatch();
+  constant.is_eight_bit = encoder.IsEightBit() || constant.line.size() != line.size();
+  constant.fits = encoder.Fits() && std::none_of(line.begin(), line.end(), MustBeQuoted);
+  return constant;
 }
 
 }  // namespace pxscheduler

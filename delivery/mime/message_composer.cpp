@@ -56,16 +56,6 @@ void AppendDate(const Moment& moment, ByteBuffer& out) {
   append_pair("", offset.minutes().count());
 }
 
-void AppendRecipients(const std::vector<Recipient>& recipients, ByteBuffer& out) {
-  out.Append("To: ");
-  for (const Recipient& recipient : recipients) {
-    const bool is_first = &recipient == &recipients.front();
-    out.Append(is_first ? "" : ",\r\n ");
-    AppendMailbox(recipient.display_name, recipient.address.text, is_first ? 4 : 1, out);
-  }
-  out.Append("\r\n");
-}
-
 // Up to the name of its encoding.
 std::string MultipartStart(const std::string& subtype, const std::string& boundary) {
   return "Content-Type: multipart/" + subtype + ";\r\n boundary=\"" + boundary + "\"\r\n" +
@@ -114,6 +104,12 @@ void MessageComposer::SetEightBit(bool is_allowed) {
   alternative_.SetEightBit(is_allowed);
 }
 
+void MessageComposer::SetTemplate(MessageTemplate message) {
+  subject_ = std::move(message.subject);
+  body_.SetTemplate(message.body);
+  alternative_.SetTemplate(message.alternative_body);
+}
+
 void MessageComposer::SetPictures(const std::vector<LetterPicture>& parts) {
   inline_parts_.clear();
   for (const LetterPicture& part : parts) {
@@ -155,11 +151,11 @@ void MessageComposer::PrepareParts() {
   end_ += "\r\n--" + alternative + "--\r\n";
 }
 
-void MessageComposer::Compose(const MessageContent& content, WireMessage& message) {
+void MessageComposer::Compose(const MessageContent& content, WireMessage& message) const {
   message.Clear();
   AppendFields(content, message.bytes);
   if (is_html_)
-    AppendAlternatives(content, message);
+    AppendMultipart(content, message);
   else
     AppendPlainText(content, message);
   message.bytes.Append(".\r\n");
@@ -167,9 +163,11 @@ void MessageComposer::Compose(const MessageContent& content, WireMessage& messag
 
 void MessageComposer::AppendFields(const MessageContent& content, ByteBuffer& wire) const {
   wire.Append(first_fields_);
-  AppendRecipients(content.recipients, wire);
-  wire.Append("Subject: ");
-  AppendUnstructured(content.subject, 9, wire);
+  wire.Append("To: ");
+  AppendMailbox(content.recipient.display_name, content.recipient.address.text, 4, wire);
+  wire.Append("\r\nSubject: ");
+  AppendUnstructured(content.texts ? content.texts->subject : Filled(subject_, content.values), 9,
+                     wire);
   wire.Append("\r\nDate: ");
   AppendDate(content.date, wire);
   wire.Append("\r\nMessage-ID: <");
@@ -180,19 +178,33 @@ void MessageComposer::AppendFields(const MessageContent& content, ByteBuffer& wi
   wire.Append(middle_fields_);
 }
 
-void MessageComposer::AppendPlainText(const MessageContent& content, WireMessage& message) {
+void MessageComposer::AppendBody(const MessageContent& content, WireMessage& message) const {
+  if (content.texts)
+    body_.AppendText(content.texts->body, message);
+  else
+    body_.Append(content.values, message);
+}
+
+void MessageComposer::AppendAlternative(const MessageContent& content, WireMessage& message) const {
+  if (content.texts)
+    alternative_.AppendText(content.texts->alternative_body, message);
+  else
+    alternative_.Append(content.values, message);
+}
+
+void MessageComposer::AppendPlainText(const MessageContent& content, WireMessage& message) const {
   message.bytes.Append(plain_start_);
-  body_.Append(content.body, message);
+  AppendBody(content, message);
   if (!message.bytes.View().ends_with("\r\n")) message.bytes.Append("\r\n");
 }
 
-void MessageComposer::AppendAlternatives(const MessageContent& content, WireMessage& message) {
+void MessageComposer::AppendMultipart(const MessageContent& content, WireMessage& message) const {
   AppendMultipartStart(alternative_start_, message);
   message.bytes.Append(plain_start_);
-  alternative_.Append(content.alternative, message);
+  AppendAlternative(content, message);
   if (!inline_parts_.empty()) AppendMultipartStart(related_start_, message);
   message.bytes.Append(html_start_);
-  body_.Append(content.body, message);
+  AppendBody(content, message);
   message.bytes.Append(end_);
   if (!message.eight_bit_parts.empty())
     for (const std::size_t encoding : message.multiparts) message.bytes.Overwrite(encoding, "8bit");

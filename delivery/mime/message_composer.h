@@ -1,32 +1,33 @@
 #pragma once
 
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "delivery/mail_component.h"
 #include "delivery/mime/address.h"
 #include "delivery/mime/byte_buffer.h"
 #include "delivery/mime/text_part.h"
 #include "delivery/mime/wire_message.h"
 #include "platform/system.h"
 #include "text/letter.h"
-#include "text/text_pieces.h"
+#include "text/text_template.h"
 
 namespace pxscheduler {
 
 struct Recipient {
-  std::wstring display_name;
-  Address address;
+  const std::wstring& display_name;
+  const Address& address;
 };
 
 // What differs from one message to the next. Everything is borrowed for the call.
 struct MessageContent {
-  const std::vector<Recipient>& recipients;
-  std::wstring_view subject;
+  Recipient recipient;
   Moment date;
-  std::string_view message_id;  // the part before the "@"
-  const TextPieces& body;
-  const TextPieces& alternative;  // sent before the body when that is HTML
+  std::string_view message_id;           // the part before the "@"
+  std::span<const std::wstring> values;  // for the places of the template
+  const MessageTexts* texts = nullptr;   // in place of the template's, where not null
 };
 
 // Writes whole messages (RFC 5322, RFC 2045). What every message of a run has in common is written
@@ -42,16 +43,20 @@ class MessageComposer {
   void SetHtml(bool is_html);
   // Whether parts that are not all ASCII may go out as they are, which is so from the start.
   void SetEightBit(bool is_allowed);
+  // The alternative body is sent before the body where that is HTML.
+  void SetTemplate(MessageTemplate message);
   // The pictures that an HTML body shows.
   void SetPictures(const std::vector<LetterPicture>& parts);
 
   // `message` is cleared first.
-  void Compose(const MessageContent& content, WireMessage& message);
+  void Compose(const MessageContent& content, WireMessage& message) const;
 
  private:
   void AppendFields(const MessageContent& content, ByteBuffer& wire) const;
-  void AppendPlainText(const MessageContent& content, WireMessage& message);
-  void AppendAlternatives(const MessageContent& content, WireMessage& message);
+  void AppendBody(const MessageContent& content, WireMessage& message) const;
+  void AppendAlternative(const MessageContent& content, WireMessage& message) const;
+  void AppendPlainText(const MessageContent& content, WireMessage& message) const;
+  void AppendMultipart(const MessageContent& content, WireMessage& message) const;
   void PrepareFixedFields();
   void PrepareParts();
 
@@ -69,6 +74,7 @@ class MessageComposer {
   std::string html_start_;         // from there to the name of the encoding of the HTML document
   std::string end_;                // after the HTML document
 
+  TextTemplate subject_;
   TextPart body_;
   TextPart alternative_;
 };

@@ -15,7 +15,7 @@ constexpr std::size_t kLongestContent = 75;  // 76 less the "=" of a soft line b
 // More than what one step of the encoder can write: a line of plain characters, or four bytes, each
 // as "=XX", with a soft line break and a doubled full stop.
 constexpr std::size_t kStepRoom = 128;
-// A shorter constant piece is encoded where it stands, rather than cut off by a soft line break.
+// A shorter constant text is encoded where it stands, rather than cut off by a soft line break.
 constexpr std::size_t kWorthCuttingOff = 100;
 
 bool IsPlain(wchar_t unit) { return unit >= L' ' && unit <= L'~' && unit != L'='; }
@@ -32,41 +32,41 @@ std::size_t CopyPlain(std::wstring_view text, char* to) {
 
 }  // namespace
 
-// Encodes a text piece by piece.
+// Encodes one text, part by part.
 class QuotedPrintable::Encoder {
  public:
   explicit Encoder(ByteBuffer& out) : out_(out) {}
 
-  void Encode(std::wstring_view piece) {
+  void Encode(std::wstring_view text) {
     std::size_t position = 0;
-    if (column_ > 0 && piece.size() <= kLongestContent - column_) {
+    if (column_ > 0 && text.size() <= kLongestContent - column_) {
       // Most values are short and plain, and go on with the line.
       char* const end = out_.Room(kStepRoom);
-      position = CopyPlain(piece, end);
+      position = CopyPlain(text, end);
       out_.SetEnd(end + position);
       column_ += position;
     }
-    while (position < piece.size()) {
+    while (position < text.size()) {
       cursor_ = out_.Room(kStepRoom);
-      position = Step(piece, position);
+      position = Step(text, position);
       out_.SetEnd(cursor_);
     }
   }
 
-  void Put(const Prepared& prepared, std::string_view rest) {
-    if (prepared.line.empty() && prepared.rest.View().empty()) {
-      Encode(prepared.piece);
+  void Put(const Constant& constant, std::string_view rest) {
+    if (!constant.encoded_in_place.empty()) {
+      Encode(constant.encoded_in_place);
       return;
     }
-    cursor_ = out_.Room(2 * prepared.line.size() + kStepRoom + rest.size());
-    PutPlainLines(prepared.line);
+    cursor_ = out_.Room(2 * constant.line.size() + kStepRoom + rest.size());
+    PutPlainLines(constant.line);
     if (!rest.empty()) {
-      if (!prepared.is_cut_off)
+      if (!constant.is_cut_off)
         ProtectTrailingBlank();
       else if (column_ > 0)
         SoftBreak();
       cursor_ = std::copy(rest.begin(), rest.end(), cursor_);
-      column_ = prepared.column;
+      column_ = constant.column;
     }
     out_.SetEnd(cursor_);
   }
@@ -165,24 +165,36 @@ class QuotedPrintable::Encoder {
   std::size_t column_ = 0;
 };
 
-void QuotedPrintable::Append(const TextPieces& text, ByteBuffer& out) {
+void QuotedPrintable::SetTemplate(const TextTemplate& text) {
+  template_ = PreparedTemplate<Constant>(text, EncodeConstant);
+}
+
+void QuotedPrintable::Append(std::span<const std::wstring> values, ByteBuffer& out) const {
   Encoder encoder(out);
-  prepared_.EncodeEach(text, Prepare, encoder);
+  template_.EncodeWith(values, encoder);
   encoder.End();
 }
 
-QuotedPrintable::Prepared QuotedPrintable::Prepare(std::wstring_view piece) {
-  Prepared prepared;
-  prepared.piece = piece;
-  const std::size_t line_end = std::min(piece.find_first_of(L"\r\n"), piece.size());
-  const std::wstring_view line = piece.substr(0, line_end);
-  prepared.is_cut_off = !std::all_of(line.begin(), line.end(), IsPlain);
-  if (prepared.is_cut_off && piece.size() < kWorthCuttingOff) return prepared;
-  Encoder encoder(prepared.rest);
-  encoder.Encode(prepared.is_cut_off ? piece : piece.substr(line_end));
-  prepared.column = encoder.Column();
-  if (!prepared.is_cut_off) prepared.line.assign(line.begin(), line.end());
-  return prepared;
+void QuotedPrintable::AppendText(std::wstring_view text, ByteBuffer& out) {
+  Encoder encoder(out);
+  encoder.Encode(text);
+  encoder.End();
+}
+
+QuotedPrintable::Constant QuotedPrintable::EncodeConstant(std::wstring_view text) {
+  Constant constant;
+  const std::size_t line_end = std::min(text.find_first_of(L"\r\n"), text.size());
+  const std::wstring_view line = text.substr(0, line_end);
+  constant.is_cut_off = !std::all_of(line.begin(), line.end(), IsPlain);
+  if (constant.is_cut_off && text.size() < kWorthCuttingOff) {
+    constant.encoded_in_place = text;
+    return constant;
+  }
+  Encoder encoder(constant.rest);
+  encoder.Encode(constant.is_cut_off ? text : text.substr(line_end));
+  constant.column = encoder.Column();
+  if (!constant.is_cut_off) constant.line.assign(line.begin(), line.end());
+  return constant;
 }
 
 }  // namespace pxscheduler

@@ -46,7 +46,7 @@ void MakeSevenBit(WireMessage& message) {
     rewritten.Append("quoted-printable\r\n\r\n");
     const std::wstring text =
         FromUtf8(WithoutDoubledFullStops(bytes.substr(part.begin, part.end - part.begin)));
-    QuotedPrintable().Append({{.text = text}}, rewritten);
+    QuotedPrintable::AppendText(text, rewritten);
     position = part.end;
   }
   rewritten.Append(bytes.substr(position));

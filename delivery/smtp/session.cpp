@@ -173,7 +173,7 @@ SmtpSession::Failure SmtpSession::Authenticate(SaslExchange& exchange, bool& is_
 Submission SmtpSession::Submit(const Envelope& envelope, std::string_view wire) {
   if (!extensions_.international || !extensions_.eight_bit) {
     if (!envelope.sender_is_ascii) return {.failure = SendOutcome::kSenderRefused};
-    if (!envelope.recipients_are_ascii) return {.failure = SendOutcome::kRecipientRefused};
+    if (!envelope.recipient_is_ascii) return {.failure = SendOutcome::kRecipientRefused};
   }
   if (extensions_.largest_message > 0 && wire.size() > extensions_.largest_message)
     return {.failure = SendOutcome::kMessageRefused};
@@ -206,14 +206,12 @@ void SmtpSession::WriteCommands(const Envelope& envelope, std::size_t message_si
   }
   commands_.append("MAIL FROM:<").append(envelope.sender).append(">");
   if (extensions_.size) commands_.append(" SIZE=").append(std::to_string(message_size));
-  const bool is_international = !envelope.sender_is_ascii || !envelope.recipients_are_ascii;
+  const bool is_international = !envelope.sender_is_ascii || !envelope.recipient_is_ascii;
   if (is_international || envelope.has_eight_bit_parts) commands_ += " BODY=8BITMIME";
   if (is_international) commands_ += " SMTPUTF8";
   end_step(StepKind::kSender);
-  for (const std::string_view recipient : envelope.recipients) {
-    commands_.append("RCPT TO:<").append(recipient).append(">");
-    end_step(StepKind::kRecipient);
-  }
+  commands_.append("RCPT TO:<").append(envelope.recipient).append(">");
+  end_step(StepKind::kRecipient);
   commands_ += "DATA";
   end_step(StepKind::kData);
 }
@@ -259,7 +257,7 @@ void SmtpSession::Judge(const Step& step, Progress& progress) {
       break;
     case StepKind::kRecipient:
       refusal = SendOutcome::kRecipientRefused;
-      progress.recipients_accepted += accepted ? 1 : 0;
+      progress.recipient_accepted = accepted;
       break;
     case StepKind::kData:
       refusal = SendOutcome::kMessageRefused;
@@ -283,7 +281,7 @@ void SmtpSession::RecoverFrom(const Progress& progress) {
   if (!progress.wants_data) return;
   // The server waits for a message that it must not get. With no recipient an empty one is harmless
   // and ends the waiting (RFC 2920 section 3.1); else only the end of the connection does.
-  if (progress.recipients_accepted > 0 || Exchange(".") || reply_.code == kServiceClosing)
+  if (progress.recipient_accepted || Exchange(".") || reply_.code == kServiceClosing)
     (void)Close(*progress.failure);
 }
 

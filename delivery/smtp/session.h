@@ -34,9 +34,9 @@ struct ServerSettings {
 
 struct Envelope {
   std::string_view sender;
-  std::vector<std::string_view> recipients;
+  std::string_view recipient;
   bool sender_is_ascii = true;
-  bool recipients_are_ascii = true;
+  bool recipient_is_ascii = true;
   bool has_eight_bit_parts = false;  // which need a session that TakesEightBit
 };
 
@@ -84,7 +84,7 @@ class SmtpSession {
   struct Progress {
     std::optional<SendOutcome> failure;  // the first
     bool sender_accepted = false;
-    std::size_t recipients_accepted = 0;
+    bool recipient_accepted = false;
     bool wants_data = false;
   };
   using Failure = std::optional<SendOutcome>;

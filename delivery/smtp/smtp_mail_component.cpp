@@ -107,59 +107,47 @@ std::int32_t SmtpMailComponent::LoadBodyFromFile(const std::wstring& path,
   if (!letter) return kCannotOpenFile;
   composer_.SetPictures(letter->pictures);
   letter_ = *std::move(letter);
-  body_ = {{.text = letter_.body}};
-  alternative_ = {{.text = letter_.plain_text}};
   return 0;
 }
 
-void SmtpMailComponent::SetBodyText(TextPieces text) { body_ = std::move(text); }
-
-void SmtpMailComponent::SetAlternativeBodyText(TextPieces text) { alternative_ = std::move(text); }
-
 void SmtpMailComponent::SetHtml(std::int32_t flag) { composer_.SetHtml(flag != 0); }
 
-void SmtpMailComponent::SetSubject(std::wstring subject) { subject_ = std::move(subject); }
-
-void SmtpMailComponent::ResetRecipients(std::int32_t which) {
-  if (which == kAllRecipients) {
-    recipients_.clear();
-    has_malformed_recipient_ = false;
-  }
-}
-
-void SmtpMailComponent::AddRecipient(const std::wstring& display_name, const std::wstring& address,
-                                     std::int32_t /*kind*/) {
-  std::optional<Address> parsed = ParseAddress(address);
-  if (parsed)
-    recipients_.push_back({display_name, *std::move(parsed)});
-  else
-    has_malformed_recipient_ = true;
+void SmtpMailComponent::SetMessageTemplate(MessageTemplate message) {
+  composer_.SetTemplate(std::move(message));
 }
 
 bool SmtpMailComponent::CanComposeMore() const {
   return waiting_ == 0 || (waiting_ < composed_.size() && waiting_bytes_ < kMostBytesAhead);
 }
 
-void SmtpMailComponent::Compose() {
-  ComposedMessage& message = composed_[(first_waiting_ + waiting_) % composed_.size()];
-  message.outcome = *OutcomeOf([&] { return WriteMessage(message); });
-  ++waiting_;
-  waiting_bytes_ += message.wire.bytes.View().size();
+void SmtpMailComponent::Compose(const std::wstring& display_name, const std::wstring& address,
+                                std::span<const std::wstring> values) {
+  Compose(display_name, address, values, nullptr);
 }
 
-SendOutcome SmtpMailComponent::WriteMessage(ComposedMessage& message) {
+void SmtpMailComponent::ComposeTexts(const std::wstring& display_name, const std::wstring& address,
+                                     const MessageTexts& texts) {
+  Compose(display_name, address, {}, &texts);
+}
+
+void SmtpMailComponent::Compose(const std::wstring& display_name, const std::wstring& address,
+                                std::span<const std::wstring> values, const MessageTexts* texts) {
+  ComposedMessage& message = composed_[(first_waiting_ + waiting_) % composed_.size()];
   message.wire.Clear();
-  message.recipients.clear();
-  for (const Recipient& recipient : recipients_) message.recipients.push_back(recipient.address);
-  if (message.recipients.empty() || has_malformed_recipient_) return SendOutcome::kRecipientRefused;
-  composer_.Compose({.recipients = recipients_,
-                     .subject = subject_,
-                     .date = system_.Now(),
-                     .message_id = identifiers_.Next(),
-                     .body = body_,
-                     .alternative = alternative_},
-                    message.wire);
-  return SendOutcome::kDelivered;
+  message.outcome = *OutcomeOf([&] {
+    std::optional<Address> recipient = ParseAddress(address);
+    if (!recipient) return SendOutcome::kRecipientRefused;
+    message.recipient = *std::move(recipient);
+    composer_.Compose({.recipient = {display_name, message.recipient},
+                       .date = system_.Now(),
+                       .message_id = identifiers_.Next(),
+                       .values = values,
+                       .texts = texts},
+                      message.wire);
+    return SendOutcome::kDelivered;
+  });
+  ++waiting_;
+  waiting_bytes_ += message.wire.bytes.View().size();
 }
 
 void SmtpMailComponent::Send() {
@@ -237,10 +225,8 @@ Envelope SmtpMailComponent::MakeEnvelope(const ComposedMessage& message) const {
   envelope.sender = sender_->text;
   envelope.sender_is_ascii = sender_->is_ascii;
   envelope.has_eight_bit_parts = !message.wire.eight_bit_parts.empty();
-  for (const Address& recipient : message.recipients) {
-    envelope.recipients.emplace_back(recipient.text);
-    envelope.recipients_are_ascii = envelope.recipients_are_ascii && recipient.is_ascii;
-  }
+  envelope.recipient = message.recipient.text;
+  envelope.recipient_is_ascii = message.recipient.is_ascii;
   return envelope;
 }
 

@@ -43,28 +43,27 @@ class SmtpMailComponent : public MailComponent {
   std::int32_t LoadBodyFromFile(const std::wstring& path, std::int32_t option) override;
   const std::wstring& BodyText() const override { return letter_.body; }
   const std::wstring& AlternativeBodyText() const override { return letter_.plain_text; }
-  void SetBodyText(TextPieces text) override;
-  void SetAlternativeBodyText(TextPieces text) override;
   void SetHtml(std::int32_t flag) override;
 
-  void SetSubject(std::wstring subject) override;
-  void ResetRecipients(std::int32_t which) override;
-  void AddRecipient(const std::wstring& display_name, const std::wstring& address,
-                    std::int32_t kind) override;
+  void SetMessageTemplate(MessageTemplate message) override;
   bool CanComposeMore() const override;
-  void Compose() override;
+  void Compose(const std::wstring& display_name, const std::wstring& address,
+               std::span<const std::wstring> values) override;
+  void ComposeTexts(const std::wstring& display_name, const std::wstring& address,
+                    const MessageTexts& texts) override;
   void Send() override;
   std::int32_t AwaitResult() override;
 
  private:
   // A message that waits to be sent, or room for one.
   struct ComposedMessage {
-    std::vector<Address> recipients;
+    Address recipient;
     WireMessage wire;
     SendOutcome outcome = SendOutcome::kOtherError;  // kDelivered: it can be sent
   };
 
-  SendOutcome WriteMessage(ComposedMessage& message);
+  void Compose(const std::wstring& display_name, const std::wstring& address,
+               std::span<const std::wstring> values, const MessageTexts* texts);
   std::optional<SendOutcome> HandOver(ComposedMessage& message);
   Submission Submit(ComposedMessage& message);
   SendOutcome OpenSession();
@@ -82,12 +81,7 @@ class SmtpMailComponent : public MailComponent {
   std::wstring password_;
   ServerSettings server_;
   std::optional<Address> sender_;
-  std::vector<Recipient> recipients_;
-  bool has_malformed_recipient_ = false;
-  std::wstring subject_;
   Letter letter_;
-  TextPieces body_;
-  TextPieces alternative_;
 
   MessageComposer composer_;
   MessageIdentifiers identifiers_;

@@ -12,35 +12,46 @@ namespace {
 
 using testing::ElementsAre;
 
-TEST(ComposeRow, AMessageGoesToEachNewAddressAlone) {
-  const Latin1CodePage ansi;
-  const MessageTemplates templates{PrepareMergeTemplate(ansi, L"To [Full Name]"),
-                                   PrepareMergeTemplate(ansi, L"[Email Address]"),
-                                   PrepareMergeTemplate(ansi, L"plain [Email Address]")};
-  FakeRecordset rows;
-  rows.row[L"FullName"] = L"Ann \u0141";
-  FakeMailComponent mail;
-  std::wstring last_address;
-  std::vector<std::wstring> composed;
-  for (const wchar_t* address : {L"ann@example.org", L"nobody", L"ANN@example.org", L" Ann@x"}) {
-    rows.row[L"Email"] = address;
-    composed.push_back(
-        ComposeRow(EnglishRegional(), ansi, rows, templates, mail, last_address).value_or(L""));
+class SendRowsTest : public testing::Test {
+ protected:
+  void Send() {
+    const Latin1CodePage ansi;
+    const MessageTemplates templates{PrepareMergeTemplate(ansi, L"To [Full Name]"),
+                                     PrepareMergeTemplate(ansi, L"[Email Address]"),
+                                     PrepareMergeTemplate(ansi, L"plain")};
+    SendRows(system_, EnglishRegional(), ansi, rows_, templates, mail_,
+             [this](const std::wstring& address, std::int16_t code) {
+               mail_.calls.push_back(L"outcome " + address + L" " + std::to_wstring(code));
+             });
   }
-  EXPECT_THAT(composed, ElementsAre(L"ann@example.org", L"", L"", L" Ann@x"));
-  EXPECT_THAT(mail.calls, ElementsAre(L"reset 1", L"to Ann \u0141 <ann@example.org> 1", L"compose",
-                                      L"reset 1", L"to Ann \u0141 < Ann@x> 1", L"compose"));
-  EXPECT_EQ(mail.subject, L"To Ann ?");
-  EXPECT_EQ(mail.body, L" Ann@x");
-  EXPECT_EQ(mail.alternative, L"plain  Ann@x");
+
+  FakeSystem system_;
+  FakeRecordset rows_;
+  FakeMailComponent mail_;
+};
+
+TEST_F(SendRowsTest, AMessageGoesToEachNewAddressAlone) {
+  rows_.rows = {{{L"Email", L"ann@x"}, {L"FullName", L"Ann \u0141"}},
+                {{L"Email", L"nobody"}},
+                {{L"Email", L"ANN@x"}},
+                {{L"Email", L"bob@x"}, {L"SendEmail", false}},
+                {{L"Email", L" Ann@x"}, {L"FullName", L"[Last Date]"}}};
+  mail_.result = -32768;
+  Send();
+  EXPECT_THAT(mail_.calls,
+              ElementsAre(L"compose Ann \u0141 <ann@x> To Ann ? | ann@x | plain",
+                          L"compose [Last Date] < Ann@x> To  |  Ann@x | plain", L"send", L"await",
+                          L"outcome ann@x -32768", L"send", L"await", L"outcome  Ann@x -32768"));
 }
 
-TEST(AwaitResultCode, IsSixteenBitsWide) {
-  FakeMailComponent mail;
-  mail.result = -32768;
-  EXPECT_EQ(AwaitResultCode(mail), -32768);
-  mail.result = 32768;
-  EXPECT_THROW(AwaitResultCode(mail), RuntimeError);
+TEST_F(SendRowsTest, AResultCodeHasSixteenBits) {
+  rows_.rows[0][L"Email"] = L"ann@x";
+  for (const std::int32_t code : {32768, -32769}) {
+    rows_ = FakeRecordset();
+    rows_.rows[0][L"Email"] = L"ann@x";
+    mail_.result = code;
+    EXPECT_THROW(Send(), RuntimeError);
+  }
 }
 
 }  // namespace

@@ -29,22 +29,28 @@ class FakeConnection : public Connection {
   std::wstring connection_string;
 };
 
-// One row, marked for mail. The columns that the test does not set are Null.
+// Rows, each marked for mail. The columns that the test does not set are Null.
 class FakeRecordset : public Recordset {
  public:
+  using Row = std::map<std::wstring, Value, std::less<>>;
+
   void Open(const std::wstring& /*source*/, Connection& /*connection*/, int /*cursor_type*/,
             int /*lock_type*/, int /*options*/) override {}
-  bool EndOfFile() const override { return false; }
-  std::size_t RecordCount() const override { return 1; }
+  bool EndOfFile() const override { return current_ == rows.size(); }
+  std::size_t RecordCount() const override { return rows.size(); }
   Value Fields(std::wstring_view name) const override {
-    const auto field = row.find(name);
-    return field == row.end() ? Value{} : field->second;
+    const auto field = rows[current_].find(name);
+    if (field != rows[current_].end()) return field->second;
+    return name == L"SendEmail" ? Value{true} : Value{};
   }
   void SetSort(const std::wstring& /*column*/) override {}
-  void MoveNext() override {}
+  void MoveNext() override { ++current_; }
   void Close() override {}
 
-  std::map<std::wstring, Value, std::less<>> row{{L"SendEmail", true}};
+  std::vector<Row> rows{1};
+
+ private:
+  std::size_t current_ = 0;
 };
 
 // Records every call in order; AwaitResult() returns `result`.
@@ -63,29 +69,35 @@ class FakeMailComponent : public MailComponent {
     Record(L"load", path, option);
     return 0;
   }
-  const std::wstring& BodyText() const override { return body; }
-  const std::wstring& AlternativeBodyText() const override { return alternative; }
-  void SetBodyText(TextPieces text) override { body = Joined(text); }
-  void SetAlternativeBodyText(TextPieces text) override { alternative = Joined(text); }
+  const std::wstring& BodyText() const override { return no_text_; }
+  const std::wstring& AlternativeBodyText() const override { return no_text_; }
   void SetHtml(std::int32_t flag) override { Record(L"html", flag); }
-  void SetSubject(std::wstring text) override { subject = std::move(text); }
-  void ResetRecipients(std::int32_t which) override { Record(L"reset", which); }
-  void AddRecipient(const std::wstring& display_name, const std::wstring& address,
-                    std::int32_t kind) override {
-    Record(L"to", display_name, L"<" + address + L">", kind);
-  }
+  void SetMessageTemplate(MessageTemplate message) override { message_ = std::move(message); }
   bool CanComposeMore() const override { return true; }
-  void Compose() override { calls.emplace_back(L"compose"); }
-  void Send() override {}
-  std::int32_t AwaitResult() override { return result; }
+  void Compose(const std::wstring& display_name, const std::wstring& address,
+               std::span<const std::wstring> values) override {
+    ComposeTexts(display_name, address,
+                 {Filled(message_.subject, values), Filled(message_.body, values),
+                  Filled(message_.alternative_body, values)});
+  }
+  void ComposeTexts(const std::wstring& display_name, const std::wstring& address,
+                    const MessageTexts& texts) override {
+    calls.push_back(L"compose " + display_name + L" <" + address + L"> " + texts.subject + L" | " +
+                    texts.body + L" | " + texts.alternative_body);
+  }
+  void Send() override { calls.emplace_back(L"send"); }
+  std::int32_t AwaitResult() override {
+    calls.emplace_back(L"await");
+    return result;
+  }
 
   std::vector<std::wstring> calls;
-  std::wstring subject;
-  std::wstring body;
-  std::wstring alternative;
   std::int32_t result = 0;
 
  private:
+  MessageTemplate message_;
+  std::wstring no_text_;
+
   template <typename... Arguments>
   void Record(const wchar_t* name, const Arguments&... arguments) {
     std::wostringstream call;

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "text/text_pieces.h"
+#include "text/text_template.h"
 #include "text/utf8.h"
 
 namespace pxscheduler {
@@ -16,37 +16,28 @@ inline std::wstring AnyText(std::size_t most, std::mt19937& random) {
   std::wstring text;
   for (std::size_t i = random() % most; i > 0; --i) {
     const std::size_t letter = random() % (alphabet.size() + 1);
-    // Two units on some machines, which no piece splits.
+    // Two units on some machines, which no part splits.
     text += letter < alphabet.size() ? std::wstring(1, alphabet[letter]) : L"\U0001F600";
   }
   return text;
 }
 
-// The same text of each message of a run: constant pieces, short and long, with a value behind
-// each.
-class AnyRun {
- public:
-  explicit AnyRun(std::mt19937& random)
-      : random_(random), constants_(random() % 5), values_(constants_.size()) {
-    for (std::wstring& constant : constants_) constant = AnyText(300, random_);
+// Up to five constant texts, short and long, with a value between each.
+inline TextTemplate AnyTemplate(std::mt19937& random) {
+  TextTemplate text;
+  text.constants.front() = AnyText(300, random);
+  for (std::size_t place = random() % 5; place > 0; --place) {
+    text.places.push_back(text.places.size());
+    text.constants.push_back(AnyText(300, random));
   }
+  return text;
+}
 
-  // Good until the next.
-  TextPieces NextMessage() {
-    TextPieces pieces;
-    for (std::size_t i = 0; i < constants_.size(); ++i) {
-      values_[i] = AnyText(20, random_);
-      pieces.push_back({constants_[i], true});
-      pieces.push_back({values_[i], false});
-    }
-    return pieces;
-  }
-
- private:
-  std::mt19937& random_;
-  std::vector<std::wstring> constants_;
-  std::vector<std::wstring> values_;
-};
+inline std::vector<std::wstring> AnyValues(const TextTemplate& text, std::mt19937& random) {
+  std::vector<std::wstring> values(text.places.size());
+  for (std::wstring& value : values) value = AnyText(20, random);
+  return values;
+}
 
 // The text with each of its line breaks as LF.
 inline std::string Lines(const std::wstring& text) {

@@ -19,9 +19,11 @@ struct Result {
   std::string wire;
 };
 
-Result Encoded(const TextPieces& text, IdentityEncoding& encoding) {
+Result Encoded(const TextTemplate& text, const std::vector<std::wstring>& values) {
+  IdentityEncoding encoding;
+  encoding.SetTemplate(text);
   ByteBuffer out;
-  const TransferEncoding needs = encoding.Append(text, out);
+  const TransferEncoding needs = encoding.Append(values, out);
   return {needs, std::string(out.View())};
 }
 
@@ -36,19 +38,7 @@ std::string OnTheWire(const std::wstring& text) {
   return wire;
 }
 
-// Every second piece is constant.
-TextPieces Cut(std::wstring_view text, bool is_first_constant, std::size_t first_size,
-               std::size_t other_size) {
-  TextPieces pieces = {{text.substr(0, first_size), is_first_constant}};
-  text.remove_prefix(pieces.front().text.size());
-  while (!text.empty()) {
-    pieces.push_back({text.substr(0, other_size), !pieces.back().is_constant});
-    text.remove_prefix(pieces.back().text.size());
-  }
-  return pieces;
-}
-
-// Cut in two at each place, and into single characters.
+// Cut into a constant, a value and a constant at each place, and into single characters.
 TEST(IdentityEncodingTest, Texts) {
   using namespace std::string_literals;
   const std::wstring longest(900, L'x');
@@ -80,36 +70,39 @@ TEST(IdentityEncodingTest, Texts) {
       {L"x--=_\n--\n-=_\n--=x\n-- =_\n---=_", kSevenBit},
   };
   for (const Case& test : cases) {
-    std::vector<TextPieces> forms;
-    for (const bool is_first_constant : {false, true}) {
-      forms.push_back(Cut(test.text, is_first_constant, 1, 1));
-      for (std::size_t size = 0; size <= test.text.size(); ++size)
-        forms.push_back(Cut(test.text, is_first_constant, size, test.text.size()));
+    const auto check = [&](const TextTemplate& text, const std::vector<std::wstring>& values) {
+      const Result result = Encoded(text, values);
+      ASSERT_EQ(result.needs, test.needs) << ToUtf8(test.text);
+      if (test.needs != kQuotedPrintable) ASSERT_EQ(result.wire, OnTheWire(test.text));
+    };
+    for (std::size_t cut = 0; cut <= test.text.size(); ++cut) {
+      const std::size_t rest = std::min(cut + cut % 5, test.text.size());
+      check({{test.text.substr(0, cut), test.text.substr(rest)}, {0}},
+            {test.text.substr(cut, rest - cut)});
     }
-    const std::string wire = OnTheWire(test.text);
-    for (const TextPieces& pieces : forms) {
-      IdentityEncoding encoding;
-      for (int message = 0; message < 2; ++message) {
-        const Result result = Encoded(pieces, encoding);
-        ASSERT_EQ(result.needs, test.needs) << ToUtf8(test.text);
-        if (test.needs != kQuotedPrintable) ASSERT_EQ(result.wire, wire);
-      }
+    TextTemplate characters;
+    std::vector<std::wstring> values;
+    for (std::size_t at = 0; at < test.text.size(); at += 2) {
+      characters.constants.back() = test.text.substr(at, 1);
+      characters.constants.emplace_back();
+      characters.places.push_back(values.size());
+      values.push_back(at + 1 < test.text.size() ? test.text.substr(at + 1, 1) : L"");
     }
+    check(characters, values);
+    ByteBuffer out;
+    EXPECT_EQ(IdentityEncoding::AppendText(test.text, out), test.needs);
   }
 }
 
-TEST(IdentityEncodingTest, PiecesComeBackFromEachMessage) {
+TEST(IdentityEncodingTest, EachMessageComesBack) {
   std::mt19937 random(20261116);
-  for (int round = 0; round < 300; ++round) {
-    IdentityEncoding encoding;
-    AnyRun run(random);
-    for (int message = 0; message < 5; ++message) {
-      const TextPieces pieces = run.NextMessage();
-      const std::wstring text = Joined(pieces);
-      const Result result = Encoded(pieces, encoding);
-      ASSERT_EQ(result.wire, OnTheWire(text));
-      ASSERT_EQ(result.needs == kEightBit, ToUtf8(text).size() != text.size());
-    }
+  for (int round = 0; round < 1000; ++round) {
+    const TextTemplate text = AnyTemplate(random);
+    const std::vector<std::wstring> values = AnyValues(text, random);
+    const std::wstring filled = Filled(text, values);
+    const Result result = Encoded(text, values);
+    ASSERT_EQ(result.wire, OnTheWire(filled));
+    ASSERT_EQ(result.needs == kEightBit, ToUtf8(filled).size() != filled.size());
   }
 }
 

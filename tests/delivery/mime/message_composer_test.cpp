@@ -65,11 +65,12 @@ std::string Unstuffed(std::string_view wire) {
   return message;
 }
 
-// A constant piece, a value and a constant piece.
-TextPieces InPieces(std::wstring_view text) {
+// The text with its middle third, or nothing where it is short, as the value of a place.
+TextTemplate WithPlace(const std::wstring& text, std::size_t value,
+                       std::vector<std::wstring>& values) {
   const std::size_t third = text.size() / 3;
-  return {
-      {text.substr(0, third), true}, {text.substr(third, third)}, {text.substr(2 * third), true}};
+  values[value] = text.substr(third, third);
+  return {{text.substr(0, third), text.substr(2 * third)}, {value}};
 }
 
 void Compose(const Kind& kind, bool is_eight_bit_allowed, WireMessage& message) {
@@ -79,14 +80,16 @@ void Compose(const Kind& kind, bool is_eight_bit_allowed, WireMessage& message) 
   composer.SetHtml(!kind.html.empty());
   composer.SetPictures(kind.pictures);
   composer.SetEightBit(is_eight_bit_allowed);
-  composer.Compose({.recipients = {{kind.name, *ParseAddress(kind.address)}},
-                    .subject = kind.subject,
+  std::vector<std::wstring> values(3);
+  composer.SetTemplate({.subject = WithPlace(kind.subject, 0, values),
+                        .body = WithPlace(kind.html.empty() ? kind.body : kind.html, 1, values),
+                        .alternative_body = WithPlace(kind.body, 2, values)});
+  composer.Compose({.recipient = {kind.name, *ParseAddress(kind.address)},
                     .date = {.local = {.date = std::chrono::sys_days(2026y / 11 / 16),
                                        .time_of_day = 15h + 7min + 41s},
                              .utc_offset = -210min},
                     .message_id = "00112233445566778899aabbccddeeff",
-                    .body = InPieces(kind.html.empty() ? kind.body : kind.html),
-                    .alternative = InPieces(kind.body)},
+                    .values = values},
                    message);
 }
 

@@ -5,21 +5,25 @@
 #include <random>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include "tests/delivery/mime/any_text.h"
 
 namespace pxscheduler {
 namespace {
 
-std::string Encoded(const TextPieces& text, QuotedPrintable& encoder) {
+std::string EncodedTemplate(const TextTemplate& text, const std::vector<std::wstring>& values) {
+  QuotedPrintable encoder;
+  encoder.SetTemplate(text);
   ByteBuffer out;
-  encoder.Append(text, out);
+  encoder.Append(values, out);
   return std::string(out.View());
 }
 
 std::string Encoded(std::wstring_view text) {
-  QuotedPrintable encoder;
-  return Encoded({{.text = text}}, encoder);
+  ByteBuffer out;
+  QuotedPrintable::AppendText(text, out);
+  return std::string(out.View());
 }
 
 TEST(QuotedPrintableTest, Texts) {
@@ -79,19 +83,16 @@ TEST(QuotedPrintableTest, AnyTextComesBack) {
   }
 }
 
-TEST(QuotedPrintableTest, PiecesComeBackFromEachMessage) {
+TEST(QuotedPrintableTest, EachMessageComesBack) {
   std::mt19937 random(20261116);
-  for (int round = 0; round < 300; ++round) {
-    QuotedPrintable encoder;
-    AnyRun run(random);
-    for (int message = 0; message < 5; ++message) {
-      const TextPieces pieces = run.NextMessage();
-      ASSERT_EQ(Decoded(Encoded(pieces, encoder)), Lines(Joined(pieces)));
-    }
+  for (int round = 0; round < 1000; ++round) {
+    const TextTemplate text = AnyTemplate(random);
+    const std::vector<std::wstring> values = AnyValues(text, random);
+    ASSERT_EQ(Decoded(EncodedTemplate(text, values)), Lines(Filled(text, values)));
   }
 }
 
-TEST(QuotedPrintableTest, WhereConstantPiecesBegin) {
+TEST(QuotedPrintableTest, WhereConstantsBegin) {
   const std::wstring line(100, L'x');
   const std::string encoded_line = std::string(75, 'x') + "=\r\n" + std::string(25, 'x');
   struct Case {
@@ -118,21 +119,8 @@ TEST(QuotedPrintableTest, WhereConstantPiecesBegin) {
       {L"Ann ", line + L"=", "Ann =\r\n" + encoded_line + "=3D"},
       {L"", line + L"=", encoded_line + "=3D"},
   };
-  for (const Case& test : cases) {
-    QuotedPrintable encoder;
-    const TextPieces pieces = {{test.before, false}, {test.constant, true}};
-    EXPECT_EQ(Encoded(pieces, encoder), test.encoded);
-    EXPECT_EQ(Encoded(pieces, encoder), test.encoded);
-  }
-}
-
-// Each run of a component may have another letter.
-TEST(QuotedPrintableTest, AnotherConstantPieceTakesThePlaceOfTheLast) {
-  QuotedPrintable encoder;
-  const std::wstring first(120, L'a');
-  const std::wstring second(130, L'b');
-  Encoded({{first, true}}, encoder);
-  EXPECT_EQ(Encoded({{second, true}}, encoder), Encoded(second));
+  for (const Case& test : cases)
+    EXPECT_EQ(EncodedTemplate({{L"", test.constant}, {0}}, {test.before}), test.encoded);
 }
 
 }  // namespace

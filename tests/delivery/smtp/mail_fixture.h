@@ -25,8 +25,8 @@ class TestMail {
     component_.SetServerHost(L"127.0.0.1");
     component_.SetServerPort(port);
     component_.SetSenderAddress(L"news@agency.example");
-    component_.SetSubject(L"News");
-    component_.SetBodyText({{.text = L"Hello\n.\nworld\n"}});
+    component_.SetMessageTemplate(
+        {.subject = {{L"News"}, {}}, .body = {{L"Hello\n.\nworld\n"}, {}}, .alternative_body = {}});
   }
 
   SmtpMailComponent& Component() { return component_; }
@@ -41,9 +41,7 @@ class TestMail {
   std::vector<std::int32_t> SendToEach(const std::vector<std::wstring>& addresses) {
     std::vector<std::int32_t> results;
     for (const std::wstring& address : addresses) {
-      component_.ResetRecipients(MailComponent::kAllRecipients);
-      component_.AddRecipient(L"Ann Smith", address, MailComponent::kRecipientTo);
-      component_.Compose();
+      component_.Compose(L"Ann Smith", address, {});
       if (&address != &addresses.front()) results.push_back(component_.AwaitResult());
       component_.Send();
     }

@@ -61,11 +61,8 @@ TEST(DeliveryTest, ComposedMessagesWaitTheirTurn) {
     for (; component.CanComposeMore(); ++composed) {
       ASSERT_LT(composed, 100U);
       const std::wstring name = letter + std::to_wstring(composed);
-      component.SetBodyText({{.text = name}, {.text = more}});
-      component.ResetRecipients(MailComponent::kAllRecipients);
-      component.AddRecipient(L"", composed == 2 ? L"nobody" : name + L"@example.com",
-                             MailComponent::kRecipientTo);
-      component.Compose();
+      component.ComposeTexts(L"", composed == 2 ? L"nobody" : name + L"@example.com",
+                             {.subject = L"", .body = name + more, .alternative_body = L""});
       if (composed != 2) expected.push_back(ToUtf8(name));
     }
     EXPECT_GT(composed, 3U);
@@ -86,10 +83,9 @@ TEST(DeliveryTest, ComposedMessagesWaitTheirTurn) {
 TEST(DeliveryTest, LargeMessagesDoNotWaitForOneAnother) {
   TestMail mail(1);
   SmtpMailComponent& component = mail.Component();
-  const std::wstring text(100000, L'x');
-  component.SetBodyText({{.text = text}});
-  component.AddRecipient(L"", L"ann@example.com", MailComponent::kRecipientTo);
-  component.Compose();
+  component.SetMessageTemplate(
+      {.subject = {}, .body = {{std::wstring(100000, L'x')}, {}}, .alternative_body = {}});
+  component.Compose(L"", L"ann@example.com", {});
   EXPECT_FALSE(component.CanComposeMore());
 }
 
@@ -193,13 +189,10 @@ TEST(DeliveryTest, EightBitOnlyWhereTheServerTakesIt) {
   ScriptedSmtpServer server(eight_bit + R"("faults": [{"at": "MAIL", "do": "close", "nth": 2}]})");
   TestMail mail(server.Port());
   SmtpMailComponent& component = mail.Component();
-  const std::wstring text = L".Gr\u00fc\u00dfe\n.\n";
-  component.SetBodyText({{.text = text}});
-  for (const wchar_t* address : {L"a@example.com", L"b@example.com", L"c@example.com"}) {
-    component.ResetRecipients(MailComponent::kAllRecipients);
-    component.AddRecipient(L"", address, MailComponent::kRecipientTo);
-    component.Compose();
-  }
+  component.SetMessageTemplate(
+      {.subject = {}, .body = {{L".Gr\u00fc\u00dfe\n.\n"}, {}}, .alternative_body = {}});
+  for (const wchar_t* address : {L"a@example.com", L"b@example.com", L"c@example.com"})
+    component.Compose(L"", address, {});
   const auto send = [&] {
     component.Send();
     EXPECT_EQ(component.AwaitResult(), 0);
@@ -207,7 +200,7 @@ TEST(DeliveryTest, EightBitOnlyWhereTheServerTakesIt) {
   send();
   server.SetScript(seven_bit);
   send();
-  component.Compose();
+  component.Compose(L"", L"d@example.com", {});
   EXPECT_TRUE(component.CanComposeMore());
   send();
   send();

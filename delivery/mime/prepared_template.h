@@ -1,0 +1,64 @@
+#pragma once
+
+#include <cstddef>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "delivery/mime/line_breaks.h"
+#include "text/text_template.h"
+
+namespace pxscheduler {
+
+// A template whose constant texts an encoder has encoded once. `Encoded` is what it made of one;
+// its member `rest` is a ByteBuffer with everything from the first line break on.
+template <typename Encoded>
+class PreparedTemplate {
+ public:
+  PreparedTemplate() = default;
+  // `encode` makes an Encoded of a constant text.
+  template <typename Encode>
+  PreparedTemplate(const TextTemplate& text, const Encode& encode) : places_(text.places) {
+    for (const std::wstring& constant : text.constants) {
+      constants_.push_back({.encoded = encode(constant),
+                            .is_empty = constant.empty(),
+                            .begins_with_line_feed = constant.starts_with(L'\n'),
+                            .ends_with_return = constant.ends_with(L'\r')});
+    }
+  }
+
+  // Hands the text to the encoder, part by part: values to its Encode, constants to its Put with
+  // their rest. The LF of a line break whose CR ended the part before is left out.
+  template <typename Encoder>
+  void EncodeWith(std::span<const std::wstring> values, Encoder& encoder) const {
+    bool is_after_return = false;
+    for (std::size_t i = 0; i < constants_.size(); ++i) {
+      if (i > 0) {
+        const std::wstring_view value = values[places_[i - 1]];
+        const bool completes_line_break = is_after_return && value.starts_with(L'\n');
+        encoder.Encode(value.substr(completes_line_break ? 1 : 0));
+        if (!value.empty()) is_after_return = value.ends_with(L'\r');
+      }
+      const Constant& constant = constants_[i];
+      if (constant.is_empty) continue;
+      const bool completes_line_break = is_after_return && constant.begins_with_line_feed;
+      encoder.Put(constant.encoded, constant.encoded.rest.View().substr(
+                                        completes_line_break ? kLineBreak.size() : 0));
+      is_after_return = constant.ends_with_return;
+    }
+  }
+
+ private:
+  struct Constant {
+    Encoded encoded;
+    bool is_empty = false;
+    bool begins_with_line_feed = false;
+    bool ends_with_return = false;
+  };
+
+  std::vector<Constant> constants_;
+  std::vector<std::size_t> places_;
+};
+
+}  // namespace pxscheduler
