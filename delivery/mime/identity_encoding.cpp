@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "delivery/mime/line_breaks.h"
+#include "delivery/mime/text_encoding.h"
 #include "text/utf8.h"
 
 namespace pxscheduler {

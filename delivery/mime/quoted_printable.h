@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "delivery/mime/byte_buffer.h"
-#include "delivery/mime/prepared_template.h"
+#include "delivery/mime/text_encoding.h"
 #include "text/text_template.h"
 
 namespace pxscheduler {

@@ -4,8 +4,8 @@
 #include <string_view>
 #include <utility>
 
-#include "delivery/mime/line_breaks.h"
 #include "delivery/mime/quoted_printable.h"
+#include "delivery/mime/text_encoding.h"
 #include "text/utf8.h"
 
 namespace pxscheduler {

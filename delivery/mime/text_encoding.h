@@ -6,10 +6,22 @@
 #include <string_view>
 #include <vector>
 
-#include "delivery/mime/line_breaks.h"
 #include "text/text_template.h"
 
+// What the two encodings of a text part have in common.
+
 namespace pxscheduler {
+
+// What mail ends a line with. In a text CR LF, LF and a lone CR are line breaks.
+inline constexpr std::string_view kLineBreak = "\r\n";
+
+inline bool IsLineBreak(wchar_t unit) { return unit == L'\n' || unit == L'\r'; }
+
+// Where the text goes on behind the line break at `position`, 0-based.
+inline std::size_t AfterLineBreak(std::wstring_view text, std::size_t position) {
+  const bool is_pair = text[position] == L'\r' && text.substr(position + 1).starts_with(L'\n');
+  return position + (is_pair ? 2 : 1);
+}
 
 // A template whose constant texts an encoder has encoded once. `Encoded` is what it made of one;
 // its member `rest` is a ByteBuffer with everything from the first line break on.
