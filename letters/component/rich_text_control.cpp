@@ -7,8 +7,8 @@
 #include <utility>
 
 #include "letters/html/html_page.h"
+#include "letters/html/html_text.h"
 #include "letters/html/html_writer.h"
-#include "letters/html/inline_writer.h"
 #include "letters/rtf/rtf_reader.h"
 #include "platform/runtime_error.h"
 
@@ -40,57 +40,6 @@ bool BeginsWithMark(std::string_view bytes) {
   if (bytes.starts_with("\xEF\xBB\xBF")) bytes.remove_prefix(3);
   const std::size_t first = bytes.find_first_not_of(" \t\r\n");
   return first != std::string_view::npos && bytes[first] == '<';
-}
-
-std::size_t FindTag(std::string_view html, std::string_view tag) {
-  const auto found = std::search(
-      html.begin(), html.end(), tag.begin(), tag.end(),
-      [](char a, char b) { return (a >= 'A' && a <= 'Z' ? static_cast<char>(a | 0x20) : a) == b; });
-  return found == html.end() ? std::string_view::npos
-                             : static_cast<std::size_t>(found - html.begin());
-}
-
-// An HTML document keeps the layout that its author gave it; only how it is printed is added, where
-// it does not say so itself. What is no whole document becomes one.
-std::string WithPage(const std::string& html, const PageLayout& page) {
-  if (FindTag(html, "<html") == std::string_view::npos ||
-      FindTag(html, "</html>") == std::string_view::npos)
-    return "<html><head><style>" + PageRule(page) + "</style></head><body>\n" + html +
-           "\n</body></html>\n";
-  const std::size_t head_end = FindTag(html, "</head>");
-  if (head_end == std::string_view::npos || FindTag(html, "@page") != std::string_view::npos)
-    return html;
-  std::string with_page = html;
-  return with_page.insert(head_end, "<style>" + PageRule(page) + "</style>\n");
-}
-
-// HTML shows neither tabs nor a blank that begins a line or follows another one.
-std::wstring WithVisibleBlanks(std::wstring_view line) {
-  constexpr std::size_t kTabWidth = 8;
-  std::wstring visible;
-  for (const wchar_t character : line) {
-    const bool unseen = visible.empty() || visible.back() == L' ';
-    if (character == L'\t')
-      visible.append(kTabWidth - visible.size() % kTabWidth, L'\u00A0');
-    else
-      visible += character == L' ' && unseen ? L'\u00A0' : character;
-  }
-  return visible;
-}
-
-// Each line is a paragraph.
-std::string HtmlOfText(std::wstring_view text, const PageLayout& page) {
-  std::string html = HtmlStart(page, {});
-  while (!text.empty()) {
-    const std::size_t end = std::min(text.find_first_of(L"\r\n\f"), text.size());
-    const std::wstring_view line = text.substr(0, end);
-    html += "<p style=\"margin:0\">";
-    AppendEscaped(line.empty() ? L"\u00A0" : WithVisibleBlanks(line), html);
-    html += "</p>\n";
-    text.remove_prefix(end);
-    text.remove_prefix(text.starts_with(L"\r\n") ? 2 : text.empty() ? 0 : 1);
-  }
-  return html + HtmlEnd();
 }
 
 std::wstring Explanation(PictureProblem problem) {
@@ -148,7 +97,7 @@ void RichTextControl::Save(const std::wstring& path, std::int16_t offset, std::i
   if (format != kFormatHtml || offset != 0) throw InvalidProcedureCall();
   std::string html;
   if (const auto* file = std::get_if<HtmlFile>(&document_))
-    html = WithPage(file->bytes, document_page_);
+    html = WithPageRule(file->bytes, document_page_);
   else if (const auto* document = std::get_if<Document>(&document_))
     html = WriteHtml(*document, document_page_);
   else

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <span>
 
+#include "letters/html/prevailing_format.h"
 #include "letters/html/tab_line_writer.h"
 
 namespace pxscheduler {

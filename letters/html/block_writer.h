@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "letters/html/css.h"
-#include "letters/html/inline_writer.h"
+#include "letters/html/run_writer.h"
 #include "letters/html/table_grid.h"
 #include "letters/rtf/document.h"
 

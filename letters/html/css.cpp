@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdio>
 
+#include "text/ascii_case.h"
 #include "text/hexadecimal.h"
 #include "text/utf8.h"
 
@@ -48,9 +49,7 @@ std::string FontFamilies(const Font& font) {
            std::wstring_view(L"'\"\\;<>&{}").find(letter) != std::wstring_view::npos;
   });
   if (name.empty()) return {};
-  const bool plain = std::ranges::all_of(name, [](wchar_t letter) {
-    return (letter >= L'A' && letter <= L'Z') || (letter >= L'a' && letter <= L'z');
-  });
+  const bool plain = std::ranges::all_of(name, IsAsciiLetter<wchar_t>);
   std::string families = plain ? ToUtf8(name) : "'" + ToUtf8(name) + "'";
   switch (font.family) {
     case FontFamily::kSerif:
@@ -108,6 +107,30 @@ void AddBorders(const Borders& borders, Css& css) {
   for (std::size_t side = 0; side < borders.size(); ++side)
     if (borders.at(side).style != BorderStyle::kNone)
       css.Add(kNames.at(side), BorderValue(borders.at(side)));
+}
+
+void AddFont(const Document& document, const CharacterFormat& format, const CharacterFormat& around,
+             Css& css) {
+  if (format.font != around.font) {
+    const std::string families = FontFamilies(document.fonts[format.font]);
+    if (!families.empty()) css.Add("font-family", families);
+  }
+  if (format.half_points != around.half_points)
+    css.Add("font-size", Points(std::int64_t{format.half_points} * 10));
+  if (format.colour != around.colour)
+    css.Add("color", ColourName(format.colour == kAutomatic ? 0 : format.colour));
+  if (format.bold != around.bold) css.Add("font-weight", format.bold ? "bold" : "normal");
+  if (format.italic != around.italic) css.Add("font-style", format.italic ? "italic" : "normal");
+}
+
+void AddDecoration(const CharacterFormat& format, Css& css) {
+  if (format.background != kAutomatic) css.Add("background-color", ColourName(format.background));
+  if (format.underline || format.strike)
+    css.Add("text-decoration", format.underline && format.strike ? "underline line-through"
+                               : format.underline                ? "underline"
+                                                                 : "line-through");
+  if (format.small_capitals) css.Add("font-variant", "small-caps");
+  if (format.capitals) css.Add("text-transform", "uppercase");
 }
 
 }  // namespace pxscheduler

@@ -37,5 +37,10 @@ void AddMargin(std::int64_t top, std::int64_t right, std::int64_t bottom, std::i
                Css& css);
 // Adds what differs from no border at all.
 void AddBorders(const Borders& borders, Css& css);
+// Adds the font, size, colour, weight and slant in which `format` differs from `around`.
+void AddFont(const Document& document, const CharacterFormat& format, const CharacterFormat& around,
+             Css& css);
+// Adds background, underline, strike-through and capitals.
+void AddDecoration(const CharacterFormat& format, Css& css);
 
 }  // namespace pxscheduler

@@ -1,13 +1,20 @@
 #include "letters/html/html_page.h"
 
+#include <cstddef>
+
 #include "letters/html/css.h"
+#include "text/ascii_case.h"
 
 namespace pxscheduler {
+namespace {
 
+// The rule that prints the page as the word processor would.
 std::string PageRule(const PageLayout& page) {
   return "@page{size:" + Points(page.width) + " " + Points(page.height) + ";margin:" +
          FourSides(page.top_margin, page.right_margin, page.bottom_margin, page.left_margin) + "}";
 }
+
+}  // namespace
 
 std::string HtmlStart(const PageLayout& page, const std::string& body_style) {
   // On paper the margins are the page's, not the body's.
@@ -31,5 +38,15 @@ std::string HtmlStart(const PageLayout& page, const std::string& body_style) {
 }
 
 std::string HtmlEnd() { return "</body></html>\n"; }
+
+std::string WithPageRule(const std::string& html, const PageLayout& page) {
+  const std::string style = "<style>" + PageRule(page) + "</style>";
+  const std::string lower = LowerAscii(html);
+  if (lower.find("<html") == std::string::npos || lower.find("</html>") == std::string::npos)
+    return "<html><head>" + style + "</head><body>\n" + html + "\n</body></html>\n";
+  const std::size_t head_end = lower.find("</head>");
+  if (head_end == std::string::npos || lower.find("@page") != std::string::npos) return html;
+  return std::string(html).insert(head_end, style + "\n");
+}
 
 }  // namespace pxscheduler

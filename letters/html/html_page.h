@@ -11,7 +11,8 @@ namespace pxscheduler {
 std::string HtmlStart(const PageLayout& page, const std::string& body_style);
 std::string HtmlEnd();
 
-// The rule that prints a page as the word processor would: "@page{...}".
-std::string PageRule(const PageLayout& page);
+// An HTML file in any encoding that extends ASCII, to be printed on this page unless it names a
+// page itself. Its own layout stays. A fragment becomes a whole file.
+std::string WithPageRule(const std::string& html, const PageLayout& page);
 
 }  // namespace pxscheduler

@@ -22,9 +22,10 @@ constexpr std::size_t kLongestPart = std::size_t{1} << 30;
 
 std::string_view View(const xmlChar* text) { return reinterpret_cast<const char*>(text); }
 
-class Reading {
+class SaxAdapter {
  public:
-  Reading(htmlParserCtxtPtr context, HtmlHandler& handler) : context_(context), handler_(handler) {}
+  SaxAdapter(htmlParserCtxtPtr context, HtmlHandler& handler)
+      : context_(context), handler_(handler) {}
 
   void Start(std::string_view name, const xmlChar** attributes) {
     if (stopped_at_ != 0) return;
@@ -72,16 +73,16 @@ class Reading {
   std::size_t stopped_at_ = 0;
 };
 
-void StartElement(void* reading, const xmlChar* name, const xmlChar** attributes) {
-  static_cast<Reading*>(reading)->Start(View(name), attributes);
+void StartElement(void* adapter, const xmlChar* name, const xmlChar** attributes) {
+  static_cast<SaxAdapter*>(adapter)->Start(View(name), attributes);
 }
 
-void EndElement(void* reading, const xmlChar* name) {
-  static_cast<Reading*>(reading)->End(View(name));
+void EndElement(void* adapter, const xmlChar* name) {
+  static_cast<SaxAdapter*>(adapter)->End(View(name));
 }
 
-void Characters(void* reading, const xmlChar* text, int length) {
-  static_cast<Reading*>(reading)->Text(text, length);
+void Characters(void* adapter, const xmlChar* text, int length) {
+  static_cast<SaxAdapter*>(adapter)->Text(text, length);
 }
 
 // Returns the bytes that were read.
@@ -90,20 +91,20 @@ std::size_t ParsePart(std::string_view html, HtmlHandler& handler) {
   const std::unique_ptr<htmlParserCtxt, decltype(&htmlFreeParserCtxt)> context(htmlNewParserCtxt(),
                                                                                htmlFreeParserCtxt);
   if (context == nullptr) return html.size();
-  Reading reading(context.get(), handler);
+  SaxAdapter adapter(context.get(), handler);
   htmlSAXHandler callbacks{};
   callbacks.startElement = StartElement;
   callbacks.endElement = EndElement;
   callbacks.characters = Characters;
   callbacks.ignorableWhitespace = Characters;
   *context->sax = callbacks;
-  context->userData = &reading;
+  context->userData = &adapter;
   htmlCtxtReadMemory(context.get(), html.data(), static_cast<int>(html.size()), nullptr, "UTF-8",
                      HTML_PARSE_RECOVER | HTML_PARSE_NOERROR | HTML_PARSE_NOWARNING |
                          HTML_PARSE_NONET | HTML_PARSE_IGNORE_ENC);
-  reading.CloseDownTo(0);
-  if (reading.StoppedAt() == 0 || reading.StoppedAt() >= html.size()) return html.size();
-  return std::max<std::size_t>(1, reading.StoppedAt());
+  adapter.CloseDownTo(0);
+  if (adapter.StoppedAt() == 0 || adapter.StoppedAt() >= html.size()) return html.size();
+  return std::max<std::size_t>(1, adapter.StoppedAt());
 }
 
 }  // namespace

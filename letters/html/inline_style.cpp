@@ -8,6 +8,8 @@
 #include <utility>
 #include <vector>
 
+#include "text/ascii_case.h"
+
 namespace pxscheduler {
 namespace {
 
@@ -16,8 +18,7 @@ std::wstring Simplified(std::wstring_view text) {
   for (const wchar_t character : text) {
     const bool blank = character == L' ' || (character >= L'\t' && character <= L'\r');
     if (blank && (simplified.empty() || simplified.back() == L' ')) continue;
-    const bool capital = character >= L'A' && character <= L'Z';
-    simplified += blank ? L' ' : capital ? static_cast<wchar_t>(character | 0x20) : character;
+    simplified += blank ? L' ' : LowerAscii(character);
   }
   if (simplified.ends_with(L' ')) simplified.pop_back();
   return simplified;

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "letters/html/body_file.h"
-#include "letters/html/inline_pictures.h"
+#include "letters/html/embedded_pictures.h"
 #include "letters/html/plain_text.h"
 #include "platform/runtime_error.h"
 #include "text/text.h"
@@ -20,7 +20,7 @@ std::optional<Letter> ReadLetter(System& system, const CodePages& code_pages,
   }
   Letter letter{.body = DecodeBodyFile(bytes, code_pages), .plain_text = {}, .pictures = {}};
   if (IsHtmlDocument(letter.body)) {
-    letter.pictures = TakePictures(letter.body, converted.DocumentOf(path), system);
+    letter.pictures = EmbedPictures(letter.body, converted.DocumentOf(path), system);
     letter.plain_text = PlainTextOfHtml(letter.body);
   } else {
     letter.plain_text = letter.body;

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <vector>
 
+#include "text/ascii_case.h"
 #include "text/hexadecimal.h"
 #include "text/utf8.h"
 
@@ -58,9 +59,8 @@ std::optional<std::wstring> Resolved(std::wstring path) {
 
 bool StartsWithoutCase(std::wstring_view text, std::wstring_view lower) {
   return text.size() >= lower.size() &&
-         std::equal(lower.begin(), lower.end(), text.begin(), [](wchar_t a, wchar_t b) {
-           return a == (b >= L'A' && b <= L'Z' ? static_cast<wchar_t>(b | 0x20) : b);
-         });
+         std::equal(lower.begin(), lower.end(), text.begin(),
+                    [](wchar_t a, wchar_t b) { return a == LowerAscii(b); });
 }
 
 std::optional<NamedFile> FileOfAddress(std::wstring_view address) {

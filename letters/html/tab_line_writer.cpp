@@ -3,7 +3,7 @@
 #include <string_view>
 
 #include "letters/html/css.h"
-#include "letters/html/inline_writer.h"
+#include "letters/html/run_writer.h"
 
 namespace pxscheduler {
 namespace {

@@ -16,23 +16,16 @@ struct TextBlock {
   bool preformatted = false;  // lines stay as they are
 };
 
-struct TextCell {
-  std::vector<TextBlock> blocks;
-  std::size_t column_span = 1;
-  std::size_t row_span = 1;
-  bool header = false;
-  bool right_aligned = false;
-};
-
-using TextTable = std::vector<std::vector<TextCell>>;
-
 // The blocks as lines without line ends. Lines are filled up to `width` characters; a longer one
 // holds a single word or a single bracketed token with the indentation before it.
 std::vector<std::wstring> LayOut(const std::vector<TextBlock>& blocks, std::size_t width);
 
-// The table as blocks: one preformatted block of aligned columns where they fit in `width`
-// characters and no row becomes too high to be read across, else the cells one below the other.
-// Rows stand apart from what is before them; a single row does not.
-std::vector<TextBlock> LayOutTable(TextTable table, std::size_t width);
+// How wide the blocks are, indents included, in characters.
+struct TextWidth {
+  std::size_t natural = 0;  // no line broken
+  std::size_t least = 0;    // a line broken at every blank
+};
+
+TextWidth WidthOf(const std::vector<TextBlock>& blocks);
 
 }  // namespace pxscheduler

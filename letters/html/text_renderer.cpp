@@ -5,11 +5,15 @@
 
 #include "letters/html/html_elements.h"
 #include "letters/html/link_text.h"
+#include "letters/rtf/list_marker.h"
+#include "text/bracket_token.h"
 
 namespace pxscheduler {
 namespace {
 
 constexpr std::size_t kDeepestTable = 8;
+constexpr std::size_t kDeepestIndent = 40;
+constexpr int kMostBlankLines = 2;
 
 bool IsWhiteSpace(wchar_t character) {
   return character == L' ' || (character >= L'\t' && character <= L'\r');
@@ -139,6 +143,96 @@ void TextRenderer::Close(std::string_view name) {
     else if (!tables_.empty())
       CloseCell();
   }
+}
+
+void TextRenderer::Break() {
+  std::wstring& text = flows_.back().text;
+  if (text.ends_with(L' ')) text.pop_back();
+  text += L'\n';
+}
+
+void TextRenderer::OpenItem(const HtmlAttributes& attributes) {
+  std::wstring marker = L"* ";
+  if (!lists_.empty() && lists_.back().numbered) {
+    List& list = lists_.back();
+    list.next = NumberAttribute(attributes, "value", list.next);
+    marker = ListNumber(list.next++, list.style) + L". ";
+  }
+  Indent(marker.size());
+  marker_ = marker;
+}
+
+std::wstring TextRenderer::IndentText() const {
+  std::size_t width = 0;
+  const std::size_t outside = indents_outside_.empty() ? 0 : indents_outside_.back();
+  for (std::size_t i = indents_.size(); i > outside && width < kDeepestIndent; --i)
+    width += indents_[i - 1];
+  std::wstring blanks(std::min(width, kDeepestIndent), L' ');
+  return blanks;
+}
+
+void TextRenderer::AddBlock(std::wstring text, bool preformatted) {
+  Flow& flow = flows_.back();
+  TextBlock block;
+  block.text = std::move(text);
+  block.rest_indent = IndentText();
+  block.first_indent = block.rest_indent;
+  if (marker_) {
+    const std::size_t room = std::min(marker_->size(), block.first_indent.size());
+    block.first_indent.replace(block.first_indent.size() - room, room, *marker_);
+    marker_.reset();
+  }
+  block.blank_lines_before = std::min(flow.blank_lines, kMostBlankLines);
+  block.preformatted = preformatted;
+  flow.blank_lines = 0;
+  flow.blocks.push_back(std::move(block));
+}
+
+void TextRenderer::FinishParagraph() {
+  Flow& flow = flows_.back();
+  std::wstring text = std::exchange(flow.text, {});
+  for (Link& link : links_)
+    if (link.flow == flows_.size()) link.start = 0;
+  if (preformatted_ > 0) {
+    if (text.starts_with(L'\n')) text.erase(0, 1);
+    if (text.ends_with(L'\n')) text.pop_back();
+    if (!text.empty()) AddBlock(std::move(text), true);
+    return;
+  }
+  if (text.ends_with(L'\n')) text.pop_back();  // a break at the end of a block shows nothing
+  if (text.find_first_not_of(L" \n") == std::wstring::npos) {
+    flow.blank_lines += static_cast<int>(std::ranges::count(text, L'\n'));
+    return;
+  }
+  if (text.find_first_not_of(L" \n\u00A0") == std::wstring::npos) {
+    ++flow.blank_lines;
+    return;
+  }
+  AddBlock(std::move(text), false);
+}
+
+void TextRenderer::UnderlineHeading(wchar_t underline) {
+  std::vector<TextBlock>& blocks = flows_.back().blocks;
+  if (underline == 0 || blocks.empty() || blocks.back().preformatted) return;
+  // The length of a heading with a token in it is not known yet.
+  const std::wstring& text = blocks.back().text;
+  for (std::size_t i = text.find(L'['); i != std::wstring::npos; i = text.find(L'[', i + 1))
+    if (BracketTokenLength(std::wstring_view(text).substr(i)) > 0) return;
+  blocks.back().underline = underline;
+}
+
+void TextRenderer::CloseLink() {
+  if (links_.empty()) return;
+  const Link link = std::move(links_.back());
+  links_.pop_back();
+  if (link.address.empty() || link.flow != flows_.size()) return;
+  std::wstring& text = flows_.back().text;
+  const std::wstring_view shown(text);
+  if (NamesAddress(shown.substr(std::min(link.start, text.size())), link.address)) return;
+  const bool blank_after = text.ends_with(L' ');
+  if (!text.empty() && !blank_after && text.back() != L'\n') text += L' ';
+  text += L"<" + link.address + L">";
+  if (blank_after) text += L' ';
 }
 
 }  // namespace pxscheduler

@@ -9,6 +9,7 @@
 #include "letters/html/html_parser.h"
 #include "letters/html/inline_style.h"
 #include "letters/html/text_layout.h"
+#include "letters/html/text_table.h"
 
 namespace pxscheduler {
 

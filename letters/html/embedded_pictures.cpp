@@ -1,4 +1,4 @@
-#include "letters/html/inline_pictures.h"
+#include "letters/html/embedded_pictures.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -7,7 +7,7 @@
 #include <string_view>
 #include <utility>
 
-#include "letters/html/html_attributes.h"
+#include "letters/html/attribute_replacement.h"
 #include "letters/html/named_file.h"
 #include "platform/runtime_error.h"
 #include "text/base64.h"
@@ -57,9 +57,9 @@ std::string Hash(std::string_view bytes) {  // FNV-1a, 64 bits
   return digits;
 }
 
-class Taking {
+class PictureEmbedder {
  public:
-  Taking(const std::wstring& path, System& system) : path_(path), system_(system) {
+  PictureEmbedder(const std::wstring& path, System& system) : path_(path), system_(system) {
     const std::size_t end = path.find_last_of(L"\\/");
     folder_ = end == std::wstring::npos ? L"" : path.substr(0, end + 1);
   }
@@ -144,17 +144,17 @@ class Taking {
 
 }  // namespace
 
-std::vector<LetterPicture> TakePictures(std::wstring& html, const std::wstring& path,
-                                        System& system) {
-  Taking taking(path, system);
+std::vector<LetterPicture> EmbedPictures(std::wstring& html, const std::wstring& path,
+                                         System& system) {
+  PictureEmbedder embedder(path, system);
   ReplaceAttributes(html,
                     [&](std::wstring_view tag, std::wstring_view attribute,
                         std::wstring_view value) -> std::wstring {
                       const bool picture =
                           (tag == L"img" && attribute == L"src") || attribute == L"background";
-                      return picture ? taking.Replacement(value) : std::wstring();
+                      return picture ? embedder.Replacement(value) : std::wstring();
                     });
-  return taking.Parts();
+  return embedder.Parts();
 }
 
 }  // namespace pxscheduler

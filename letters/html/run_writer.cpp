@@ -1,11 +1,12 @@
-#include "letters/html/inline_writer.h"
+#include "letters/html/run_writer.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <map>
 #include <utility>
 
+#include "letters/html/css.h"
+#include "letters/html/html_text.h"
 #include "letters/html/tab_line.h"
 #include "letters/html/text_width.h"
 #include "text/base64.h"
@@ -16,31 +17,11 @@ namespace {
 
 constexpr std::size_t kMostTabBlanks = 80;
 
-CharacterFormat FontOnly(const CharacterFormat& format) {
-  CharacterFormat font;
-  font.font = format.font;
-  font.half_points = format.half_points;
-  font.colour = format.colour;
-  font.bold = format.bold;
-  font.italic = format.italic;
-  return font;
-}
-
 // An element around text, and what ends it. Both are empty where none is needed.
 struct Tag {
   std::string start;
   std::string end;
 };
-
-void AddDecoration(const CharacterFormat& format, Css& css) {
-  if (format.background != kAutomatic) css.Add("background-color", ColourName(format.background));
-  if (format.underline || format.strike)
-    css.Add("text-decoration", format.underline && format.strike ? "underline line-through"
-                               : format.underline                ? "underline"
-                                                                 : "line-through");
-  if (format.small_capitals) css.Add("font-variant", "small-caps");
-  if (format.capitals) css.Add("text-transform", "uppercase");
-}
 
 Tag ElementTag(const std::string& name, const Css& css) {
   return {"<" + name + css.Attribute() + ">", "</" + name + ">"};
@@ -148,7 +129,7 @@ class RunWriter {
     if (format.background == link_format_.background) difference.background = kAutomatic;
     difference.underline = format.underline && !link_format_.underline;
     difference.strike = format.strike && !link_format_.strike;
-    return TagOf(document_, difference, FontOnly(link_format_));
+    return TagOf(document_, difference, link_format_);
   }
 
   void Open(Tag& element, Tag tag) {
@@ -242,50 +223,6 @@ class RunWriter {
 };
 
 }  // namespace
-
-void AppendEscaped(std::wstring_view text, std::string& html) {
-  std::size_t plain = 0;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const std::string_view entity = text[i] == L'&'        ? "&amp;"
-                                    : text[i] == L'<'      ? "&lt;"
-                                    : text[i] == L'>'      ? "&gt;"
-                                    : text[i] == L'"'      ? "&quot;"
-                                    : text[i] == L'\u00A0' ? "&nbsp;"
-                                                           : "";
-    if (entity.empty()) continue;
-    AppendUtf8(text.substr(plain, i - plain), html);
-    html += entity;
-    plain = i + 1;
-  }
-  AppendUtf8(text.substr(plain), html);
-}
-
-CharacterFormat PrevailingFormat(const Document& document, const Paragraph& paragraph,
-                                 const CharacterFormat& otherwise) {
-  std::map<CharacterFormat, std::uint32_t> lengths;
-  for (std::uint32_t i = 0; i < paragraph.run_count; ++i) {
-    const Run& run = document.runs[paragraph.first_run + i];
-    if (run.kind != Run::Kind::kText) continue;
-    if (paragraph.run_count == 1) return FontOnly(document.character_formats[run.format]);
-    lengths[FontOnly(document.character_formats[run.format])] += run.length;
-  }
-  if (lengths.empty()) return FontOnly(otherwise);
-  return std::ranges::max_element(lengths, {}, [](const auto& each) { return each.second; })->first;
-}
-
-void AddFont(const Document& document, const CharacterFormat& format, const CharacterFormat& around,
-             Css& css) {
-  if (format.font != around.font) {
-    const std::string families = FontFamilies(document.fonts[format.font]);
-    if (!families.empty()) css.Add("font-family", families);
-  }
-  if (format.half_points != around.half_points)
-    css.Add("font-size", Points(std::int64_t{format.half_points} * 10));
-  if (format.colour != around.colour)
-    css.Add("color", ColourName(format.colour == kAutomatic ? 0 : format.colour));
-  if (format.bold != around.bold) css.Add("font-weight", format.bold ? "bold" : "normal");
-  if (format.italic != around.italic) css.Add("font-style", format.italic ? "italic" : "normal");
-}
 
 std::set<std::wstring> LinkedPlaces(const Document& document) {
   std::set<std::wstring> places;

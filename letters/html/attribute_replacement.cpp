@@ -1,28 +1,24 @@
-#include "letters/html/html_attributes.h"
+#include "letters/html/attribute_replacement.h"
 
 #include <algorithm>
 
-#include "letters/html/link_text.h"
+#include "text/ascii_case.h"
 
 namespace pxscheduler {
 namespace {
 
 constexpr std::wstring_view kBlanks = L" \t\r\n\f";
 
-bool IsLetter(wchar_t character) {
-  return (character >= L'a' && character <= L'z') || (character >= L'A' && character <= L'Z');
-}
-
 // Reads tags and copies the document, with values replaced.
-class Copying {
+class AttributeReplacer {
  public:
-  explicit Copying(std::wstring_view html) : html_(html) {}
+  explicit AttributeReplacer(std::wstring_view html) : html_(html) {}
 
   template <typename Replace>
   std::wstring Copy(const Replace& replace) {
     for (at_ = html_.find(L'<'); at_ != std::wstring_view::npos; at_ = html_.find(L'<', at_)) {
       ++at_;
-      if (at_ < html_.size() && IsLetter(html_[at_])) CopyTag(replace);
+      if (at_ < html_.size() && IsAsciiLetter(html_[at_])) CopyTag(replace);
     }
     copy_ += html_.substr(copied_);
     return std::move(copy_);
@@ -41,12 +37,12 @@ class Copying {
 
   template <typename Replace>
   void CopyTag(const Replace& replace) {
-    const std::wstring tag = Lowered(Take(L" \t\r\n\f/>"));
+    const std::wstring tag = LowerAscii(Take(L" \t\r\n\f/>"));
     for (;;) {
       at_ = std::min(html_.find_first_not_of(L" \t\r\n\f/", at_), html_.size());
       if (at_ == html_.size() || At(L'>')) return;
       const std::size_t begin = at_;
-      const std::wstring name = Lowered(Take(L" \t\r\n\f/>="));
+      const std::wstring name = LowerAscii(Take(L" \t\r\n\f/>="));
       SkipBlanks();
       if (!At(L'=')) {
         if (at_ == begin) ++at_;
@@ -82,7 +78,7 @@ void ReplaceAttributes(
     std::wstring& html,
     const std::function<std::wstring(std::wstring_view tag, std::wstring_view attribute,
                                      std::wstring_view value)>& replace) {
-  html = Copying(html).Copy(replace);
+  html = AttributeReplacer(html).Copy(replace);
 }
 
 }  // namespace pxscheduler

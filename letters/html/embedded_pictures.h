@@ -16,7 +16,7 @@ namespace pxscheduler {
 // Addresses of any other scheme stay as they are, and so do those that hold a bracketed token. A
 // file that cannot be read, that is no picture or that lies outside the folder of `path`, be it by
 // way of a link, stays as it is too, and one line of System::Warn says so.
-std::vector<LetterPicture> TakePictures(std::wstring& html, const std::wstring& path,
-                                        System& system);
+std::vector<LetterPicture> EmbedPictures(std::wstring& html, const std::wstring& path,
+                                         System& system);
 
 }  // namespace pxscheduler

@@ -1,4 +1,4 @@
-#include "letters/html/inline_pictures.h"
+#include "letters/html/embedded_pictures.h"
 
 #include <gtest/gtest.h>
 
@@ -14,9 +14,9 @@ const std::string kPng = "\x89PNG\r\n\x1A\n.";
 const std::string kGif = "GIF89a.";
 constexpr const wchar_t* kData = L"data:image/png;base64,iVBORw0KGgou";
 
-class InlinePictures : public testing::Test {
+class EmbeddedPictures : public testing::Test {
  protected:
-  InlinePictures() {
+  EmbeddedPictures() {
     system_.files[L"C:\\Letters\\logo.png"] = kPng;
     system_.files[L"C:\\Letters\\img\\a b.gif"] = kGif;
     system_.files[L"C:\\Letters\\notes.txt"] = "text";
@@ -29,8 +29,8 @@ class InlinePictures : public testing::Test {
   }
 
   // The document with each "cid:" address cut down to "cid:" and its number.
-  std::wstring Taken(std::wstring html) {
-    parts_ = TakePictures(html, L"C:\\Letters\\may.htm", system_);
+  std::wstring Embedded(std::wstring html) {
+    parts_ = EmbedPictures(html, L"C:\\Letters\\may.htm", system_);
     for (std::size_t at = html.find(L"cid:picture"); at != std::wstring::npos;
          at = html.find(L"cid:picture", at + 1))
       html.replace(at + 4, html.find(L'"', at) - at - 4, html.substr(at + 11, 1));
@@ -41,9 +41,9 @@ class InlinePictures : public testing::Test {
   std::vector<LetterPicture> parts_;
 };
 
-TEST_F(InlinePictures, TakesFilesOfTheFolderAndData) {
+TEST_F(EmbeddedPictures, EmbedsFilesOfTheFolderAndData) {
   EXPECT_EQ(
-      Taken(
+      Embedded(
           std::wstring(L"<IMG alt=\"a > b\" SRC='logo.png'><img src=img/a%20b.gif?v=1>"
                        L"<img src=\"") +
           kData +
@@ -58,27 +58,27 @@ TEST_F(InlinePictures, TakesFilesOfTheFolderAndData) {
   EXPECT_TRUE(system_.warnings.empty());
 }
 
-TEST_F(InlinePictures, LeavesEverythingElse) {
+TEST_F(EmbeddedPictures, LeavesEverythingElse) {
   for (const wchar_t* html :
        {L"<img src=\"https://a.example/logo.png\">", L"<img src=\"//a.example/logo.png\">",
         L"<img src=\"cid:x@y\">", L"<img src=\"[Number].png\">", L"<img src>", L"<img src=''>",
         L"<a href=\"logo.png\">", L"<img src=\"logo.png", L"<img src", L"< img src=\"logo.png\">",
         L"<img src=\"data:text/plain;base64,aGVsbG8=\">", L"<img src=\"data:image/png,x\">"})
-    EXPECT_EQ(Taken(html), html);
+    EXPECT_EQ(Embedded(html), html);
   EXPECT_TRUE(system_.warnings.empty());
   EXPECT_TRUE(parts_.empty());
 }
 
 // The folder of the letter may itself be reached by a link.
-TEST_F(InlinePictures, TakesFilesOfALinkedFolder) {
+TEST_F(EmbeddedPictures, EmbedsFilesOfALinkedFolder) {
   system_.links[L"C:\\Letters\\"] = L"C:\\Letters of others";
   system_.folders.insert(L"C:\\Letters of others");
-  EXPECT_EQ(Taken(L"<img src=beside.png><img src=logo.png>"),
+  EXPECT_EQ(Embedded(L"<img src=beside.png><img src=logo.png>"),
             L"<img src=\"cid:1\"><img src=logo.png>");
   EXPECT_EQ(system_.warnings.size(), 1U);
 }
 
-TEST_F(InlinePictures, WarnsOnceOfAFileThatStays) {
+TEST_F(EmbeddedPictures, WarnsOnceOfAFileThatStays) {
   for (const wchar_t* name :
        {L"missing.png", L"notes.txt", L"../secret.png", L"img\\..\\..\\secret.png",
         L"C:\\secret.png", L"file:///C:/secret.png", L"file:///C:/Letters/../secret.png",
@@ -86,7 +86,7 @@ TEST_F(InlinePictures, WarnsOnceOfAFileThatStays) {
         L"file:///C:/Letters/outside.png"}) {
     system_.warnings.clear();
     const std::wstring html = L"<img src=\"" + std::wstring(name) + L"\">";
-    EXPECT_EQ(Taken(html + html), html + html);
+    EXPECT_EQ(Embedded(html + html), html + html);
     EXPECT_EQ(system_.warnings.size(), 1U) << ToUtf8(name);
     EXPECT_TRUE(parts_.empty());
   }
