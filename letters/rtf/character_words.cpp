@@ -1,92 +1,85 @@
 #include <algorithm>
+#include <string>
 
-#include "letters/rtf/reading.h"
+#include "letters/rtf/control_words.h"
+#include "letters/rtf/rtf_parser.h"
 
 namespace pxscheduler {
 namespace {
 
-void SetUnderline(Reading& reading, const Word& word) {
-  reading.state.character.underline = word.On();
+template <bool CharacterFormat::*kFlag>
+void SetFlag(RtfParser& parser, const Parameter& parameter) {
+  parser.state.character.*kFlag = parameter.On();
 }
 
-void SetBackground(Reading& reading, const Word& word) {
-  reading.state.character.background = reading.ColourNumber(word.Or(0));
+void SetBackground(RtfParser& parser, const Parameter& parameter) {
+  parser.state.character.background = parser.ColourNumber(parameter.Number());
 }
 
-void SetPosition(Reading& reading, TextPosition position, bool on) {
-  reading.state.character.position = on ? position : TextPosition::kBaseline;
+template <TextPosition kPosition>
+void SetPosition(RtfParser& parser, const Parameter& parameter) {
+  parser.state.character.position = parameter.Or(1) > 0 ? kPosition : TextPosition::kBaseline;
 }
 
-// Characters that have a word of their own.
-template <char16_t... kCharacters>
-void Append(Reading& reading, const Word&) {
-  static constexpr wchar_t kText[] = {static_cast<wchar_t>(kCharacters)..., L'\0'};
-  reading.AppendText(kText);
+// A character that has a word of its own.
+template <char16_t kCharacter>
+void Append(RtfParser& parser, const Parameter&) {
+  parser.AppendText(std::wstring(1, static_cast<wchar_t>(kCharacter)));
 }
 
 }  // namespace
 
-void AddCharacterWords(WordTable& words) {
-  const auto add = [&](std::string_view name, void (*apply)(Reading&, const Word&)) {
-    words[name] = {apply, false};
-  };
-  add("plain", [](Reading& r, const Word&) { r.ResetCharacter(); });
-  add("f", [](Reading& r, const Word& w) {
-    if (r.state.destination == Destination::kFontTable)
-      r.font.number = w.Or(0);
+void AddCharacterWords(ControlWords& words) {
+  words.Add("plain", [](RtfParser& p, const Parameter&) { p.ResetCharacter(); });
+  words.Add("f", [](RtfParser& p, const Parameter& n) {
+    if (p.state.destination == Destination::kFontTable)
+      p.font.number = n.Number();
     else
-      r.SetFont(w.Or(0));
+      p.SetFont(n.Number());
   });
-  add("fs", [](Reading& r, const Word& w) {
-    r.state.character.half_points = static_cast<std::uint16_t>(std::clamp(w.Or(24), 1, 3276));
+  words.Add("fs", [](RtfParser& p, const Parameter& n) {
+    p.state.character.half_points = static_cast<std::uint16_t>(std::clamp(n.Or(24), 1, 3276));
   });
-  add("b", [](Reading& r, const Word& w) { r.state.character.bold = w.On(); });
-  add("i", [](Reading& r, const Word& w) { r.state.character.italic = w.On(); });
-  add("strike", [](Reading& r, const Word& w) { r.state.character.strike = w.On(); });
-  add("striked", [](Reading& r, const Word& w) { r.state.character.strike = w.On(); });
-  add("scaps", [](Reading& r, const Word& w) { r.state.character.small_capitals = w.On(); });
-  add("caps", [](Reading& r, const Word& w) { r.state.character.capitals = w.On(); });
-  add("v", [](Reading& r, const Word& w) { r.state.character.hidden = w.On(); });
-  add("deleted", [](Reading& r, const Word& w) { r.state.character.hidden = w.On(); });
-  for (const char* underline :
-       {"ul", "uld", "uldash", "uldashd", "uldashdd", "uldb", "ulhwave", "ulldash", "ulth", "ulthd",
-        "ulthdash", "ulthdashd", "ulthdashdd", "ulthldash", "ululdbwave", "ulw", "ulwave"})
-    add(underline, SetUnderline);
-  add("ulnone", [](Reading& r, const Word&) { r.state.character.underline = false; });
-  add("super",
-      [](Reading& r, const Word& w) { SetPosition(r, TextPosition::kSuperscript, w.On()); });
-  add("sub", [](Reading& r, const Word& w) { SetPosition(r, TextPosition::kSubscript, w.On()); });
-  add("nosupersub", [](Reading& r, const Word&) { SetPosition(r, TextPosition::kBaseline, true); });
-  add("up",
-      [](Reading& r, const Word& w) { SetPosition(r, TextPosition::kSuperscript, w.Or(6) > 0); });
-  add("dn",
-      [](Reading& r, const Word& w) { SetPosition(r, TextPosition::kSubscript, w.Or(6) > 0); });
-  add("cf", [](Reading& r, const Word& w) { r.state.character.colour = r.ColourNumber(w.Or(0)); });
-  add("cb", SetBackground);
-  add("chcbpat", SetBackground);
-  add("highlight", SetBackground);
+  words.Add("b", SetFlag<&CharacterFormat::bold>);
+  words.Add("i", SetFlag<&CharacterFormat::italic>);
+  words.Add({"strike", "striked"}, SetFlag<&CharacterFormat::strike>);
+  words.Add("scaps", SetFlag<&CharacterFormat::small_capitals>);
+  words.Add("caps", SetFlag<&CharacterFormat::capitals>);
+  words.Add({"v", "deleted"}, SetFlag<&CharacterFormat::hidden>);
+  words.Add(
+      {"ul", "uld", "uldash", "uldashd", "uldashdd", "uldb", "ulhwave", "ulldash", "ulth", "ulthd",
+       "ulthdash", "ulthdashd", "ulthdashdd", "ulthldash", "ululdbwave", "ulw", "ulwave"},
+      SetFlag<&CharacterFormat::underline>);
+  words.Add("ulnone", [](RtfParser& p, const Parameter&) { p.state.character.underline = false; });
+  words.Add({"super", "up"}, SetPosition<TextPosition::kSuperscript>);
+  words.Add({"sub", "dn"}, SetPosition<TextPosition::kSubscript>);
+  words.Add("nosupersub", SetPosition<TextPosition::kBaseline>);
+  words.Add("cf", [](RtfParser& p, const Parameter& n) {
+    p.state.character.colour = p.ColourNumber(n.Number());
+  });
+  words.Add({"cb", "chcbpat", "highlight"}, SetBackground);
 
-  add("tab", Append<u'\t'>);
-  add("line", Append<u'\n'>);
-  add("lbr", Append<u'\n'>);
-  add("emdash", Append<u'\u2014'>);
-  add("endash", Append<u'\u2013'>);
-  add("emspace", Append<u'\u2003'>);
-  add("enspace", Append<u'\u2002'>);
-  add("qmspace", Append<u'\u2005'>);
-  add("bullet", Append<u'\u2022'>);
-  add("lquote", Append<u'\u2018'>);
-  add("rquote", Append<u'\u2019'>);
-  add("ldblquote", Append<u'\u201C'>);
-  add("rdblquote", Append<u'\u201D'>);
-  add("zwj", Append<u'\u200D'>);
-  add("zwnj", Append<u'\u200C'>);
-  add("zwbo", Append<u'\u200B'>);
-  add("ltrmark", Append<u'\u200E'>);
-  add("rtlmark", Append<u'\u200F'>);
-  add("u", [](Reading& r, const Word& w) { r.AppendUnicode(w.Or(0)); });
-  add("uc",
-      [](Reading& r, const Word& w) { r.state.unicode_fallback = std::clamp(w.Or(1), 0, 100); });
+  words.Add("tab", Append<u'\t'>);
+  words.Add({"line", "lbr"}, Append<u'\n'>);
+  words.Add("emdash", Append<u'\u2014'>);
+  words.Add("endash", Append<u'\u2013'>);
+  words.Add("emspace", Append<u'\u2003'>);
+  words.Add("enspace", Append<u'\u2002'>);
+  words.Add("qmspace", Append<u'\u2005'>);
+  words.Add("bullet", Append<u'\u2022'>);
+  words.Add("lquote", Append<u'\u2018'>);
+  words.Add("rquote", Append<u'\u2019'>);
+  words.Add("ldblquote", Append<u'\u201C'>);
+  words.Add("rdblquote", Append<u'\u201D'>);
+  words.Add("zwj", Append<u'\u200D'>);
+  words.Add("zwnj", Append<u'\u200C'>);
+  words.Add("zwbo", Append<u'\u200B'>);
+  words.Add("ltrmark", Append<u'\u200E'>);
+  words.Add("rtlmark", Append<u'\u200F'>);
+  words.Add("u", [](RtfParser& p, const Parameter& n) { p.AppendUnicode(n.Number()); });
+  words.Add("uc", [](RtfParser& p, const Parameter& n) {
+    p.state.unicode_fallback = std::clamp(n.Or(1), 0, 100);
+  });
 }
 
 }  // namespace pxscheduler

@@ -2,111 +2,107 @@
 #include <string>
 #include <string_view>
 
-#include "letters/rtf/reading.h"
+#include "letters/rtf/control_words.h"
+#include "letters/rtf/rtf_parser.h"
 
 namespace pxscheduler {
 namespace {
 
 template <Destination kDestination>
-void Begin(Reading& reading, const Word&) {
-  reading.Begin(kDestination);
+void Begin(RtfParser& parser, const Parameter&) {
+  parser.Begin(kDestination);
 }
 
 // A group around content that counts as if the group were not there.
-void PassThrough(Reading&, const Word&) {}
+void PassThrough(RtfParser&, const Parameter&) {}
 
 template <std::int32_t Shape::*kValue>
-void SetShapeValue(Reading& reading, const Word& word) {
-  if (!reading.shapes.empty()) reading.shapes.back().*kValue = word.Or(0);
+void SetShapeValue(RtfParser& parser, const Parameter& parameter) {
+  if (!parser.shapes.empty()) parser.shapes.back().*kValue = parameter.Number();
 }
 
 template <std::int32_t PictureInProgress::*kValue>
-void SetPictureValue(Reading& reading, const Word& word) {
-  reading.picture.*kValue = word.Or(0);
+void SetPictureValue(RtfParser& parser, const Parameter& parameter) {
+  parser.picture.*kValue = parameter.Number();
 }
 
 template <PictureInProgress::Kind kKind>
-void SetPictureKind(Reading& reading, const Word&) {
-  reading.picture.kind = kKind;
+void SetPictureKind(RtfParser& parser, const Parameter&) {
+  parser.picture.kind = kKind;
 }
 
 }  // namespace
 
-void AddDestinationWords(WordTable& words) {
+void AddDestinationWords(ControlWords& words) {
   using Kind = PictureInProgress::Kind;
-  const auto add = [&](std::string_view name, void (*apply)(Reading&, const Word&)) {
-    words[name] = {apply, false};
-  };
-  const auto begin = [&](std::string_view name, void (*apply)(Reading&, const Word&)) {
-    words[name] = {apply, true};
-  };
   // Destinations that are written without \*, so that not knowing them would show their text.
-  for (const char* unseen :
-       {"annotation", "atnauthor", "atndate",   "atnicn",    "atnid",   "atnparent",  "atnref",
-        "atntime",    "atrfend",   "atrfstart", "datafield", "fontemb", "fontfile",   "footer",
-        "footerf",    "footerl",   "footerr",   "formfield", "ftncn",   "ftnsep",     "ftnsepc",
-        "header",     "headerf",   "headerl",   "headerr",   "info",    "nonshppict", "objclass",
-        "objdata",    "objname",   "private",   "revtbl",    "rxe",     "shprslt",    "tc",
-        "tcn",        "template",  "txe",       "xe",        "xmlopen"})
-    begin(unseen, Begin<Destination::kSkip>);
+  words.AddDestination(
+      {"annotation", "atnauthor", "atndate",   "atnicn",    "atnid",   "atnparent",  "atnref",
+       "atntime",    "atrfend",   "atrfstart", "datafield", "fontemb", "fontfile",   "footer",
+       "footerf",    "footerl",   "footerr",   "formfield", "ftncn",   "ftnsep",     "ftnsepc",
+       "header",     "headerf",   "headerl",   "headerr",   "info",    "nonshppict", "objclass",
+       "objdata",    "objname",   "private",   "revtbl",    "rxe",     "shprslt",    "tc",
+       "tcn",        "template",  "txe",       "xe",        "xmlopen"},
+      Begin<Destination::kSkip>);
 
-  begin("field", [](Reading& r, const Word&) { r.BeginField(); });
-  begin("fldinst", [](Reading& r, const Word&) {
-    if (r.InBody())
-      r.Begin(Destination::kFieldInstruction);
+  words.AddDestination("field", [](RtfParser& p, const Parameter&) { p.BeginField(); });
+  words.AddDestination("fldinst", [](RtfParser& p, const Parameter&) {
+    if (p.InBody())
+      p.Begin(Destination::kFieldInstruction);
     else
-      r.Begin(Destination::kSkip);
+      p.Begin(Destination::kSkip);
   });
-  begin("fldrslt", [](Reading& r, const Word&) {
-    if (!r.fields.empty() && r.fields.back().link != 0) r.state.link = r.fields.back().link;
+  words.AddDestination("fldrslt", [](RtfParser& p, const Parameter&) {
+    if (!p.fields.empty() && p.fields.back().link != 0) p.state.link = p.fields.back().link;
   });
-  begin("bkmkstart", Begin<Destination::kBookmark>);
+  words.AddDestination("bkmkstart", Begin<Destination::kBookmark>);
 
-  begin("footnote", [](Reading& r, const Word&) {
-    if (!r.InBody()) return;
-    ++r.notes;
-    r.BeginStory(DocumentBuilder::StoryKind::kNote);
+  words.AddDestination("footnote", [](RtfParser& p, const Parameter&) {
+    if (!p.InBody()) return;
+    ++p.notes;
+    p.BeginStory(DocumentBuilder::StoryKind::kNote);
   });
-  add("chftn", [](Reading& r, const Word&) {
+  words.Add("chftn", [](RtfParser& p, const Parameter&) {
     // In the text, the number comes before the note.
-    const bool in_note = r.builder.InNote();
-    r.AppendText(std::to_wstring(in_note ? r.notes : r.notes + 1));
+    const bool in_note = p.builder.InNote();
+    p.AppendText(std::to_wstring(in_note ? p.notes : p.notes + 1));
   });
 
-  for (const char* transparent : {"shp", "shppict", "object", "result", "shpgrp"})
-    begin(transparent, PassThrough);
-  begin("upr", Begin<Destination::kSkipText>);
-  begin("ud", [](Reading& r, const Word&) { r.BeginUnicodeText(); });
-  begin("shpinst", [](Reading& r, const Word&) { r.BeginShape(); });
-  add("shpleft", SetShapeValue<&Shape::left>);
-  add("shptop", SetShapeValue<&Shape::top>);
-  add("shpright", SetShapeValue<&Shape::right>);
-  add("shpbottom", SetShapeValue<&Shape::bottom>);
-  begin("sp", Begin<Destination::kSkipText>);
-  begin("sn", Begin<Destination::kPropertyName>);
-  begin("sv", Begin<Destination::kPropertyValue>);
-  begin("picprop", [](Reading& r, const Word&) {
-    r.Begin(Destination::kSkipText);
-    r.state.in_picture_properties = true;
+  words.AddDestination({"shp", "shppict", "object", "result", "shpgrp"}, PassThrough);
+  words.AddDestination("upr", Begin<Destination::kSkipText>);
+  words.AddDestination("ud", [](RtfParser& p, const Parameter&) { p.BeginUnicodeText(); });
+  words.AddDestination("shpinst", [](RtfParser& p, const Parameter&) { p.BeginShape(); });
+  words.Add("shpleft", SetShapeValue<&Shape::left>);
+  words.Add("shptop", SetShapeValue<&Shape::top>);
+  words.Add("shpright", SetShapeValue<&Shape::right>);
+  words.Add("shpbottom", SetShapeValue<&Shape::bottom>);
+  words.AddDestination("sp", Begin<Destination::kSkipText>);
+  words.AddDestination("sn", Begin<Destination::kPropertyName>);
+  words.AddDestination("sv", Begin<Destination::kPropertyValue>);
+  words.AddDestination("picprop", [](RtfParser& p, const Parameter&) {
+    p.Begin(Destination::kSkipText);
+    p.state.in_picture_properties = true;
   });
-  begin("shptxt", [](Reading& r, const Word&) { r.BeginStory(DocumentBuilder::StoryKind::kBox); });
+  words.AddDestination("shptxt", [](RtfParser& p, const Parameter&) {
+    p.BeginStory(DocumentBuilder::StoryKind::kBox);
+  });
 
-  begin("pict", [](Reading& r, const Word&) { r.BeginPicture(); });
-  add("pngblip", SetPictureKind<Kind::kPng>);
-  add("jpegblip", SetPictureKind<Kind::kJpeg>);
-  add("dibitmap", SetPictureKind<Kind::kDib>);
-  add("wmetafile", SetPictureKind<Kind::kMetafile>);
-  add("emfblip", SetPictureKind<Kind::kMetafile>);
-  add("picw", SetPictureValue<&PictureInProgress::width>);
-  add("pich", SetPictureValue<&PictureInProgress::height>);
-  add("picwgoal", SetPictureValue<&PictureInProgress::width_goal>);
-  add("pichgoal", SetPictureValue<&PictureInProgress::height_goal>);
-  add("picscalex", SetPictureValue<&PictureInProgress::scale_x>);
-  add("picscaley", SetPictureValue<&PictureInProgress::scale_y>);
-  add("piccropl", SetPictureValue<&PictureInProgress::crop_left>);
-  add("piccropt", SetPictureValue<&PictureInProgress::crop_top>);
-  add("piccropr", SetPictureValue<&PictureInProgress::crop_right>);
-  add("piccropb", SetPictureValue<&PictureInProgress::crop_bottom>);
+  words.AddDestination("pict", [](RtfParser& p, const Parameter&) { p.BeginPicture(); });
+  words.Add("pngblip", SetPictureKind<Kind::kPng>);
+  words.Add("jpegblip", SetPictureKind<Kind::kJpeg>);
+  words.Add("dibitmap", SetPictureKind<Kind::kDib>);
+  words.Add("wmetafile", SetPictureKind<Kind::kMetafile>);
+  words.Add("emfblip", SetPictureKind<Kind::kMetafile>);
+  words.Add("picw", SetPictureValue<&PictureInProgress::width>);
+  words.Add("pich", SetPictureValue<&PictureInProgress::height>);
+  words.Add("picwgoal", SetPictureValue<&PictureInProgress::width_goal>);
+  words.Add("pichgoal", SetPictureValue<&PictureInProgress::height_goal>);
+  words.Add("picscalex", SetPictureValue<&PictureInProgress::scale_x>);
+  words.Add("picscaley", SetPictureValue<&PictureInProgress::scale_y>);
+  words.Add("piccropl", SetPictureValue<&PictureInProgress::crop_left>);
+  words.Add("piccropt", SetPictureValue<&PictureInProgress::crop_top>);
+  words.Add("piccropr", SetPictureValue<&PictureInProgress::crop_right>);
+  words.Add("piccropb", SetPictureValue<&PictureInProgress::crop_bottom>);
 }
 
 }  // namespace pxscheduler

@@ -2,90 +2,95 @@
 #include <cstdint>
 #include <string_view>
 
-#include "letters/rtf/reading.h"
+#include "letters/rtf/control_words.h"
+#include "letters/rtf/rtf_parser.h"
 
 namespace pxscheduler {
 namespace {
 
 template <FontFamily kFamily>
-void SetFamily(Reading& reading, const Word&) {
-  reading.font.family = kFamily;
+void SetFamily(RtfParser& parser, const Parameter&) {
+  parser.font.family = kFamily;
 }
 
-void SetColourPart(Reading& reading, const Word& word, int shift) {
-  if (reading.state.destination != Destination::kColourTable) return;
-  const auto part = static_cast<std::uint32_t>(std::clamp(word.Or(0), 0, 255));
-  reading.colour.rgb = (reading.colour.rgb & ~(0xFFU << shift)) | part << shift;
-  reading.colour.given = true;
+void SetColourPart(RtfParser& parser, const Parameter& parameter, int shift) {
+  if (parser.state.destination != Destination::kColourTable) return;
+  const auto part = static_cast<std::uint32_t>(std::clamp(parameter.Number(), 0, 255));
+  parser.colour.rgb = (parser.colour.rgb & ~(0xFFU << shift)) | part << shift;
+  parser.colour.given = true;
 }
 
 template <std::int32_t PageLayout::*kValue>
-void SetPage(Reading& reading, const Word& word) {
-  if (word.Or(0) > 0) reading.document.page.*kValue = word.Or(0);
+void SetPage(RtfParser& parser, const Parameter& parameter) {
+  if (parameter.Number() > 0) parser.document.page.*kValue = parameter.Number();
 }
 
 // A section's own value counts where the document has none.
 template <std::int32_t PageLayout::*kValue>
-void SetSectionPage(Reading& reading, const Word& word) {
-  if (reading.document.page.*kValue == 0) SetPage<kValue>(reading, word);
+void SetSectionPage(RtfParser& parser, const Parameter& parameter) {
+  if (parser.document.page.*kValue == 0) SetPage<kValue>(parser, parameter);
 }
 
 }  // namespace
 
-void AddHeaderWords(WordTable& words) {
-  const auto add = [&](std::string_view name, void (*apply)(Reading&, const Word&)) {
-    words[name] = {apply, false};
-  };
-  add("ansicpg", [](Reading& r, const Word& w) {
-    if (w.Or(0) > 0) r.SetDocumentCodePage(r.CodePageNumber(w.Or(0)));
+void AddHeaderWords(ControlWords& words) {
+  words.Add("ansicpg", [](RtfParser& p, const Parameter& n) {
+    if (n.Number() > 0) p.SetDocumentCodePage(p.CodePageNumber(n.Number()));
   });
-  add("mac", [](Reading& r, const Word&) { r.SetDocumentCodePage(r.CodePageNumber(10000)); });
-  add("pc", [](Reading& r, const Word&) { r.SetDocumentCodePage(r.CodePageNumber(437)); });
-  add("pca", [](Reading& r, const Word&) { r.SetDocumentCodePage(r.CodePageNumber(850)); });
-  add("deff", [](Reading& r, const Word& w) { r.default_font = w.Or(0); });
-  add("deftab",
-      [](Reading& r, const Word& w) { r.document.default_tab = std::clamp(w.Or(720), 1, 31680); });
+  words.Add("mac",
+            [](RtfParser& p, const Parameter&) { p.SetDocumentCodePage(p.CodePageNumber(10000)); });
+  words.Add("pc",
+            [](RtfParser& p, const Parameter&) { p.SetDocumentCodePage(p.CodePageNumber(437)); });
+  words.Add("pca",
+            [](RtfParser& p, const Parameter&) { p.SetDocumentCodePage(p.CodePageNumber(850)); });
+  words.Add("deff", [](RtfParser& p, const Parameter& n) { p.default_font = n.Number(); });
+  words.Add("deftab", [](RtfParser& p, const Parameter& n) {
+    p.document.default_tab = std::clamp(n.Or(720), 1, 31680);
+  });
 
-  add("htmautsp", [](Reading& r, const Word& w) { r.document.spacing_collapses = w.On(); });
+  words.Add("htmautsp",
+            [](RtfParser& p, const Parameter& n) { p.document.spacing_collapses = n.On(); });
 
-  add("fonttbl", [](Reading& r, const Word&) { r.Begin(Destination::kFontTable); });
-  add("froman", SetFamily<FontFamily::kSerif>);
-  add("fswiss", SetFamily<FontFamily::kSansSerif>);
-  add("fmodern", SetFamily<FontFamily::kMonospace>);
-  add("fscript", SetFamily<FontFamily::kScript>);
-  add("fcharset", [](Reading& r, const Word& w) { r.font.charset = w.Or(0); });
-  add("cpg", [](Reading& r, const Word& w) { r.font.code_page = std::max(0, w.Or(0)); });
+  words.Add("fonttbl", [](RtfParser& p, const Parameter&) { p.Begin(Destination::kFontTable); });
+  words.Add("froman", SetFamily<FontFamily::kSerif>);
+  words.Add("fswiss", SetFamily<FontFamily::kSansSerif>);
+  words.Add("fmodern", SetFamily<FontFamily::kMonospace>);
+  words.Add("fscript", SetFamily<FontFamily::kScript>);
+  words.Add("fcharset", [](RtfParser& p, const Parameter& n) { p.font.charset = n.Number(); });
+  words.Add("cpg",
+            [](RtfParser& p, const Parameter& n) { p.font.code_page = std::max(0, n.Number()); });
 
-  add("colortbl", [](Reading& r, const Word&) { r.Begin(Destination::kColourTable); });
-  add("red", [](Reading& r, const Word& w) { SetColourPart(r, w, 16); });
-  add("green", [](Reading& r, const Word& w) { SetColourPart(r, w, 8); });
-  add("blue", [](Reading& r, const Word& w) { SetColourPart(r, w, 0); });
+  words.Add("colortbl", [](RtfParser& p, const Parameter&) { p.Begin(Destination::kColourTable); });
+  words.Add("red", [](RtfParser& p, const Parameter& n) { SetColourPart(p, n, 16); });
+  words.Add("green", [](RtfParser& p, const Parameter& n) { SetColourPart(p, n, 8); });
+  words.Add("blue", [](RtfParser& p, const Parameter& n) { SetColourPart(p, n, 0); });
 
-  add("stylesheet", [](Reading& r, const Word&) { r.Begin(Destination::kStyleSheet); });
-  add("s", [](Reading& r, const Word& w) {
-    if (r.state.destination == Destination::kStyleSheet) {
-      r.style.number = w.Or(0);
+  words.Add("stylesheet",
+            [](RtfParser& p, const Parameter&) { p.Begin(Destination::kStyleSheet); });
+  words.Add("s", [](RtfParser& p, const Parameter& n) {
+    if (p.state.destination == Destination::kStyleSheet) {
+      p.style.number = n.Number();
       return;
     }
-    r.state.paragraph.style = w.Or(0);
-    if (const auto found = r.heading_styles.find(w.Or(0)); found != r.heading_styles.end())
-      r.state.paragraph.heading = found->second;
+    p.state.paragraph.style = n.Number();
+    if (const auto found = p.heading_styles.find(n.Number()); found != p.heading_styles.end())
+      p.state.paragraph.heading = found->second;
   });
 
-  add("paperw", SetPage<&PageLayout::width>);
-  add("paperh", SetPage<&PageLayout::height>);
-  add("margl", SetPage<&PageLayout::left_margin>);
-  add("margt", SetPage<&PageLayout::top_margin>);
-  add("margr", SetPage<&PageLayout::right_margin>);
-  add("margb", SetPage<&PageLayout::bottom_margin>);
-  add("pgwsxn", SetSectionPage<&PageLayout::width>);
-  add("pghsxn", SetSectionPage<&PageLayout::height>);
-  add("marglsxn", SetSectionPage<&PageLayout::left_margin>);
-  add("margtsxn", SetSectionPage<&PageLayout::top_margin>);
-  add("margrsxn", SetSectionPage<&PageLayout::right_margin>);
-  add("margbsxn", SetSectionPage<&PageLayout::bottom_margin>);
-  for (const char* turned : {"landscape", "lndscpsxn"})
-    add(turned, [](Reading& r, const Word& w) { r.landscape = w.On(); });
+  words.Add("paperw", SetPage<&PageLayout::width>);
+  words.Add("paperh", SetPage<&PageLayout::height>);
+  words.Add("margl", SetPage<&PageLayout::left_margin>);
+  words.Add("margt", SetPage<&PageLayout::top_margin>);
+  words.Add("margr", SetPage<&PageLayout::right_margin>);
+  words.Add("margb", SetPage<&PageLayout::bottom_margin>);
+  words.Add("pgwsxn", SetSectionPage<&PageLayout::width>);
+  words.Add("pghsxn", SetSectionPage<&PageLayout::height>);
+  words.Add("marglsxn", SetSectionPage<&PageLayout::left_margin>);
+  words.Add("margtsxn", SetSectionPage<&PageLayout::top_margin>);
+  words.Add("margrsxn", SetSectionPage<&PageLayout::right_margin>);
+  words.Add("margbsxn", SetSectionPage<&PageLayout::bottom_margin>);
+  words.Add({"landscape", "lndscpsxn"},
+            [](RtfParser& p, const Parameter& n) { p.landscape = n.On(); });
 }
 
 }  // namespace pxscheduler

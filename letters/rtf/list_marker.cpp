@@ -4,6 +4,8 @@
 #include <string_view>
 #include <utility>
 
+#include "text/ascii_case.h"
+
 namespace pxscheduler {
 namespace {
 
@@ -64,16 +66,14 @@ long NumberOfMarker(std::wstring_view marker, wchar_t style) {
   constexpr std::size_t kLongest = 15;  // of a Roman numeral up to 3999
   const std::wstring_view shown = marker.substr(0, marker.find(L'.'));
   if (shown.empty() || shown.size() > kLongest) return 0;
-  std::wstring small(shown);
-  for (wchar_t& letter : small)
-    if (letter >= L'A' && letter <= L'Z') letter = static_cast<wchar_t>(letter - L'A' + L'a');
+  const std::wstring lower = LowerAscii(shown);
   long value = 0;
   if (style == L'i' || style == L'I')
-    value = ValueOfRoman(small);
+    value = ValueOfRoman(lower);
   else if (style == L'1')
     value = ValueOfDigits(shown);
   else if ((style == L'a' || style == L'A') && shown.size() == 1)
-    value = small.front() - L'a' + 1;
+    value = lower.front() - L'a' + 1;
   return value > 0 && value <= 3999 && ListNumber(value, style) == shown ? value : 0;
 }
 

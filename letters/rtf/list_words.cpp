@@ -3,7 +3,8 @@
 #include <string_view>
 #include <utility>
 
-#include "letters/rtf/reading.h"
+#include "letters/rtf/control_words.h"
+#include "letters/rtf/rtf_parser.h"
 
 namespace pxscheduler {
 namespace {
@@ -28,66 +29,66 @@ wchar_t NumberStyle(std::int32_t code) {
   }
 }
 
-std::uint8_t Level(const Word& word) {
-  return static_cast<std::uint8_t>(std::clamp(word.Or(0), 0, 8));
+std::uint8_t Level(const Parameter& parameter) {
+  return static_cast<std::uint8_t>(std::clamp(parameter.Number(), 0, 8));
 }
 
-ListLevel& OpenLevel(Reading& reading) {
-  const std::size_t levels = reading.list.levels;
-  return reading.list.list.levels.at(std::min<std::size_t>(levels > 0 ? levels - 1 : 0, 8));
+ListLevel& OpenLevel(RtfParser& parser) {
+  const std::size_t levels = parser.list.levels;
+  return parser.list.list.levels.at(std::min<std::size_t>(levels > 0 ? levels - 1 : 0, 8));
 }
 
 template <wchar_t kStyle>
-void SetOldStyle(Reading& reading, const Word&) {
-  reading.old_list.level.number_style = kStyle;
+void SetOldStyle(RtfParser& parser, const Parameter&) {
+  parser.old_list.level.number_style = kStyle;
 }
 
-std::uint16_t AddList(Reading& reading, List list) {
-  std::vector<List>& lists = reading.document.lists;
+std::uint16_t AddList(RtfParser& parser, List list) {
+  std::vector<List>& lists = parser.document.lists;
   if (lists.size() >= kMostLists) return 0;
   lists.push_back(std::move(list));
   return static_cast<std::uint16_t>(lists.size());
 }
 
-std::uint16_t OldList(Reading& reading, const ListLevel& level) {
+std::uint16_t OldList(RtfParser& parser, const ListLevel& level) {
   const std::wstring key = std::to_wstring(level.number_style) + L' ' +
                            std::to_wstring(level.start) + L' ' + level.bullet;
-  const auto [position, added] = reading.old_lists.try_emplace(key);
+  const auto [position, added] = parser.old_lists.try_emplace(key);
   if (added) {
     List list;
     list.levels.fill(level);
     list.counts_on = false;
-    position->second = AddList(reading, list);
+    position->second = AddList(parser, list);
   }
   return position->second;
 }
 
 // An item says what its own level looks like, so the list comes to know its levels one by one.
-std::uint16_t OldOutline(Reading& reading, const ListLevel& level, std::size_t number) {
-  if (reading.old_outline > 0) {
-    ListLevel& known = reading.document.lists[reading.old_outline - 1U].levels.at(number);
+std::uint16_t OldOutline(RtfParser& parser, const ListLevel& level, std::size_t number) {
+  if (parser.old_outline > 0) {
+    ListLevel& known = parser.document.lists[parser.old_outline - 1U].levels.at(number);
     if (!known.simple) known = level;
-    if (known == level) return reading.old_outline;
+    if (known == level) return parser.old_outline;
   }
   List list;
   list.levels.at(number) = level;
   list.counts_on = false;
-  reading.old_outline = AddList(reading, list);
-  return reading.old_outline;
+  parser.old_outline = AddList(parser, list);
+  return parser.old_outline;
 }
 
 }  // namespace
 
 // The text of a level's marker: its length, then characters, among them the numbers 0 to 8 that
 // stand for the number of that level.
-void EndLevelText(Reading& reading) {
-  std::wstring text = std::exchange(reading.captured, {});
+void EndLevelText(RtfParser& parser) {
+  std::wstring text = std::exchange(parser.captured, {});
   if (text.ends_with(L';')) text.pop_back();
-  if (text.empty() || reading.list.levels == 0 || reading.list.levels > 9) return;
-  ListLevel& level = OpenLevel(reading);
+  if (text.empty() || parser.list.levels == 0 || parser.list.levels > 9) return;
+  ListLevel& level = OpenLevel(parser);
   const auto length = static_cast<std::size_t>(static_cast<char32_t>(text.front()));
   text = text.substr(1, length);
-  const auto own = static_cast<wchar_t>(reading.list.levels - 1);
+  const auto own = static_cast<wchar_t>(parser.list.levels - 1);
   if (level.number_style == 0) {
     level.bullet = text;
     level.simple = text.size() == 1 && text.front() > 8;
@@ -96,29 +97,29 @@ void EndLevelText(Reading& reading) {
   }
 }
 
-void EndListOverride(Reading& reading) {
-  const auto found = reading.lists_by_id.find(reading.list.id);
-  if (found == reading.lists_by_id.end()) return;
+void EndListOverride(RtfParser& parser) {
+  const auto found = parser.lists_by_id.find(parser.list.id);
+  if (found == parser.lists_by_id.end()) return;
   auto& [list, index] = found->second;
-  if (std::ranges::find(reading.list.restarts, true) != reading.list.restarts.end()) {
+  if (std::ranges::find(parser.list.restarts, true) != parser.list.restarts.end()) {
     List restarted = list;
     for (std::size_t level = 0; level < restarted.levels.size(); ++level)
-      if (reading.list.restarts.at(level))
-        restarted.levels.at(level).start = reading.list.list.levels.at(level).start;
-    reading.list_overrides[reading.list.override_number] = AddList(reading, std::move(restarted));
+      if (parser.list.restarts.at(level))
+        restarted.levels.at(level).start = parser.list.list.levels.at(level).start;
+    parser.list_overrides[parser.list.override_number] = AddList(parser, std::move(restarted));
     return;
   }
   // Overrides of one list that change nothing count on together.
-  if (index == 0) index = AddList(reading, list);
-  reading.list_overrides[reading.list.override_number] = index;
+  if (index == 0) index = AddList(parser, list);
+  parser.list_overrides[parser.list.override_number] = index;
 }
 
-void EndOldList(Reading& reading) {
-  ListLevel level = std::exchange(reading.old_list.level, {});
-  const std::int32_t depth = std::clamp(std::exchange(reading.old_list.depth, 0), 0, 9);
-  const std::wstring before = std::exchange(reading.old_list.before, {});
-  const std::wstring after = std::exchange(reading.old_list.after, {});
-  if (std::exchange(reading.old_list.bullet, false)) {
+void EndOldList(RtfParser& parser) {
+  ListLevel level = std::exchange(parser.old_list.level, {});
+  const std::int32_t depth = std::clamp(std::exchange(parser.old_list.depth, 0), 0, 9);
+  const std::wstring before = std::exchange(parser.old_list.before, {});
+  const std::wstring after = std::exchange(parser.old_list.after, {});
+  if (std::exchange(parser.old_list.bullet, false)) {
     level.number_style = 0;
     level.bullet = before;
     level.simple = before.size() == 1;
@@ -127,81 +128,89 @@ void EndOldList(Reading& reading) {
   }
   if (!level.simple) return;
   const auto list_level = static_cast<std::uint8_t>(std::max(1, depth) - 1);
-  reading.state.paragraph.list =
-      depth > 0 ? OldOutline(reading, level, list_level) : OldList(reading, level);
-  reading.state.paragraph.list_level = list_level;
+  parser.state.paragraph.list =
+      depth > 0 ? OldOutline(parser, level, list_level) : OldList(parser, level);
+  parser.state.paragraph.list_level = list_level;
 }
 
-void AddListWords(WordTable& words) {
-  const auto add = [&](std::string_view name, void (*apply)(Reading&, const Word&)) {
-    words[name] = {apply, false};
-  };
-  const auto begin = [&](std::string_view name, void (*apply)(Reading&, const Word&)) {
-    words[name] = {apply, true};
-  };
-  begin("listtable", [](Reading& r, const Word&) { r.Begin(Destination::kSkipText); });
-  begin("listoverridetable", [](Reading& r, const Word&) { r.Begin(Destination::kSkipText); });
-  begin("list", [](Reading& r, const Word&) {
-    if (r.state.destination != Destination::kSkipText) return;
-    r.Begin(Destination::kList);
-    r.list = {};
+void AddListWords(ControlWords& words) {
+  words.AddDestination("listtable",
+                       [](RtfParser& p, const Parameter&) { p.Begin(Destination::kSkipText); });
+  words.AddDestination("listoverridetable",
+                       [](RtfParser& p, const Parameter&) { p.Begin(Destination::kSkipText); });
+  words.AddDestination("list", [](RtfParser& p, const Parameter&) {
+    if (p.state.destination != Destination::kSkipText) return;
+    p.Begin(Destination::kList);
+    p.list = {};
   });
-  begin("listoverride", [](Reading& r, const Word&) {
-    if (r.state.destination != Destination::kSkipText) return;
-    r.Begin(Destination::kListOverride);
-    r.list = {};
+  words.AddDestination("listoverride", [](RtfParser& p, const Parameter&) {
+    if (p.state.destination != Destination::kSkipText) return;
+    p.Begin(Destination::kListOverride);
+    p.list = {};
   });
-  begin("listname", [](Reading& r, const Word&) { r.Begin(Destination::kSkip); });
-  add("listlevel", [](Reading& r, const Word&) {
-    if (r.state.destination == Destination::kList) ++r.list.levels;
+  words.AddDestination("listname",
+                       [](RtfParser& p, const Parameter&) { p.Begin(Destination::kSkip); });
+  words.Add("listlevel", [](RtfParser& p, const Parameter&) {
+    if (p.state.destination == Destination::kList) ++p.list.levels;
   });
-  add("lfolevel", [](Reading& r, const Word&) {
-    if (r.state.destination == Destination::kListOverride) ++r.list.levels;
+  words.Add("lfolevel", [](RtfParser& p, const Parameter&) {
+    if (p.state.destination == Destination::kListOverride) ++p.list.levels;
   });
-  add("listoverridestartat", [](Reading& r, const Word&) {
-    if (r.list.levels > 0 && r.list.levels <= r.list.restarts.size())
-      r.list.restarts.at(r.list.levels - 1) = true;
+  words.Add("listoverridestartat", [](RtfParser& p, const Parameter&) {
+    if (p.list.levels > 0 && p.list.levels <= p.list.restarts.size())
+      p.list.restarts.at(p.list.levels - 1) = true;
   });
-  add("levelnfc",
-      [](Reading& r, const Word& w) { OpenLevel(r).number_style = NumberStyle(w.Or(0)); });
-  add("levelnfcn",
-      [](Reading& r, const Word& w) { OpenLevel(r).number_style = NumberStyle(w.Or(0)); });
-  add("levelstartat", [](Reading& r, const Word& w) { OpenLevel(r).start = std::max(0, w.Or(1)); });
-  begin("leveltext", [](Reading& r, const Word&) { r.Begin(Destination::kLevelText); });
-  begin("levelnumbers", [](Reading& r, const Word&) { r.Begin(Destination::kSkip); });
-  add("listid", [](Reading& r, const Word& w) { r.list.id = w.Or(0); });
-  add("ls", [](Reading& r, const Word& w) {
-    if (r.state.destination == Destination::kListOverride) {
-      r.list.override_number = w.Or(0);
+  words.Add("levelnfc", [](RtfParser& p, const Parameter& n) {
+    OpenLevel(p).number_style = NumberStyle(n.Number());
+  });
+  words.Add("levelnfcn", [](RtfParser& p, const Parameter& n) {
+    OpenLevel(p).number_style = NumberStyle(n.Number());
+  });
+  words.Add("levelstartat",
+            [](RtfParser& p, const Parameter& n) { OpenLevel(p).start = std::max(0, n.Or(1)); });
+  words.AddDestination("leveltext",
+                       [](RtfParser& p, const Parameter&) { p.Begin(Destination::kLevelText); });
+  words.AddDestination("levelnumbers",
+                       [](RtfParser& p, const Parameter&) { p.Begin(Destination::kSkip); });
+  words.Add("listid", [](RtfParser& p, const Parameter& n) { p.list.id = n.Number(); });
+  words.Add("ls", [](RtfParser& p, const Parameter& n) {
+    if (p.state.destination == Destination::kListOverride) {
+      p.list.override_number = n.Number();
       return;
     }
-    const auto found = r.list_overrides.find(w.Or(0));
-    r.state.paragraph.list = found == r.list_overrides.end() ? std::uint16_t{0} : found->second;
+    const auto found = p.list_overrides.find(n.Number());
+    p.state.paragraph.list = found == p.list_overrides.end() ? std::uint16_t{0} : found->second;
   });
-  add("ilvl", [](Reading& r, const Word& w) { r.state.paragraph.list_level = Level(w); });
+  words.Add("ilvl",
+            [](RtfParser& p, const Parameter& n) { p.state.paragraph.list_level = Level(n); });
 
-  begin("listtext", [](Reading& r, const Word&) {
-    if (r.InBody()) r.Begin(Destination::kMarker);
+  words.AddDestination("listtext", [](RtfParser& p, const Parameter&) {
+    if (p.InBody()) p.Begin(Destination::kMarker);
   });
-  begin("pntext", [](Reading& r, const Word&) {
-    if (r.InBody()) r.Begin(Destination::kMarker);
+  words.AddDestination("pntext", [](RtfParser& p, const Parameter&) {
+    if (p.InBody()) p.Begin(Destination::kMarker);
   });
-  begin("pn", [](Reading& r, const Word&) {
-    r.Begin(Destination::kOldList);
-    r.old_list = {};
+  words.AddDestination("pn", [](RtfParser& p, const Parameter&) {
+    p.Begin(Destination::kOldList);
+    p.old_list = {};
   });
-  begin("pnseclvl", [](Reading& r, const Word&) { r.Begin(Destination::kSkip); });
-  begin("pntxtb", [](Reading& r, const Word&) { r.Begin(Destination::kTextBefore); });
-  begin("pntxta", [](Reading& r, const Word&) { r.Begin(Destination::kTextAfter); });
-  add("pnlvlblt", [](Reading& r, const Word&) { r.old_list.bullet = true; });
-  add("pnlvl", [](Reading& r, const Word& w) { r.old_list.depth = w.Or(1); });
-  add("pnstart", [](Reading& r, const Word& w) { r.old_list.level.start = std::max(0, w.Or(1)); });
-  add("pnf", [](Reading& r, const Word& w) { r.SetFont(w.Or(0)); });
-  add("pndec", SetOldStyle<L'1'>);
-  add("pnucrm", SetOldStyle<L'I'>);
-  add("pnlcrm", SetOldStyle<L'i'>);
-  add("pnucltr", SetOldStyle<L'A'>);
-  add("pnlcltr", SetOldStyle<L'a'>);
+  words.AddDestination("pnseclvl",
+                       [](RtfParser& p, const Parameter&) { p.Begin(Destination::kSkip); });
+  words.AddDestination("pntxtb",
+                       [](RtfParser& p, const Parameter&) { p.Begin(Destination::kTextBefore); });
+  words.AddDestination("pntxta",
+                       [](RtfParser& p, const Parameter&) { p.Begin(Destination::kTextAfter); });
+  words.Add("pnlvlblt", [](RtfParser& p, const Parameter&) { p.old_list.bullet = true; });
+  words.Add("pnlvl", [](RtfParser& p, const Parameter& n) { p.old_list.depth = n.Or(1); });
+  words.Add("pnstart", [](RtfParser& p, const Parameter& n) {
+    p.old_list.level.start = std::max(0, n.Or(1));
+  });
+  words.Add("pnf", [](RtfParser& p, const Parameter& n) { p.SetFont(n.Number()); });
+  words.Add("pndec", SetOldStyle<L'1'>);
+  words.Add("pnucrm", SetOldStyle<L'I'>);
+  words.Add("pnlcrm", SetOldStyle<L'i'>);
+  words.Add("pnucltr", SetOldStyle<L'A'>);
+  words.Add("pnlcltr", SetOldStyle<L'a'>);
 }
 
 }  // namespace pxscheduler

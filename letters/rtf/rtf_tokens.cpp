@@ -2,24 +2,20 @@
 
 #include <algorithm>
 
+#include "text/ascii_case.h"
 #include "text/hexadecimal.h"
 
 namespace pxscheduler {
 namespace {
 
-bool IsLetter(char character) {
-  return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z');
-}
-
 bool IsDigit(char character) { return character >= '0' && character <= '9'; }
 
-// -1 for anything but a hexadecimal digit.
 }  // namespace
 
 RtfToken RtfTokens::ControlWord() {
   RtfToken token{RtfToken::Kind::kControlWord, {}, std::nullopt};
   const std::size_t begin = at_;
-  while (at_ < bytes_.size() && IsLetter(bytes_[at_])) ++at_;
+  while (at_ < bytes_.size() && IsAsciiLetter(bytes_[at_])) ++at_;
   token.text = bytes_.substr(begin, at_ - begin);
   const bool negative = at_ + 1 < bytes_.size() && bytes_[at_] == '-' && IsDigit(bytes_[at_ + 1]);
   if (negative) ++at_;
@@ -41,7 +37,7 @@ RtfToken RtfTokens::ControlWord() {
 
 RtfToken RtfTokens::AfterBackslash() {
   if (at_ == bytes_.size()) return {};
-  if (IsLetter(bytes_[at_])) return ControlWord();
+  if (IsAsciiLetter(bytes_[at_])) return ControlWord();
   if (bytes_[at_] == '\'' && at_ + 2 < bytes_.size()) {
     const int high = HexDigitValue(bytes_[at_ + 1]);
     const int low = HexDigitValue(bytes_[at_ + 2]);

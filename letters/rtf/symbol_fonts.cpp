@@ -35,6 +35,8 @@ constexpr std::array<std::pair<unsigned char, char16_t>, 34> kWingdings = {{
     {0xFC, u'\u2714'}, {0xFD, u'\u2612'}, {0xFE, u'\u2611'}, {0x20, u' '},
 }};
 
+std::wstring Single(char16_t character) { return std::wstring(1, static_cast<wchar_t>(character)); }
+
 }  // namespace
 
 SymbolSet SymbolSetOf(std::wstring_view font_name, bool symbol_charset) {
@@ -42,15 +44,6 @@ SymbolSet SymbolSetOf(std::wstring_view font_name, bool symbol_charset) {
   if (font_name == L"Symbol") return SymbolSet::kSymbol;
   return symbol_charset ? SymbolSet::kWingdings : SymbolSet::kNone;
 }
-
-namespace {
-
-std::wstring Single(char16_t character) {
-  std::wstring text(1, static_cast<wchar_t>(character));
-  return text;
-}
-
-}  // namespace
 
 std::wstring SymbolText(SymbolSet symbols, unsigned char byte) {
   if (byte < 0x20) return Single(byte);

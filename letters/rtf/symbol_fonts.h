@@ -1,11 +1,12 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
-#include "letters/rtf/reading.h"
-
 namespace pxscheduler {
+
+enum class SymbolSet : std::uint8_t { kNone, kSymbol, kWingdings };
 
 // Which symbols a font shows in place of letters. `symbol_charset`: its table entry says that it
 // has a character set of its own.

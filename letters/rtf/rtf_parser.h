@@ -11,17 +11,16 @@
 #include <unordered_map>
 #include <vector>
 
+#include "letters/rtf/control_words.h"
 #include "letters/rtf/document.h"
 #include "letters/rtf/document_builder.h"
 #include "letters/rtf/picture_reader.h"
 #include "letters/rtf/rtf_tokens.h"
 #include "letters/rtf/shape.h"
+#include "letters/rtf/symbol_fonts.h"
 #include "platform/code_page.h"
 
 namespace pxscheduler {
-
-// Inside of the RTF reader: what is known at one place of the file, and what each control word does
-// to it.
 
 enum class Destination : std::uint8_t {
   kText,
@@ -43,8 +42,6 @@ enum class Destination : std::uint8_t {
   kPropertyName,   // {\sn ...} of a shape or picture
   kPropertyValue,  // {\sv ...}
 };
-
-enum class SymbolSet : std::uint8_t { kNone, kSymbol, kWingdings };
 
 struct FontEntry {
   std::uint16_t index = 0;              // into Document::fonts
@@ -72,10 +69,10 @@ struct GroupState {
   bool nested_row = false;  // row properties are those of a nested table
 };
 
-// The sides that \brdrs and the like are about.
+// The borders that \brdrs and the like change.
 struct BorderTarget {
-  enum class Owner : std::uint8_t { kNothing, kParagraph, kCell, kRow };
-  Owner owner = Owner::kNothing;
+  enum class Owner : std::uint8_t { kParagraph, kCell, kRow };
+  Owner owner = Owner::kParagraph;
   std::uint8_t sides = 0;  // bit mask by Side
 };
 
@@ -86,37 +83,16 @@ struct RowInProgress {
   std::int32_t cell_pattern = 0;  // hundredths of a percent
 };
 
-struct Word {
-  std::optional<std::int32_t> value;
+// The ends of the destinations that describe lists (list_words.cpp).
+void EndLevelText(RtfParser& parser);
+void EndListOverride(RtfParser& parser);
+void EndOldList(RtfParser& parser);
 
-  bool On() const { return value.value_or(1) != 0; }
-  std::int32_t Or(std::int32_t otherwise) const { return value.value_or(otherwise); }
-};
-
-class Reading;
-
-struct WordHandler {
-  void (*apply)(Reading&, const Word&) = nullptr;
-  bool destination = false;  // may follow \*
-};
-
-using WordTable = std::unordered_map<std::string_view, WordHandler>;
-
-void AddCharacterWords(WordTable& words);
-void AddParagraphWords(WordTable& words);
-void AddTableWords(WordTable& words);
-void AddHeaderWords(WordTable& words);
-void AddListWords(WordTable& words);
-void AddDestinationWords(WordTable& words);
-
-// What the end of a group means that describes lists.
-void EndLevelText(Reading& reading);
-void EndListOverride(Reading& reading);
-void EndOldList(Reading& reading);
-
-class Reading {
+// Reads an RTF file word by word. The functions behind the control words (control_words.h) change
+// its public state.
+class RtfParser {
  public:
-  Reading(std::string_view bytes, const CodePages& code_pages);
+  RtfParser(std::string_view bytes, const CodePages& code_pages);
 
   Document Read();
 
@@ -148,7 +124,7 @@ class Reading {
   const CodePage* CodePageNumber(std::int32_t number);
   Colour ColourNumber(std::int32_t number) const;
   RowInProgress& Row() { return rows_[state.nested_row ? 1 : 0]; }
-  Border* BorderOf(Side side);
+  Borders& TargetBorders();
   bool InBody() const {
     return state.destination == Destination::kText || state.destination == Destination::kMarker;
   }
@@ -212,7 +188,6 @@ class Reading {
   std::wstring property_name;
   std::wstring captured;  // the text of the destination that gathers some
   std::uint32_t notes = 0;
-  std::int32_t paragraph_pattern = 0;
   bool landscape = false;
 
  private:
@@ -225,8 +200,10 @@ class Reading {
   void HandleSymbol(char symbol);
   void HandleBytes(std::string_view bytes);
   Document Finish();
+  // Decodes the bytes that are pending.
   void Flush();
-  void Take(std::wstring_view text);
+  // Appends text to what the destination gathers.
+  void PutText(std::wstring_view text);
   void EndFont();
   void EndPicture();
   void EndProperty();
@@ -239,14 +216,14 @@ class Reading {
   const CodePages& code_pages_;
   const CodePage* document_code_page_;
   std::unordered_map<std::int32_t, std::unique_ptr<CodePage>> code_pages_by_number_;
-  WordTable words_;
+  ControlWords words_;
   std::vector<GroupState> groups_;
   std::size_t unsaved_groups_ = 0;
   std::size_t skipped_group_ = 0;  // how many of them there were where one began to be passed over
   Destination around_skipped_ = Destination::kText;
   std::array<RowInProgress, 2> rows_;
   std::string pending_;                // bytes not yet decoded
-  std::wstring wide_;                  // the same, decoded
+  std::wstring decoded_;               // room for them, used again and again
   std::int32_t fallback_to_skip_ = 0;  // characters
   char32_t high_surrogate_ = 0;
   bool ignorable_ = false;  // "\*" has been read

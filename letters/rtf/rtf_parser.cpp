@@ -1,4 +1,4 @@
-#include "letters/rtf/reading.h"
+#include "letters/rtf/rtf_parser.h"
 
 #include <utility>
 
@@ -13,77 +13,47 @@ constexpr std::size_t kDeepestSavedGroup = 10'000;
 
 }  // namespace
 
-Reading::Reading(std::string_view bytes, const CodePages& code_pages)
+RtfParser::RtfParser(std::string_view bytes, const CodePages& code_pages)
     : tokens_(bytes), code_pages_(code_pages), document_code_page_(&code_pages.Ansi()) {
   document.text.reserve(bytes.size());  // pages that no text reaches cost nothing
-  words_.reserve(600);
+  AddBorderWords(words_);
   AddCharacterWords(words_);
-  AddParagraphWords(words_);
-  AddTableWords(words_);
+  AddDestinationWords(words_);
   AddHeaderWords(words_);
   AddListWords(words_);
-  AddDestinationWords(words_);
+  AddParagraphWords(words_);
+  AddTableWords(words_);
 }
 
-Colour Reading::ColourNumber(std::int32_t number) const {
+Colour RtfParser::ColourNumber(std::int32_t number) const {
   const auto index = static_cast<std::size_t>(number);
   return number >= 0 && index < colours.size() ? colours[index] : kAutomatic;
 }
 
-Border* Reading::BorderOf(Side side) {
+Borders& RtfParser::TargetBorders() {
   switch (border_target.owner) {
-    case BorderTarget::Owner::kParagraph:
-      return &state.paragraph.borders.at(side);
     case BorderTarget::Owner::kCell:
-      return &Row().cell.borders.at(side);
+      return Row().cell.borders;
     case BorderTarget::Owner::kRow:
-      return &Row().borders.at(side);
-    case BorderTarget::Owner::kNothing:
+      return Row().borders;
+    case BorderTarget::Owner::kParagraph:
       break;
   }
-  return nullptr;
+  return state.paragraph.borders;
 }
 
-void Reading::Begin(Destination destination) {
-  if (state.destination == Destination::kSkip) return;
-  if (unsaved_groups_ > 0) {
-    around_skipped_ = state.destination;
-    skipped_group_ = unsaved_groups_;
-    state.destination = Destination::kSkip;
-    return;
-  }
-  state.destination = destination;
-  state.began_destination = true;
-  captured.clear();
-  if (destination == Destination::kPicture) picture = {};
-}
-
-void Reading::BeginStory(DocumentBuilder::StoryKind kind) {
-  if (!InBody() && state.destination != Destination::kSkipText) return;
-  if (unsaved_groups_ > 0) return;
-  Flush();
-  state.destination = Destination::kText;
-  // Content that is nested deeper becomes part of the content around it.
-  if (builder.InDeepestStory()) return;
-  builder.BeginStory(kind);
-  state.began_story = true;
-  ResetParagraph();
-  ResetCharacter();
-}
-
-void Reading::ResetCharacter() {
+void RtfParser::ResetCharacter() {
   state.character = {};
   SetFont(default_font);
 }
 
-void Reading::ResetParagraph() {
+void RtfParser::ResetParagraph() {
   state.paragraph = {};
   state.table_depth = 0;
-  paragraph_pattern = 0;
   tab_stop = {};
 }
 
-void Reading::StartGroup() {
+void RtfParser::StartGroup() {
   if (unsaved_groups_ > 0 || groups_.size() == kDeepestSavedGroup) {
     ++unsaved_groups_;
     return;
@@ -95,7 +65,7 @@ void Reading::StartGroup() {
   state.began_shape = false;
 }
 
-void Reading::EndGroup() {
+void RtfParser::EndGroup() {
   if (unsaved_groups_ > 0) {
     if (unsaved_groups_-- == skipped_group_) {
       state.destination = around_skipped_;
@@ -118,48 +88,20 @@ void Reading::EndGroup() {
   state.paragraph.list_level = list_level;
 }
 
-void Reading::BeginField() {
-  if (unsaved_groups_ > 0 || state.began_field) return;
-  fields.emplace_back();
-  state.began_field = true;
-}
-
-void Reading::BeginPicture() {
-  const bool is_property = state.destination == Destination::kPropertyValue;
-  Begin(Destination::kPicture);
-  if (is_property && property_name != L"pib")
-    state.picture_use = PictureUse::kNone;
-  else
-    state.picture_use = is_property && !shapes.empty() ? PictureUse::kShape : PictureUse::kText;
-}
-
-void Reading::BeginShape() {
-  if (unsaved_groups_ > 0 || state.began_shape) return;
-  Begin(Destination::kSkipText);
-  shapes.emplace_back();
-  state.began_shape = true;
-}
-
-void Reading::BeginUnicodeText() {
-  if (unsaved_groups_ > 0 || groups_.size() < 2) return;
-  if (groups_.back().destination != Destination::kSkipText) return;
-  state.destination = groups_[groups_.size() - 2].destination;
-}
-
-void Reading::EndParagraph() {
+void RtfParser::EndParagraph() {
   Flush();
   if (!InBody()) return;
   builder.EndParagraph(TakeParagraphFormat(), state.character, state.table_depth);
 }
 
-ParagraphFormat Reading::TakeParagraphFormat() {
+ParagraphFormat RtfParser::TakeParagraphFormat() {
   ParagraphFormat format = state.paragraph;
   if (std::exchange(page_break_pending_, false)) format.page_break_before = true;
   at_section_start_ = false;
   return format;
 }
 
-void Reading::BreakPage() {
+void RtfParser::BreakPage() {
   if (!InBody()) return;
   if (builder.HasContent()) EndParagraph();
   page_break_pending_ = state.table_depth == 0;
@@ -167,23 +109,23 @@ void Reading::BreakPage() {
 }
 
 // Columns are left out: what stands in the next one comes below.
-void Reading::BreakColumn() {
+void RtfParser::BreakColumn() {
   if (builder.HasContent()) EndParagraph();
 }
 
-void Reading::BreakSection() {
+void RtfParser::BreakSection() {
   if (!InBody()) return;
   if (builder.HasContent()) EndParagraph();
   at_section_start_ = true;
   SetSectionContinues(section_continues_);
 }
 
-void Reading::SetSectionContinues(bool continues) {
+void RtfParser::SetSectionContinues(bool continues) {
   section_continues_ = continues;
   if (at_section_start_) page_break_pending_ = !continues && state.table_depth == 0;
 }
 
-void Reading::HandleSymbol(char symbol) {
+void RtfParser::HandleSymbol(char symbol) {
   if (symbol == '*') {
     ignorable_ = true;
     return;
@@ -219,18 +161,17 @@ void Reading::HandleSymbol(char symbol) {
   }
 }
 
-void Reading::HandleWord(const RtfToken& token) {
+void RtfParser::HandleWord(const RtfToken& token) {
   const bool ignorable = std::exchange(ignorable_, false);
   if (state.destination == Destination::kSkip) return;
-  const auto found = words_.find(token.text);
-  if (ignorable && (found == words_.end() || !found->second.destination)) {
+  const ControlWords::Entry* word = words_.Find(token.text);
+  if (ignorable && (word == nullptr || !word->begins_destination))
     Begin(Destination::kSkip);
-    return;
-  }
-  if (found != words_.end()) found->second.apply(*this, {token.value});
+  else if (word != nullptr)
+    word->action(*this, {token.value});
 }
 
-Document Reading::Finish() {
+Document RtfParser::Finish() {
   if (builder.HasContent()) EndParagraph();
   builder.Finish(state.paragraph, state.character);
   if (landscape && document.page.width < document.page.height)
@@ -239,7 +180,7 @@ Document Reading::Finish() {
 }
 
 // The document ends with its outermost group; word processors do not look at what follows either.
-Document Reading::Read() {
+Document RtfParser::Read() {
   for (;;) {
     const RtfToken token = tokens_.Next();
     const bool bytes = token.kind == RtfToken::Kind::kText || token.kind == RtfToken::Kind::kByte;
@@ -280,7 +221,7 @@ Document Reading::Read() {
 }
 
 Document ReadRtf(std::string_view bytes, const CodePages& code_pages) {
-  return Reading(bytes, code_pages).Read();
+  return RtfParser(bytes, code_pages).Read();
 }
 
 }  // namespace pxscheduler

@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "letters/rtf/reading.h"
+#include "letters/rtf/rtf_parser.h"
 #include "letters/rtf/symbol_fonts.h"
 #include "text/utf16.h"
 
@@ -21,7 +21,7 @@ bool IsControlCharacter(wchar_t character) {
 
 }  // namespace
 
-const CodePage* Reading::CodePageNumber(std::int32_t number) {
+const CodePage* RtfParser::CodePageNumber(std::int32_t number) {
   const auto [position, added] = code_pages_by_number_.try_emplace(number);
   if (added) {
     const std::string digits = std::to_string(number);
@@ -36,18 +36,18 @@ const CodePage* Reading::CodePageNumber(std::int32_t number) {
   return position->second.get();
 }
 
-void Reading::SetFont(std::int32_t number) {
+void RtfParser::SetFont(std::int32_t number) {
   const auto found = fonts.find(number);
   state.font = found == fonts.end() ? FontEntry{} : found->second;
   state.character.font = state.font.index;
 }
 
-void Reading::AppendText(std::wstring_view text) {
+void RtfParser::AppendText(std::wstring_view text) {
   Flush();
-  Take(text);
+  PutText(text);
 }
 
-void Reading::AppendUnicode(std::int32_t unit) {
+void RtfParser::AppendUnicode(std::int32_t unit) {
   Flush();
   const auto code = static_cast<char32_t>(unit < 0 ? unit + 0x10000 : unit);
   fallback_to_skip_ = state.unicode_fallback;
@@ -58,24 +58,24 @@ void Reading::AppendUnicode(std::int32_t unit) {
   }
   if (IsLowSurrogate(code)) {
     if (high == 0)
-      Take(L"\uFFFD");
+      PutText(L"\uFFFD");
     else if constexpr (sizeof(wchar_t) == 2)
-      Take(std::wstring{static_cast<wchar_t>(high), static_cast<wchar_t>(code)});
+      PutText(std::wstring{static_cast<wchar_t>(high), static_cast<wchar_t>(code)});
     else
-      Take(std::wstring(1, static_cast<wchar_t>(JoinSurrogates(high, code))));
+      PutText(std::wstring(1, static_cast<wchar_t>(JoinSurrogates(high, code))));
     return;
   }
   if (code == 0 || code > 0x10FFFF) return;
   // Symbol fonts have their characters in a private range.
   if (code >= 0xF000 && code <= 0xF0FF)
-    Take(
+    PutText(
         SymbolText(state.font.symbols == SymbolSet::kNone ? SymbolSet::kSymbol : state.font.symbols,
                    static_cast<unsigned char>(code & 0xFF)));
   else
-    Take(std::wstring(1, static_cast<wchar_t>(code)));
+    PutText(std::wstring(1, static_cast<wchar_t>(code)));
 }
 
-void Reading::HandleBytes(std::string_view bytes) {
+void RtfParser::HandleBytes(std::string_view bytes) {
   if (fallback_to_skip_ > 0) {
     const auto skipped = std::min(bytes.size(), static_cast<std::size_t>(fallback_to_skip_));
     bytes.remove_prefix(skipped);
@@ -90,23 +90,23 @@ void Reading::HandleBytes(std::string_view bytes) {
     pending_ += bytes;
 }
 
-void Reading::Flush() {
+void RtfParser::Flush() {
   if (pending_.empty()) return;
-  wide_.clear();
+  decoded_.clear();
   if (state.font.symbols != SymbolSet::kNone && InBody()) {
     for (const char byte : pending_)
-      wide_ += SymbolText(state.font.symbols, static_cast<unsigned char>(byte));
+      decoded_ += SymbolText(state.font.symbols, static_cast<unsigned char>(byte));
   } else if (IsAscii(pending_)) {
-    wide_.assign(pending_.begin(), pending_.end());
+    decoded_.assign(pending_.begin(), pending_.end());
   } else {
     const CodePage* page = state.font.code_page;
-    wide_ = (page == nullptr ? *document_code_page_ : *page).FromBytes(pending_);
+    decoded_ = (page == nullptr ? *document_code_page_ : *page).FromBytes(pending_);
   }
   pending_.clear();
-  Take(wide_);
+  PutText(decoded_);
 }
 
-void Reading::Take(std::wstring_view text) {
+void RtfParser::PutText(std::wstring_view text) {
   switch (state.destination) {
     case Destination::kText:
     case Destination::kMarker:

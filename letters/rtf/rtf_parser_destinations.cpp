@@ -1,11 +1,12 @@
-// What the end of a destination means: the entry of a table, a picture, a field.
+// Where destinations begin, and what their ends mean: the entry of a table, a picture, a field.
 #include <algorithm>
 #include <array>
 #include <utility>
 
 #include "letters/rtf/hyperlink_field.h"
-#include "letters/rtf/reading.h"
+#include "letters/rtf/rtf_parser.h"
 #include "letters/rtf/symbol_fonts.h"
+#include "text/ascii_case.h"
 
 namespace pxscheduler {
 namespace {
@@ -25,13 +26,68 @@ std::int32_t CodePageOfCharset(std::int32_t charset) {
 
 }  // namespace
 
-bool Reading::ShowsObjects() const {
+void RtfParser::Begin(Destination destination) {
+  if (state.destination == Destination::kSkip) return;
+  if (unsaved_groups_ > 0) {
+    around_skipped_ = state.destination;
+    skipped_group_ = unsaved_groups_;
+    state.destination = Destination::kSkip;
+    return;
+  }
+  state.destination = destination;
+  state.began_destination = true;
+  captured.clear();
+  if (destination == Destination::kPicture) picture = {};
+}
+
+void RtfParser::BeginStory(DocumentBuilder::StoryKind kind) {
+  if (!InBody() && state.destination != Destination::kSkipText) return;
+  if (unsaved_groups_ > 0) return;
+  Flush();
+  state.destination = Destination::kText;
+  // Content that is nested deeper becomes part of the content around it.
+  if (builder.InDeepestStory()) return;
+  builder.BeginStory(kind);
+  state.began_story = true;
+  ResetParagraph();
+  ResetCharacter();
+}
+
+void RtfParser::BeginField() {
+  if (unsaved_groups_ > 0 || state.began_field) return;
+  fields.emplace_back();
+  state.began_field = true;
+}
+
+void RtfParser::BeginPicture() {
+  const bool is_property = state.destination == Destination::kPropertyValue;
+  Begin(Destination::kPicture);
+  if (is_property && property_name != L"pib")
+    state.picture_use = PictureUse::kNone;
+  else
+    state.picture_use = is_property && !shapes.empty() ? PictureUse::kShape : PictureUse::kText;
+}
+
+void RtfParser::BeginShape() {
+  if (unsaved_groups_ > 0 || state.began_shape) return;
+  Begin(Destination::kSkipText);
+  shapes.emplace_back();
+  state.began_shape = true;
+}
+
+void RtfParser::BeginUnicodeText() {
+  if (unsaved_groups_ > 0 || groups_.size() < 2) return;
+  if (groups_.back().destination != Destination::kSkipText) return;
+  state.destination = groups_[groups_.size() - 2].destination;
+}
+
+bool RtfParser::ShowsObjects() const {
   const Destination around = groups_.back().destination;
   return around == Destination::kText || around == Destination::kMarker ||
          around == Destination::kSkipText || around == Destination::kPropertyValue;
 }
 
-void Reading::EndDestination(Destination destination) {
+void RtfParser::EndDestination(Destination destination) {
   switch (destination) {
     case Destination::kMarker:
       builder.EndMarker();
@@ -82,7 +138,7 @@ void Reading::EndDestination(Destination destination) {
   }
 }
 
-void Reading::EndFont() {
+void RtfParser::EndFont() {
   if (font.name.empty() && font.charset < 0) return;
   FontEntry entry;
   const std::int32_t page = font.code_page > 0 ? font.code_page : CodePageOfCharset(font.charset);
@@ -102,7 +158,7 @@ void Reading::EndFont() {
   font = {};
 }
 
-void Reading::EndPicture() {
+void RtfParser::EndPicture() {
   PictureInProgress ended = std::exchange(picture, {});
   if (!ShowsObjects() || state.picture_use == PictureUse::kNone) return;
   if (state.picture_use == PictureUse::kShape)
@@ -111,7 +167,7 @@ void Reading::EndPicture() {
     ShowPicture(std::move(ended));
 }
 
-void Reading::EndProperty() {
+void RtfParser::EndProperty() {
   if (state.in_picture_properties) {
     if (property_name == L"wzDescription") picture.description = captured;
   } else if (!shapes.empty()) {
@@ -119,13 +175,13 @@ void Reading::EndProperty() {
   }
 }
 
-void Reading::EndShape() {
+void RtfParser::EndShape() {
   Shape ended = std::move(shapes.back());
   shapes.pop_back();
   if (ShowsObjects()) ShowPicture(std::move(ended).ShownPicture());
 }
 
-void Reading::ShowPicture(PictureInProgress shown) {
+void RtfParser::ShowPicture(PictureInProgress shown) {
   if (state.character.hidden) return;
   FinishedPicture finished = FinishPicture(std::move(shown));
   if (finished.problem) ++document.picture_problems[*finished.problem];
@@ -133,17 +189,15 @@ void Reading::ShowPicture(PictureInProgress shown) {
     builder.AppendPicture(*std::move(finished.picture), state.character, state.link);
 }
 
-void Reading::EndStyle() {
-  std::wstring name = std::exchange(style.name, {});
+void RtfParser::EndStyle() {
+  const std::wstring name = LowerAscii(std::exchange(style.name, {}));
   std::uint8_t heading = state.paragraph.heading;
-  for (wchar_t& letter : name)
-    if (letter >= L'A' && letter <= L'Z') letter = static_cast<wchar_t>(letter | 0x20);
   if (name.size() == 9 && name.starts_with(L"heading ") && name[8] >= L'1' && name[8] <= L'6')
     heading = static_cast<std::uint8_t>(name[8] - L'0');
   if (heading > 0) heading_styles[style.number] = heading;
 }
 
-void Reading::EndField() {
+void RtfParser::EndField() {
   if (fields.empty()) return;
   const std::wstring address = HyperlinkAddress(std::exchange(fields.back().instruction, {}));
   if (address.empty()) return;
