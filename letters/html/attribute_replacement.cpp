@@ -39,7 +39,6 @@ class AttributeReplacer {
   void CopyTag(const Replace& replace) {
     const std::wstring tag = LowerAscii(Take(L" \t\r\n\f/>"));
     for (;;) {
-      at_ = std::min(html_.find_first_not_of(L" \t\r\n\f/", at_), html_.size());
       if (at_ == html_.size() || At(L'>')) return;
       const std::size_t begin = at_;
       const std::wstring name = LowerAscii(Take(L" \t\r\n\f/>="));

@@ -15,7 +15,6 @@ std::string WriteHtml(const Document& document, const PageLayout& page) {
   const std::string body_style = (families.empty() ? "" : "font-family:" + families + ";") +
                                  "font-size:" + Points(std::int64_t{around.half_points} * 10);
   BlockWriter writer(document, around);
-  writer.Html().reserve(document.text.size() * 2);
   writer.Html() += HtmlStart(page, body_style);
   writer.Write(document.body);
   if (!document.notes.empty()) {

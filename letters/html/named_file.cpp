@@ -58,9 +58,7 @@ std::optional<std::wstring> Resolved(std::wstring path) {
 }  // namespace
 
 bool StartsWithoutCase(std::wstring_view text, std::wstring_view lower) {
-  return text.size() >= lower.size() &&
-         std::equal(lower.begin(), lower.end(), text.begin(),
-                    [](wchar_t a, wchar_t b) { return a == LowerAscii(b); });
+  return LowerAscii(text.substr(0, lower.size())) == lower;
 }
 
 std::optional<NamedFile> FileOfAddress(std::wstring_view address) {

@@ -95,9 +95,7 @@ bool MayHaveCells(const ParagraphFormat& format) {
 // Puts segments one after another.
 class LineBuilder {
  public:
-  LineBuilder(std::int64_t left, Segment first) : left_(left), at_(left) {
-    Push(std::move(first), Alignment::kLeft, 0);
-  }
+  LineBuilder(std::int64_t left, Segment first) : left_(left), at_(left) { Push(std::move(first)); }
 
   // `next_stop` is where the segment after it is set to.
   void Add(const TabStop& stop, Segment segment, std::int64_t next_stop) {
@@ -106,7 +104,7 @@ class LineBuilder {
     switch (stop.kind) {
       case TabKind::kLeft:
         Reach(position, stop.leader, 0);
-        Push(std::move(segment), Alignment::kLeft, 0);
+        Push(std::move(segment));
         at_ = position;
         break;
       case TabKind::kCentre: {
@@ -127,7 +125,7 @@ class LineBuilder {
           Push(std::move(segment), Alignment::kRight, end - at_);
         } else {
           Reach(end, stop.leader, width);
-          Push(std::move(segment), Alignment::kRight, 0);
+          Push(std::move(segment), Alignment::kRight);
         }
         End(end);
         break;
@@ -153,7 +151,7 @@ class LineBuilder {
   }
 
  private:
-  void Push(Segment segment, Alignment alignment, std::int64_t width) {
+  void Push(Segment segment, Alignment alignment = Alignment::kLeft, std::int64_t width = 0) {
     open_width_ = segment.width;
     ends_open_ = true;
     TabCell cell;

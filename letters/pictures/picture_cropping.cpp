@@ -16,7 +16,7 @@ Span PixelsLeft(std::int64_t size, std::int64_t cut_before, std::int64_t cut_aft
                 std::uint32_t pixels) {
   if (size <= 0) size = pixels * kTwipsPerPixel;
   const auto nearest = [&](std::int64_t twips) { return (twips * pixels + size / 2) / size; };
-  const std::int64_t begin = std::clamp<std::int64_t>(nearest(cut_before), 0, pixels - 1);
+  const std::int64_t begin = std::min<std::int64_t>(nearest(cut_before), pixels - 1);
   const std::int64_t end = std::clamp<std::int64_t>(nearest(size - cut_after), begin + 1, pixels);
   return {static_cast<std::uint32_t>(begin), static_cast<std::uint32_t>(end - begin)};
 }

@@ -8,11 +8,6 @@
 namespace pxscheduler {
 namespace {
 
-template <Destination kDestination>
-void Begin(RtfParser& parser, const Parameter&) {
-  parser.Begin(kDestination);
-}
-
 // A group around content that counts as if the group were not there.
 void PassThrough(RtfParser&, const Parameter&) {}
 
@@ -47,10 +42,7 @@ void AddDestinationWords(ControlWords& words) {
 
   words.AddDestination("field", [](RtfParser& p, const Parameter&) { p.BeginField(); });
   words.AddDestination("fldinst", [](RtfParser& p, const Parameter&) {
-    if (p.InBody())
-      p.Begin(Destination::kFieldInstruction);
-    else
-      p.Begin(Destination::kSkip);
+    p.Begin(p.InBody() ? Destination::kFieldInstruction : Destination::kSkip);
   });
   words.AddDestination("fldrslt", [](RtfParser& p, const Parameter&) {
     if (!p.fields.empty() && p.fields.back().link != 0) p.state.link = p.fields.back().link;

@@ -86,10 +86,8 @@ std::wstring DocumentBuilder::DropMarker(Story& story) {
 
 void DocumentBuilder::AddParagraph(ParagraphFormat format, const CharacterFormat& mark) {
   Story& story = Top();
-  if (format.list > document_.lists.size()) format.list = 0;
   long list_number = 0;
   if (format.list > 0) {
-    format.list_level = std::min<std::uint8_t>(format.list_level, 8);
     const ListLevel& level = document_.lists[format.list - 1U].levels[format.list_level];
     if (level.simple)
       list_number = NumberOfMarker(DropMarker(story), level.number_style);

@@ -35,7 +35,7 @@ void SetSectionPage(RtfParser& parser, const Parameter& parameter) {
 
 void AddHeaderWords(ControlWords& words) {
   words.Add("ansicpg", [](RtfParser& p, const Parameter& n) {
-    if (n.Number() > 0) p.SetDocumentCodePage(p.CodePageNumber(n.Number()));
+    p.SetDocumentCodePage(p.CodePageNumber(n.Number()));
   });
   words.Add("mac",
             [](RtfParser& p, const Parameter&) { p.SetDocumentCodePage(p.CodePageNumber(10000)); });
@@ -51,22 +51,20 @@ void AddHeaderWords(ControlWords& words) {
   words.Add("htmautsp",
             [](RtfParser& p, const Parameter& n) { p.document.spacing_collapses = n.On(); });
 
-  words.Add("fonttbl", [](RtfParser& p, const Parameter&) { p.Begin(Destination::kFontTable); });
+  words.Add("fonttbl", Begin<Destination::kFontTable>);
   words.Add("froman", SetFamily<FontFamily::kSerif>);
   words.Add("fswiss", SetFamily<FontFamily::kSansSerif>);
   words.Add("fmodern", SetFamily<FontFamily::kMonospace>);
   words.Add("fscript", SetFamily<FontFamily::kScript>);
   words.Add("fcharset", [](RtfParser& p, const Parameter& n) { p.font.charset = n.Number(); });
-  words.Add("cpg",
-            [](RtfParser& p, const Parameter& n) { p.font.code_page = std::max(0, n.Number()); });
+  words.Add("cpg", [](RtfParser& p, const Parameter& n) { p.font.code_page = n.Number(); });
 
-  words.Add("colortbl", [](RtfParser& p, const Parameter&) { p.Begin(Destination::kColourTable); });
+  words.Add("colortbl", Begin<Destination::kColourTable>);
   words.Add("red", [](RtfParser& p, const Parameter& n) { SetColourPart(p, n, 16); });
   words.Add("green", [](RtfParser& p, const Parameter& n) { SetColourPart(p, n, 8); });
   words.Add("blue", [](RtfParser& p, const Parameter& n) { SetColourPart(p, n, 0); });
 
-  words.Add("stylesheet",
-            [](RtfParser& p, const Parameter&) { p.Begin(Destination::kStyleSheet); });
+  words.Add("stylesheet", Begin<Destination::kStyleSheet>);
   words.Add("s", [](RtfParser& p, const Parameter& n) {
     if (p.state.destination == Destination::kStyleSheet) {
       p.style.number = n.Number();

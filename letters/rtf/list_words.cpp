@@ -13,20 +13,9 @@ constexpr std::size_t kMostLists = 60'000;
 
 // The number format codes (RTF 1.9.1, "\levelnfc") that HTML's lists have too; 0 for the others.
 wchar_t NumberStyle(std::int32_t code) {
-  switch (code) {
-    case 0:
-      return L'1';
-    case 1:
-      return L'I';
-    case 2:
-      return L'i';
-    case 3:
-      return L'A';
-    case 4:
-      return L'a';
-    default:
-      return 0;
-  }
+  constexpr std::wstring_view kStyles = L"1IiAa";
+  const auto index = static_cast<std::size_t>(code);
+  return index < kStyles.size() ? kStyles[index] : L'\0';
 }
 
 std::uint8_t Level(const Parameter& parameter) {
@@ -134,10 +123,8 @@ void EndOldList(RtfParser& parser) {
 }
 
 void AddListWords(ControlWords& words) {
-  words.AddDestination("listtable",
-                       [](RtfParser& p, const Parameter&) { p.Begin(Destination::kSkipText); });
-  words.AddDestination("listoverridetable",
-                       [](RtfParser& p, const Parameter&) { p.Begin(Destination::kSkipText); });
+  words.AddDestination({"listtable", "listoverridetable"}, Begin<Destination::kSkipText>);
+  words.AddDestination({"listname", "levelnumbers", "pnseclvl"}, Begin<Destination::kSkip>);
   words.AddDestination("list", [](RtfParser& p, const Parameter&) {
     if (p.state.destination != Destination::kSkipText) return;
     p.Begin(Destination::kList);
@@ -148,8 +135,6 @@ void AddListWords(ControlWords& words) {
     p.Begin(Destination::kListOverride);
     p.list = {};
   });
-  words.AddDestination("listname",
-                       [](RtfParser& p, const Parameter&) { p.Begin(Destination::kSkip); });
   words.Add("listlevel", [](RtfParser& p, const Parameter&) {
     if (p.state.destination == Destination::kList) ++p.list.levels;
   });
@@ -160,18 +145,12 @@ void AddListWords(ControlWords& words) {
     if (p.list.levels > 0 && p.list.levels <= p.list.restarts.size())
       p.list.restarts.at(p.list.levels - 1) = true;
   });
-  words.Add("levelnfc", [](RtfParser& p, const Parameter& n) {
-    OpenLevel(p).number_style = NumberStyle(n.Number());
-  });
-  words.Add("levelnfcn", [](RtfParser& p, const Parameter& n) {
+  words.Add({"levelnfc", "levelnfcn"}, [](RtfParser& p, const Parameter& n) {
     OpenLevel(p).number_style = NumberStyle(n.Number());
   });
   words.Add("levelstartat",
             [](RtfParser& p, const Parameter& n) { OpenLevel(p).start = std::max(0, n.Or(1)); });
-  words.AddDestination("leveltext",
-                       [](RtfParser& p, const Parameter&) { p.Begin(Destination::kLevelText); });
-  words.AddDestination("levelnumbers",
-                       [](RtfParser& p, const Parameter&) { p.Begin(Destination::kSkip); });
+  words.AddDestination("leveltext", Begin<Destination::kLevelText>);
   words.Add("listid", [](RtfParser& p, const Parameter& n) { p.list.id = n.Number(); });
   words.Add("ls", [](RtfParser& p, const Parameter& n) {
     if (p.state.destination == Destination::kListOverride) {
@@ -184,22 +163,15 @@ void AddListWords(ControlWords& words) {
   words.Add("ilvl",
             [](RtfParser& p, const Parameter& n) { p.state.paragraph.list_level = Level(n); });
 
-  words.AddDestination("listtext", [](RtfParser& p, const Parameter&) {
-    if (p.InBody()) p.Begin(Destination::kMarker);
-  });
-  words.AddDestination("pntext", [](RtfParser& p, const Parameter&) {
+  words.AddDestination({"listtext", "pntext"}, [](RtfParser& p, const Parameter&) {
     if (p.InBody()) p.Begin(Destination::kMarker);
   });
   words.AddDestination("pn", [](RtfParser& p, const Parameter&) {
     p.Begin(Destination::kOldList);
     p.old_list = {};
   });
-  words.AddDestination("pnseclvl",
-                       [](RtfParser& p, const Parameter&) { p.Begin(Destination::kSkip); });
-  words.AddDestination("pntxtb",
-                       [](RtfParser& p, const Parameter&) { p.Begin(Destination::kTextBefore); });
-  words.AddDestination("pntxta",
-                       [](RtfParser& p, const Parameter&) { p.Begin(Destination::kTextAfter); });
+  words.AddDestination("pntxtb", Begin<Destination::kTextBefore>);
+  words.AddDestination("pntxta", Begin<Destination::kTextAfter>);
   words.Add("pnlvlblt", [](RtfParser& p, const Parameter&) { p.old_list.bullet = true; });
   words.Add("pnlvl", [](RtfParser& p, const Parameter& n) { p.old_list.depth = n.Or(1); });
   words.Add("pnstart", [](RtfParser& p, const Parameter& n) {

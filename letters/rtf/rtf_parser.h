@@ -116,11 +116,12 @@ class RtfParser {
   void AppendUnicode(std::int32_t unit);
   void ResetCharacter();
   void ResetParagraph();
+  FontEntry FontNumber(std::int32_t number) const;
   void SetFont(std::int32_t number);
   void SetDocumentCodePage(const CodePage* page) {
     if (page != nullptr) document_code_page_ = page;
   }
-  // Null for one that the machine does not know.
+  // Null for 0, for a negative one and for one that the machine does not know.
   const CodePage* CodePageNumber(std::int32_t number);
   Colour ColourNumber(std::int32_t number) const;
   RowInProgress& Row() { return rows_[state.nested_row ? 1 : 0]; }
@@ -231,5 +232,11 @@ class RtfParser {
   bool at_section_start_ = false;  // of a section but the first
   bool section_continues_ = false;
 };
+
+// Makes a destination the action of a control word.
+template <Destination kDestination>
+void Begin(RtfParser& parser, const Parameter&) {
+  parser.Begin(kDestination);
+}
 
 }  // namespace pxscheduler

@@ -94,11 +94,8 @@ void RtfParser::EndDestination(Destination destination) {
       break;
     case Destination::kFontTable:
       EndFont();
-      groups_.back().font = {};
-      if (const auto found = fonts.find(default_font); found != fonts.end()) {
-        groups_.back().font = found->second;
-        groups_.back().character.font = found->second.index;
-      }
+      groups_.back().font = FontNumber(default_font);
+      groups_.back().character.font = groups_.back().font.index;
       break;
     case Destination::kFieldInstruction:
       EndField();
@@ -142,7 +139,7 @@ void RtfParser::EndFont() {
   if (font.name.empty() && font.charset < 0) return;
   FontEntry entry;
   const std::int32_t page = font.code_page > 0 ? font.code_page : CodePageOfCharset(font.charset);
-  if (page > 0) entry.code_page = CodePageNumber(page);
+  entry.code_page = CodePageNumber(page);
   entry.symbols = SymbolSetOf(font.name, font.charset == 2);
   if (entry.symbols == SymbolSet::kNone && !font.name.empty()) {
     const auto known = std::ranges::find(document.fonts, font.name, &Font::name);

@@ -22,6 +22,7 @@ bool IsControlCharacter(wchar_t character) {
 }  // namespace
 
 const CodePage* RtfParser::CodePageNumber(std::int32_t number) {
+  if (number <= 0) return nullptr;
   const auto [position, added] = code_pages_by_number_.try_emplace(number);
   if (added) {
     const std::string digits = std::to_string(number);
@@ -36,9 +37,13 @@ const CodePage* RtfParser::CodePageNumber(std::int32_t number) {
   return position->second.get();
 }
 
-void RtfParser::SetFont(std::int32_t number) {
+FontEntry RtfParser::FontNumber(std::int32_t number) const {
   const auto found = fonts.find(number);
-  state.font = found == fonts.end() ? FontEntry{} : found->second;
+  return found == fonts.end() ? FontEntry{} : found->second;
+}
+
+void RtfParser::SetFont(std::int32_t number) {
+  state.font = FontNumber(number);
   state.character.font = state.font.index;
 }
 

@@ -62,8 +62,7 @@ void AddTableWords(ControlWords& words) {
             [](RtfParser& p, const Parameter&) { EndRow(p, std::max(2, p.state.table_depth)); });
   words.AddDestination("nesttableprops",
                        [](RtfParser& p, const Parameter&) { p.state.nested_row = true; });
-  words.AddDestination("nonesttables",
-                       [](RtfParser& p, const Parameter&) { p.Begin(Destination::kSkip); });
+  words.AddDestination("nonesttables", Begin<Destination::kSkip>);
 
   words.Add("trowd", [](RtfParser& p, const Parameter&) { p.Row() = {}; });
   words.Add("trleft", [](RtfParser& p, const Parameter& n) { p.Row().row.left_edge = n.Length(); });

@@ -28,6 +28,9 @@ TEST(Utf8, ReplacesWhatIsMalformed) {
   };
   for (const Case& each : cases) EXPECT_EQ(FromUtf8(each.bytes), each.text);
   EXPECT_EQ(ToUtf8(std::wstring(1, wchar_t{0xD800})), "\xEF\xBF\xBD");
+  if (sizeof(wchar_t) == 4)
+    EXPECT_EQ(ToUtf8(std::wstring{static_cast<wchar_t>(0x10FFFF), static_cast<wchar_t>(0x110000)}),
+              "\xF4\x8F\xBF\xBF\xEF\xBF\xBD");
 }
 
 }  // namespace

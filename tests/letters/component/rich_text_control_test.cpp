@@ -97,6 +97,10 @@ TEST_F(RichTextControlTest, KnowsThePageOfTheDocument) {
   EXPECT_EQ(values("{\\rtf1 x}"), (Values{0, 0, 0, 0, 0, 0}));
   EXPECT_EQ(values("{\\rtf1\\paperw12240\\paperh15840\\margl1\\margr2\\margt3\\margb4 x}"),
             (Values{12240, 15840, 1, 3, 2, 4}));
+  EXPECT_EQ(values("{\\rtf1\\pgwsxn1\\pghsxn2\\marglsxn3\\margtsxn4\\margrsxn5\\margbsxn6 x}"),
+            (Values{1, 2, 3, 4, 5, 6}));
+  EXPECT_EQ(values("{\\rtf1\\paperw9\\margl8\\pgwsxn1\\marglsxn3\\paperw0\\margr-1 x}"),
+            (Values{9, 0, 8, 0, 0, 0}));
   EXPECT_EQ(values("{\\rtf1\\paperw11906\\paperh16838\\landscape x}"),
             (Values{16838, 11906, 0, 0, 0, 0}));
   EXPECT_EQ(values("{\\rtf1\\paperw16838\\paperh11906\\landscape x}"),

@@ -82,7 +82,7 @@ TEST(RtfConversion, Characters) {
       {R"(\\ \{ \} < & >)", "<P>\\ { } &lt; &amp; &gt;</p>"},
       {R"(\uc1\u8364?5 \u8364\'805 {\uc2\u8364ab5}\uc0\u8364 5)",
        "<P>\u20AC5 \u20AC5 \u20AC5\u20AC5</p>"},
-      {R"(\u-10180?\u-8318? \u-8318?)", "<P>\U0001F382 \uFFFD</p>"},
+      {R"(\u-8318?\u-10180?\u-8318? \u-8318?)", "<P>\uFFFD\U0001F382 \uFFFD</p>"},
       {"\\u8226\\par next", "<P>\u2022</p><P>next</p>"},
       {R"(\f2 \'b7\'61)", "<P>\u2022\u03B1</p>"},
       {R"({\f3 \'fc\'a7\'01}{\f4 \u-3844?}\u-3913?)",
@@ -93,7 +93,13 @@ TEST(RtfConversion, Characters) {
       {R"({\v hidden}{\*\unknown {gone}}{\known kept}{\header h}{\footerf f}{\info{\title t}})"
        R"({\*\annotation{\b a}})",
        "<P>kept</p>"},
-      {"x\\tab y", "<P>x&nbsp;&nbsp;&nbsp;&nbsp;&nbsp;&nbsp;&nbsp;&nbsp;&nbsp;&nbsp;y</p>"},
+      // Words without the number that they take.
+      {R"(\fs48\fs x\deftab9\deftab\tab\uc2\uc\u8364?y)",
+       "<P>x&nbsp;&nbsp;&nbsp;&nbsp;&nbsp;&nbsp;&nbsp;&nbsp;&nbsp;&nbsp;\u20ACy</p>"},
+      {"a\\\nb", "<P>a</p><P>b</p>"},
+      {R"(a\'1f\'7f\'9f\u65534?\u65535?\'a0b)", "<P>a&nbsp;b</p>"},
+      {R"(\f2 {\field{\*\fldinst HYPERLINK "b"}{\fldrslt c}})",
+       "<P><a href=\"b\" style=\"color:#000000;text-decoration:none\">\u03C7</a></p>"},
   });
 }
 
@@ -107,7 +113,12 @@ TEST(RtfConversion, CharacterFormats) {
       {R"(CO{\sub 2} m{\super 2} {\scaps s}{\caps c})",
        "<P>CO<sub>2</sub> m<sup>2</sup> <span style=\"font-variant:small-caps\">s</span>"
        "<span style=\"text-transform:uppercase\">c</span></p>"},
+      {R"({\ul a\ulnone b}{\up6 c\up0 d\dn e\nosupersub f}\cf1\cf g)",
+       "<P><u>a</u>b<sup>c</sup>d<sub>e</sub>fg</p>"},
       {R"(all of it \b\b0\b bold)", "<P>all of it <b>bold</b></p>"},
+      {R"({\cf1\i much red text}, plain)",
+       "<p style=\"margin:0;color:#ff0000;font-style:italic\">much red text"
+       "<span style=\"color:#000000;font-style:normal\">, plain</span></p>"},
       {R"(\b one {\lang1033 run} of \b1{\*\x}bold)",
        "<p style=\"margin:0;font-weight:bold\">one run of bold</p>"},
   });
@@ -130,10 +141,26 @@ TEST(RtfConversion, ParagraphFormats) {
       {R"(\box\brdrs\brdrw20\brsp40\cbpat1\shading2500 a\par b\par\pard c)",
        "<div style=\"border:1pt solid #000000;padding:2pt;background-color:#ff0000\"><P>a</p>"
        "<P>b</p></div><P>c</p>"},
+      {R"(\brdrdb\brdrb\brdrdb\brdrw\brdrr\brdrs\brdrw300\brdrt\brdrs\brdrbtw\brdrdot x)",
+       "<div style=\"border-top:0.75pt solid #000000;border-right:12.75pt solid #000000;"
+       "border-bottom:2.25pt double #000000\"><P>x</p></div>"},
+      {R"(\box\brdrs\brsp2000\brdrl\brdrnone a\par\pard\box\brdrs\brdrl\brdrnone b)",
+       "<div style=\"border-top:0.75pt solid #000000;border-right:0.75pt solid #000000;"
+       "border-bottom:0.75pt solid #000000;padding:72pt 72pt 72pt 0\"><P>a</p></div>"
+       "<div style=\"border-top:0.75pt solid #000000;border-right:0.75pt solid #000000;"
+       "border-bottom:0.75pt solid #000000\"><P>b</p></div>"},
       // What hangs out of the paragraph stands in its box.
       {R"(\box\brdrs\brdrw20\li400\fi-200 a\par\pard c)",
        "<div style=\"margin:0 0 0 10pt;border:1pt solid #000000\">"
        "<p style=\"margin:0 0 0 10pt;text-indent:-10pt\">a</p></div><P>c</p>"},
+      {R"(\sl240\slmult1 x\par\pard\sl240 y\par\pard\sl360\sl0\rtlpar\qr z\par\ql u\par\ltrpar v)",
+       "<P>x</p><P>y</p><p style=\"margin:0\" dir=\"rtl\">z</p>"
+       "<p style=\"margin:0;text-align:left\" dir=\"rtl\">u</p><P>v</p>"},
+      {R"(\li40000\outlinelevel5 a\par\outlinelevel6\li b\par\outlinelevel c)",
+       "<h6 style=\"margin:0 0 0 "
+       "1584pt;font-size:12pt;font-weight:normal\">a</h6><P>b</p><P>c</p>"},
+      {R"(\htmautsp\sa40 a\par\sb60\sa0 b)",
+       "<p style=\"margin:0 0 2pt\">a</p><p style=\"margin:3pt 0 0\">b</p>"},
       {R"(a\par\par\sbkpage b\page c)",
        "<P>a</p><P>&nbsp;</p><P>b</p><p style=\"margin:0;page-break-before:always\">c</p>"},
       {R"(a\column b\sect\sectd\sbknone c\sect d\sect\sectd e\sect\trowd\cellx9\intbl f\cell\row)",
