@@ -47,9 +47,11 @@ TEST_F(EmbeddedPictures, EmbedsFilesOfTheFolderAndData) {
           std::wstring(L"<IMG alt=\"a > b\" SRC='logo.png'><img src=img/a%20b.gif?v=1>"
                        L"<img src=\"") +
           kData +
-          L"\"><td background=\"file:///C:/Letters/img/../logo.png\">logo.png<img src=inside.png>"),
+          L"\"><td background=\"file:///C:/Letters/img/../logo.png\">logo.png<img src=inside.png>"
+          L"<img src='file:C:/Letters/logo.png'><img src=file://pc/C:/Letters/logo.png>"),
       L"<IMG alt=\"a > b\" SRC=\"cid:1\"><img src=\"cid:2\"><img src=\"cid:1\">"
-      L"<td background=\"cid:1\">logo.png<img src=\"cid:1\">");
+      L"<td background=\"cid:1\">logo.png<img src=\"cid:1\"><img src=\"cid:1\"><img "
+      L"src=\"cid:1\">");
   ASSERT_EQ(parts_.size(), 2U);
   EXPECT_EQ(parts_[0].bytes, kPng);
   EXPECT_EQ(parts_[0].media_type, "image/png");

@@ -94,25 +94,5 @@ TEST(CodePages, ComeFromFontsAndTheDocument) {
   EXPECT_EQ(text("{\\rtf1\\ansicpg65001 \xC3\xA9}"), "\u00E9\n");
 }
 
-// The letter of the demonstration, cut off anywhere: what is left of it is a document, and each
-// merge token that was whole before the cut is whole in it.
-TEST(CutOffLetter, KeepsItsTokensWhole) {
-  const std::string letter = ReadWholeFile(TESTS_FOLDER "/../demo/birthday.qzw").substr(30);
-  ASSERT_GT(letter.size(), 5000U);
-  ASSERT_EQ(Count(Converted(letter), "[First Name]"), 1U);
-  std::size_t tokens_before = 0;
-  for (std::size_t length = 0; length <= letter.size(); ++length) {
-    const std::string html = Converted(letter.substr(0, length));
-    ASSERT_TRUE(html.ends_with("</html>\n")) << length;
-    std::size_t tokens = 0;
-    for (const char* token :
-         {"[Birthday]", "[Email Address]", "[First Name]", "[Number]", "[Salutation]"})
-      tokens += Count(html, token);
-    ASSERT_GE(tokens, tokens_before) << length;
-    tokens_before = tokens;
-  }
-  EXPECT_GE(tokens_before, 5U);
-}
-
 }  // namespace
 }  // namespace pxscheduler

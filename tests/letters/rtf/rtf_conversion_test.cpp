@@ -67,18 +67,21 @@ void Expect(const Case (&cases)[kCount]) {
 }
 
 TEST(RtfConversion, WritesTheFileAround) {
-  const std::string html = Html("{\\rtf1 x}");
+  const std::string html = Html(R"({\rtf1\deff1{\fonttbl{\f0 A;}{\f1\fscript B;}}\f0 x{\f1 yy}})");
   EXPECT_TRUE(html.starts_with("<!DOCTYPE html>\n<html>"));
   EXPECT_TRUE(html.ends_with("</html>\n"));
   EXPECT_NE(html.find("charset=utf-8"), std::string::npos);
   EXPECT_NE(html.find("@page{size:595.3pt 841.9pt;margin:72pt}"), std::string::npos);
-  EXPECT_NE(html.find("width:595.3pt;max-width:100%;padding:72pt"), std::string::npos);
+  EXPECT_NE(html.find("width:595.3pt;max-width:100%;padding:72pt;font-family:B,cursive"),
+            std::string::npos);
 }
 
 TEST(RtfConversion, Characters) {
   Expect({
-      {R"(a\'e9\emdash\ldblquote x\rdblquote\~y\_z)",
-       "<P>a\u00E9\u2014\u201Cx\u201D&nbsp;y\u2011z</p>"},
+      {R"(a\'e9\emdash\endash\emspace\enspace\qmspace\bullet\lquote\rquote\ldblquote x\rdblquote)"
+       R"(\zwj\zwnj\zwbo\ltrmark\rtlmark\~y\_z\lbr)",
+       "<P>a\u00E9\u2014\u2013\u2003\u2002\u2005\u2022\u2018\u2019\u201Cx\u201D"
+       "\u200D\u200C\u200B\u200E\u200F&nbsp;y\u2011z<br></p>"},
       {R"(\\ \{ \} < & >)", "<P>\\ { } &lt; &amp; &gt;</p>"},
       {R"(\uc1\u8364?5 \u8364\'805 {\uc2\u8364ab5}\uc0\u8364 5)",
        "<P>\u20AC5 \u20AC5 \u20AC5\u20AC5</p>"},
@@ -252,9 +255,20 @@ TEST(RtfConversion, TabStops) {
                                R"(<td style="width:15pt">&nbsp;</td><td>end</td>)"))},
       {R"(\tlul\tx3000 Name:\tab)",
        in_div("0", row(";width:150pt", text + "Name:</td>" + leader("solid")))},
+      {R"(\tqr\tx3000\tqr\tx6000 a\tab b\tab c)",
+       in_div("0", row(";width:300pt", text + "a</td><td style=\"width:138pt\">&nbsp;</td>" +
+                                           right + "b</td>" + right_of("150pt", "c")))},
       {R"(\tqdec\tx2000\tab 9.50)",
        in_div("0", row(";width:115.35pt", right_of("115.35pt", "9.50")))},
   });
+  for (const auto& [word, line] : {std::pair("tldot", "1pt dotted"),
+                                   {"tlmdot", "1pt dotted"},
+                                   {"tlhyph", "1pt dashed"},
+                                   {"tlul", "1pt solid"},
+                                   {"tlth", "2pt solid"},
+                                   {"tleq", "3pt double"}})
+    EXPECT_NE(WholeBody("\\" + std::string(word) + "\\tx3000 a\\tab").find(line), std::string::npos)
+        << word;
   // Blanks stay where they do, and where cells would not.
   for (const char* rtf :
        {"\\tx3000 a\\tab b", R"(\tx1000\tqr\tx9000 a\tab b)", R"(\tx3000 a\tab b\line c)",
@@ -422,13 +436,22 @@ TEST(RtfConversion, ReadsOnWhateverIsWrong) {
             "xkept\n");
 }
 
+// Cut off anywhere, what is left is a document, and each merge token that was whole is in it.
 TEST(RtfConversion, ReadsEveryBeginning) {
   const std::string whole =
-      R"({\rtf1{\fonttbl{\f0 A;}}{\colortbl;\red1;}\trowd\cellx9{\b a\'e9\u8364?}\cell\row)"
-      R"({\field{\*\fldinst HYPERLINK "x"}{\fldrslt y}}{\pict\pngblip 8950\bin3 abc})"
-      R"({\footnote n}{\*\listtable{\list{\listlevel{\leveltext\'01.;}}\listid1}}})";
-  for (std::size_t length = 0; length < whole.size(); ++length)
-    EXPECT_TRUE(Html(whole.substr(0, length)).ends_with("</html>\n"));
+      R"({\rtf1{\fonttbl{\f0 A;}}{\colortbl;\red1;}[T1]\trowd\cellx9{\b a\'e9\u8364?[T2]}\cell\row)"
+      R"({\field{\*\fldinst HYPERLINK "[T3]"}{\fldrslt [T{\i 4]}}}{\pict\pngblip 8950\bin3 abc})"
+      R"({\footnote [T5]}{\*\listtable{\list{\listlevel{\leveltext\'01.;}}\listid1}}})";
+  std::ptrdiff_t tokens = 0;
+  for (std::size_t length = 0; length <= whole.size(); ++length) {
+    const std::string html = Html(whole.substr(0, length));
+    EXPECT_TRUE(html.ends_with("</html>\n"));
+    const std::regex token("\\[T\\d\\]");
+    const auto found = std::distance(std::sregex_iterator(html.begin(), html.end(), token), {});
+    EXPECT_GE(found, tokens) << length;
+    tokens = found;
+  }
+  EXPECT_EQ(tokens, 5);
 }
 
 }  // namespace
