@@ -5,8 +5,8 @@
 
 namespace pxscheduler {
 
-// Remembers which document each file of HTML was made from. What such a file names by a relative
-// path lies beside the document.
+// The document that each converted HTML file was made from. Relative paths in the file start at the
+// document's folder.
 class ConvertedFiles {
  public:
   void Add(const std::wstring& converted, const std::wstring& document) {

@@ -19,7 +19,7 @@ std::wstring ReplaceAll(std::wstring_view text, std::wstring_view find,
 // (1 to 19).
 void AppendWholeNumber(std::int64_t number, std::wstring& text, std::size_t least_digits = 1);
 
-// Whether the text holds both tags of an HTML document, "<html>" and "</html>", in any case.
+// Whether the text contains both tags of an HTML document, "<html>" and "</html>", in any case.
 bool IsHtmlDocument(std::wstring_view text);
 
 }  // namespace pxscheduler

@@ -22,8 +22,8 @@ class RichTextControl : public TextControl {
   // that is given.
   RichTextControl(System& system, const CodePages& code_pages, ConvertedFiles* converted = nullptr);
 
-  // One line of System::Warn tells of each kind of picture that is left out or not shown as the
-  // document has it.
+  // Warns once (System::Warn) of each kind of picture that is left out or not shown as the document
+  // has it.
   void Load(const std::wstring& path, std::int16_t offset, std::int16_t format) override;
   // Raises InvalidProcedureCall (5) for a format other than kFormatHtml or an offset other than 0.
   void Save(const std::wstring& path, std::int16_t offset, std::int16_t format) override;

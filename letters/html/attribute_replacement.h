@@ -7,9 +7,9 @@
 
 namespace pxscheduler {
 
-// Calls `replace` with the tag's name, the attribute's name (both in lower case) and the value, as
-// it stands between its quotation marks, of each attribute of the document, and puts what it
-// returns in the value's place; nothing else of the document changes. "" leaves the value as it is.
+// Replaces the value of each attribute by what `replace` returns for the tag's name, the
+// attribute's name (both in lower case) and the value as it stands between its quotation marks. ""
+// leaves the value as it is. Nothing else of the document changes.
 void ReplaceAttributes(
     std::wstring& html,
     const std::function<std::wstring(std::wstring_view tag, std::wstring_view attribute,

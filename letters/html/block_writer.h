@@ -18,10 +18,10 @@
 
 namespace pxscheduler {
 
-// What HTML and CSS call it.
+// Its name in HTML and CSS.
 std::string_view AlignmentName(Alignment alignment);
 
-// Inside of the HTML writer: writes paragraphs, lists and tables one after another.
+// Writes the blocks of a document as HTML: paragraphs, lists and tables.
 class BlockWriter {
  public:
   BlockWriter(const Document& document, const CharacterFormat& around)
@@ -48,6 +48,7 @@ class BlockWriter {
     bool covered = false;  // the open cell shows nothing
   };
 
+  // Whether a merged cell covers what is being written.
   bool Covered() const;
   const ParagraphFormat& FormatOf(const Block& block) const;
   void WriteParagraph(const std::vector<Block>& blocks, std::size_t at);

@@ -5,12 +5,12 @@
 
 namespace pxscheduler {
 
-// What the elements of HTML are for whoever renders them, by their names in small letters.
+// How the elements of HTML are rendered. Names are in lower case.
 
 // Whether it is one of these.
 bool IsElement(std::string_view name, std::initializer_list<std::string_view> names);
 bool IsHeading(std::string_view name);
-// Nothing of its content is shown.
+// Whether its content is not shown.
 bool IsUnseen(std::string_view name);
 bool IsBlock(std::string_view name);
 // Blocks that stand apart from their neighbours unless their style says otherwise.

@@ -17,15 +17,15 @@ std::wstring_view AttributeValue(const HtmlAttributes& attributes, std::string_v
 // The whole number that the value begins with.
 long NumberAttribute(const HtmlAttributes& attributes, std::string_view name, long otherwise);
 
-// What a parser tells about a document, in its order. Every element that starts also ends, and they
-// nest, however broken the document is. Element names are in lower case.
+// Receives the elements and the text of a document in its order. Every element that starts also
+// ends, and they nest, however broken the document is. Element names are in lower case.
 class HtmlHandler {
  public:
   virtual ~HtmlHandler() = default;
 
   virtual void StartElement(std::string_view name, const HtmlAttributes& attributes) = 0;
   virtual void EndElement(std::string_view name) = 0;
-  // Character data with its entities resolved, in pieces of any length. Scripts and style sheets
+  // Character data with its entities resolved, in parts of any length. Scripts and style sheets
   // are left out.
   virtual void Text(const std::wstring& text) = 0;
 };

@@ -5,7 +5,7 @@
 
 namespace pxscheduler {
 
-// What the plain rendering takes from the "style" attribute of an element (CSS 2.1).
+// What the plain rendering reads from the "style" attribute of an element (CSS 2.1).
 struct InlineStyle {
   bool hidden = false;         // display:none
   bool right_aligned = false;  // text-align:right

@@ -5,7 +5,8 @@
 
 namespace pxscheduler {
 
-// What a reader can use of a link's address: "" for a script or a place in the same document.
+// A link's address as plain text shows it, without "mailto:". "" for a script or a place in the
+// same document, which are of no use there.
 std::wstring ReadableAddress(std::wstring_view address);
 
 // Whether the link's text, but for the scheme and white space around it, is its address.

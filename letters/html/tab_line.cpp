@@ -23,7 +23,7 @@ struct Segment {
 };
 
 // `text` is that of the run, empty for a picture or a bookmark.
-void AddPiece(const Document& document, const Run& run, std::wstring_view text, Segment& segment) {
+void AddRun(const Document& document, const Run& run, std::wstring_view text, Segment& segment) {
   segment.runs.push_back(run);
   if (run.kind == Run::Kind::kPicture)
     segment.width += std::max(15, document.pictures[run.begin].width);
@@ -38,20 +38,21 @@ void AddPiece(const Document& document, const Run& run, std::wstring_view text, 
     segment.fraction = RoughWidth(text.substr(point), half_points);
 }
 
-// Hands over the pieces of each run that stand between two separators, and tells of each separator.
-template <typename AddPiece, typename Separate>
-void SplitRuns(const Document& document, std::span<const Run> runs, wchar_t separator,
-               AddPiece add_piece, Separate separate) {
+// Calls `add` with each part of a run between separators and its text, and `separate` for each
+// separator.
+template <typename Add, typename Separate>
+void SplitRuns(const Document& document, std::span<const Run> runs, wchar_t separator, Add add,
+               Separate separate) {
   for (Run run : runs) {
     if (run.kind != Run::Kind::kText) {
-      add_piece(run, std::wstring_view());
+      add(run, std::wstring_view());
       continue;
     }
     std::wstring_view text = std::wstring_view(document.text).substr(run.begin, run.length);
     for (;;) {
       const std::size_t end = std::min(text.find(separator), text.size());
       run.length = static_cast<std::uint32_t>(end);
-      if (end > 0) add_piece(run, text.substr(0, end));
+      if (end > 0) add(run, text.substr(0, end));
       if (end == text.size()) break;
       separate();
       run.begin += run.length + 1;
@@ -64,9 +65,7 @@ std::vector<Segment> SplitAtTabs(const Document& document, std::span<const Run> 
   std::vector<Segment> segments(1);
   SplitRuns(
       document, runs, L'\t',
-      [&](const Run& run, std::wstring_view text) {
-        AddPiece(document, run, text, segments.back());
-      },
+      [&](const Run& run, std::wstring_view text) { AddRun(document, run, text, segments.back()); },
       [&] { segments.emplace_back(); });
   return segments;
 }

@@ -6,7 +6,7 @@
 
 namespace pxscheduler {
 
-// A piece of plain text that stands on lines of its own.
+// Plain text that stands on lines of its own.
 struct TextBlock {
   std::wstring text;          // '\n' ends a line, U+00A0 is a blank at which no line is broken
   std::wstring first_indent;  // before the first line, for instance "  * "

@@ -13,7 +13,7 @@
 
 namespace pxscheduler {
 
-// Inside of the plain rendering: gathers the blocks of text that a parsed document shows.
+// Renders a document as plain text (plain_text.h) while it is parsed.
 class TextRenderer : public HtmlHandler {
  public:
   TextRenderer() { flows_.emplace_back(); }

@@ -13,7 +13,7 @@ namespace pxscheduler {
 // The same as a BMP file; "" for anything else.
 std::string BmpOfDib(std::string_view dib);
 
-// What is left of a bitmap, a bitmap again; "" for a compressed one and for anything else.
+// The bitmap cropped; "" for a compressed one and for anything else.
 std::string CropDib(std::string_view dib, const PictureCropping& cropping);
 
 }  // namespace pxscheduler

@@ -35,8 +35,8 @@ inline constexpr std::uint64_t kMostPixels = 50'000'000;
 PixelRectangle PixelsLeft(const PictureCropping& cropping, std::uint32_t width,
                           std::uint32_t height);
 
-// What is left of a PNG or JPEG picture, as a picture of the same kind. Nothing for anything else,
-// for a picture that is damaged and for one of more than kMostPixels.
+// A PNG or JPEG picture cropped, in its own format. Nothing for anything else, for a damaged
+// picture and for one of more than kMostPixels.
 std::optional<std::string> CropPicture(std::string_view picture, const PictureCropping& cropping);
 
 }  // namespace pxscheduler

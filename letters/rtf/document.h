@@ -68,7 +68,7 @@ enum class TabLeader : std::uint8_t { kNone, kDots, kHyphens, kLine, kThickLine,
 struct TabStop {
   std::int32_t position = 0;  // from the left page margin
   TabKind kind = TabKind::kLeft;
-  TabLeader leader = TabLeader::kNone;  // between what stands before it and what it sets
+  TabLeader leader = TabLeader::kNone;  // drawn along the tab
 
   // NOLINTNEXTLINE(modernize-use-nullptr): it looks into the comparison that the compiler writes
   friend auto operator<=>(const TabStop&, const TabStop&) = default;
@@ -131,8 +131,8 @@ struct CellFormat {
   Borders borders;
   Colour shading = kAutomatic;
   VerticalAlignment alignment = VerticalAlignment::kTop;
-  bool joins_left = false;   // is one cell with the one to its left
-  bool joins_above = false;  // is one cell with the one above it
+  bool joins_left = false;   // merged with the cell to its left
+  bool joins_above = false;  // merged with the cell above
 };
 
 struct RowFormat {
@@ -181,8 +181,8 @@ struct ListLevel {
   wchar_t number_style = 0;
   std::wstring bullet;
   std::int32_t start = 1;
-  // Whether number_style or bullet says all that there is to say about the marker. Where it does
-  // not, paragraphs carry their markers in their text and are no list items.
+  // Whether number_style or bullet describes the marker completely. Where it does not, the marker
+  // stays in the text of the paragraph, which is no list item.
   bool simple = false;
 
   friend bool operator==(const ListLevel&, const ListLevel&) = default;

@@ -11,16 +11,15 @@
 
 namespace pxscheduler {
 
-// Puts a document together from what a reader meets on its way: text and objects first, the end of
-// the paragraph, cell or row that they stand in after them. Bracketed tokens come out whole, in the
-// format of their "[".
+// Builds a document from what a reader comes across: text and objects first, then the end of the
+// paragraph, cell or row that holds them. Each bracketed token becomes part of one run, in the
+// format of its "[".
 class DocumentBuilder {
  public:
   static constexpr std::size_t kDeepestStory = 8;
   static constexpr int kDeepestTable = 8;  // tables nested deeper become part of the one outside
 
-  // Content that does not stand where it is met. A note goes to the document's notes; a box goes
-  // before the paragraph that is open around it.
+  // Where content goes: a note to the document's notes, a box before the paragraph around it.
   enum class StoryKind : std::uint8_t { kBody, kNote, kBox };
 
   explicit DocumentBuilder(Document& document);
@@ -28,8 +27,8 @@ class DocumentBuilder {
   void AppendText(std::wstring_view text, const CharacterFormat& format, std::uint32_t link);
   void AppendPicture(Picture picture, const CharacterFormat& format, std::uint32_t link);
   void AppendBookmark(std::wstring name);
-  // What has been appended to the open paragraph is the marker of a list item, to be left out where
-  // the paragraph turns out to be an item of a list that makes the same marker.
+  // Ends the marker of a list item, which is all of the open paragraph so far. It is dropped where
+  // the paragraph becomes an item of a list that shows markers itself.
   void EndMarker();
   // Whether the open paragraph has content.
   bool HasContent() const;

@@ -74,7 +74,7 @@ void RtfParser::EndGroup() {
     return;
   }
   if (groups_.empty()) return;
-  if (state.began_destination) EndDestination(state.destination);
+  if (state.began_destination) EndDestination();
   if (state.began_story) builder.EndStory(state.paragraph, state.character);
   if (state.began_field && !fields.empty()) fields.pop_back();
   if (state.began_shape) EndShape();

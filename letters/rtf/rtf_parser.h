@@ -24,8 +24,8 @@ namespace pxscheduler {
 
 enum class Destination : std::uint8_t {
   kText,
-  kSkip,      // everything up to the end of the group is passed over
-  kSkipText,  // only text is, destinations inside count
+  kSkip,      // the rest of the group is skipped
+  kSkipText,  // its text is skipped, destinations inside are not
   kMarker,    // the marker of a list item
   kFontTable,
   kColourTable,
@@ -96,7 +96,7 @@ class RtfParser {
 
   Document Read();
 
-  // Makes the group's text go elsewhere. Without effect where the text is passed over anyway.
+  // Sends the text of the open group to the destination. Without effect in one that is skipped.
   void Begin(Destination destination);
   void BeginStory(DocumentBuilder::StoryKind kind);
   void BeginField();
@@ -109,9 +109,9 @@ class RtfParser {
   void BreakPage();
   void BreakColumn();
   void BreakSection();
-  // Whether the section that has just begun goes on on the page of the one before.
+  // Whether the section that has just begun continues the page of the one before.
   void SetSectionContinues(bool continues);
-  // The format of the paragraph that ends here.
+  // The format of the paragraph that ends here, with the page break that is due before it.
   ParagraphFormat TakeParagraphFormat();
   void AppendUnicode(std::int32_t unit);
   void ResetCharacter();
@@ -194,7 +194,7 @@ class RtfParser {
  private:
   void StartGroup();
   void EndGroup();
-  void EndDestination(Destination destination);
+  void EndDestination();
   // Whether a picture or a bookmark stands where text is shown, or where its text alone is not.
   bool ShowsObjects() const;
   void HandleWord(const RtfToken& token);

@@ -87,8 +87,8 @@ bool RtfParser::ShowsObjects() const {
          around == Destination::kSkipText || around == Destination::kPropertyValue;
 }
 
-void RtfParser::EndDestination(Destination destination) {
-  switch (destination) {
+void RtfParser::EndDestination() {
+  switch (state.destination) {
     case Destination::kMarker:
       builder.EndMarker();
       break;

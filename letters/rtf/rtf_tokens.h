@@ -7,7 +7,7 @@
 
 namespace pxscheduler {
 
-// One piece of an RTF file (RTF 1.9.1, "RTF syntax").
+// A token of an RTF file (RTF 1.9.1, "RTF syntax").
 struct RtfToken {
   enum class Kind : std::uint8_t {
     kEnd,
@@ -25,8 +25,8 @@ struct RtfToken {
   std::optional<std::int32_t> value;
 };
 
-// Cuts the bytes into tokens. Nothing is an error: what is cut off by the end of the bytes is as
-// long as they are.
+// Splits the bytes into tokens. Nothing is an error: a token that the end of the bytes cuts off is
+// what there is of it.
 class RtfTokens {
  public:
   explicit RtfTokens(std::string_view bytes) : bytes_(bytes) {}

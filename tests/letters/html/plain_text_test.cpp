@@ -19,6 +19,7 @@ struct Case {
 };
 
 TEST(PlainText, RendersEachElement) {
+  const std::string quotes = "<blockquote><dd><blockquote><dd>";
   const Case cases[] = {
       {"", ""},
       {"Dear [First Name],<br>hello &amp; welcome &lt;back&gt;",
@@ -50,6 +51,7 @@ TEST(PlainText, RendersEachElement) {
       {"a<hr>b", "a\n\n----------------------------------------\n\nb\n"},
       {"<pre>  kept\n    as is</pre>", "  kept\n    as is\n"},
       {"<blockquote>said</blockquote>", "    said\n"},
+      {quotes + quotes + quotes + "deep", std::string(40, ' ') + "deep\n"},
       {"caf\u00E9 &euro;5 &#x1F382;", "caf\u00E9 \u20AC5 \U0001F382\n"},
       {std::string("a\0b", 3), "a b\n"},
   };

@@ -308,6 +308,11 @@ TEST(RtfConversion, Lists) {
        "<li style=\"margin:0 0 0 10pt\">b</li><LI>c</li></ul>"},
       {R"({\*\pn\pnlvlblt{\pntxtb\bullet}}{\pntext{\pict\pngblip 89504e470d0a1a0a00}\tab}a)",
        "<ul style=\"margin:0;padding:0 0 0 12pt;list-style-type:disc\"><LI>a</li></ul>"},
+      {R"(\box\brdrs a\par{\*\pn\pnlvlblt{\pntxtb -}}b\par\pard{\*\pn\pnlvlblt{\pntxtb '}}c)",
+       "<div style=\"border:0.75pt solid #000000\"><P>a</p></div>"
+       "<ul style=\"margin:0;padding:0 0 0 12pt;list-style-type:'-\u00A0'\">"
+       "<li style=\"margin:0;border:0.75pt solid #000000\">b</li></ul>"
+       "<ul style=\"margin:0;padding:0 0 0 12pt;list-style-type:disc\"><LI>c</li></ul>"},
       // A marker that HTML's lists cannot make stays text.
       {R"({\*\pn\pnlvlbody\pndec{\pntxta )}}{\pntext 1) }a)", "<P>1) a</p>"},
   });
@@ -360,6 +365,15 @@ TEST(RtfConversion, Tables) {
            "</th><th style=\"width:72pt;height:30pt;padding:5pt 0;border-bottom:1pt solid #000000;"
            "background-color:#808080;vertical-align:bottom;font-weight:normal;text-align:left\">" +
            p("b") + "</th></tr></table>"},
+      // Spaces do not add up across the edges of a table and its cells.
+      {R"(\sa100 x\par\trowd\trgaph0\trqr\trleft720\cellx2160\intbl\sb60 a\cell\row\pard\sb40 b)",
+       R"(<p style="margin:0 0 5pt">x</p><TABLE align="right" style="border-collapse:collapse;)"
+       "width:72pt" +
+           font + row + cell +
+           "<p style=\"margin:3pt 0 5pt\">a</p></td></tr></table>"
+           "<p style=\"margin:2pt 0 0\">b</p>"},
+      {R"(\trowd\trgaph-9\trleft720\cellx2160\intbl a\cell\row)",
+       table + "72pt;FONT;margin-left:36pt\">" + row + cell + p("a") + "</td></tr></table>"},
       // Edges that only some rows have.
       {R"(\trowd\trgaph0\cellx2880\intbl a\cell\row\trowd\trgaph0\cellx1440\cellx2885\intbl b)"
        R"(\cell c\cell\row)",
