@@ -66,10 +66,8 @@ void BlockWriter::StartCell() {
 }
 
 void BlockWriter::EndCell() {
-  if (!Covered()) {
-    CloseBox();
-    CloseLists(0);
-  }
+  CloseBox();
+  CloseLists(0);
   lists_outside_ = lists_before_.back();
   lists_before_.pop_back();
   // A cell that is covered together with the ones that join it on its left stays so.

@@ -42,9 +42,8 @@ std::optional<std::string> DataBytes(std::wstring_view address) {
   const std::size_t comma = address.find(L',');
   if (comma == std::wstring_view::npos || !address.substr(0, comma).ends_with(L";base64"))
     return std::nullopt;
-  std::string digits;
-  for (const wchar_t digit : address.substr(comma + 1))
-    if (digit > L' ') digits += digit < 0x80 ? static_cast<char>(digit) : '?';
+  std::string digits = ToUtf8(address.substr(comma + 1));
+  std::erase_if(digits, [](unsigned char digit) { return digit <= ' '; });
   return DecodeBase64(digits);
 }
 

@@ -44,7 +44,6 @@ void TextRenderer::StartElement(std::string_view name, const HtmlAttributes& att
 }
 
 void TextRenderer::EndElement(std::string_view name) {
-  if (elements_.empty()) return;
   const Element element = std::move(elements_.back());
   elements_.pop_back();
   if (hidden_ == 0) {
@@ -75,7 +74,6 @@ void TextRenderer::Text(const std::wstring& text) {
 }
 
 std::wstring TextRenderer::Result() {
-  while (!tables_.empty()) CloseTable();
   FinishParagraph();
   std::wstring text;
   for (const std::wstring& line : LayOut(flows_.front().blocks, kWidth)) text += line + L'\n';
@@ -126,21 +124,21 @@ void TextRenderer::Close(std::string_view name) {
   } else if (name == "a") {
     CloseLink();
   } else if (name == "pre") {
-    if (preformatted_ > 0) --preformatted_;
+    --preformatted_;
   } else if (name == "ul" || name == "ol") {
-    if (!lists_.empty()) lists_.pop_back();
+    lists_.pop_back();
   } else if (IsElement(name, {"li", "blockquote", "dd"})) {
     marker_.reset();
-    if (!indents_.empty()) indents_.pop_back();
+    indents_.pop_back();
   } else if (name == "table") {
     if (tables_too_deep_ > 0)
       --tables_too_deep_;
-    else if (!tables_.empty())
+    else
       CloseTable();
   } else if (name == "td" || name == "th") {
     if (tables_too_deep_ > 0)
       FinishParagraph();
-    else if (!tables_.empty())
+    else
       CloseCell();
   }
 }
@@ -222,7 +220,6 @@ void TextRenderer::UnderlineHeading(wchar_t underline) {
 }
 
 void TextRenderer::CloseLink() {
-  if (links_.empty()) return;
   const Link link = std::move(links_.back());
   links_.pop_back();
   if (link.address.empty() || link.flow != flows_.size()) return;

@@ -37,7 +37,6 @@ void TextRenderer::CloseCell() {
 }
 
 void TextRenderer::CloseTable() {
-  CloseCell();
   FinishParagraph();  // what stood between the cells goes before the table
   Table table = std::move(tables_.back());
   tables_.pop_back();

@@ -30,7 +30,8 @@ TEST(PlainText, RendersEachElement) {
        "One\ntwo\n\nthree\n"},
       {"<h1>Offers</h1><p>of May</p><h2>Spain</h2>text",
        "Offers\n======\n\nof May\n\nSpain\n-----\n\ntext\n"},
-      {"<h1>For [First Name]</h1>", "For [First Name]\n"},
+      {"<p style='margin-bottom:4.9pt'>One</p><p style='margin-top:0'>two</p>", "One\ntwo\n"},
+      {"<h1></h1><h1>For [First Name]</h1>", "For [First Name]\n"},
       {"<p>Before</p><ul><li>one<li>two<ol start=3 type=i><li>deep</ol></ul><p>After</p>",
        "Before\n\n* one\n* two\n  iii. deep\n\nAfter\n"},
       {"<ol style='list-style-type:Upper-Roman' start=4><li>a<li value=9>b</ol>", "IV. a\nIX. b\n"},
@@ -49,7 +50,7 @@ TEST(PlainText, RendersEachElement) {
        "seen\n"},
       {"a<br><br><br><br>b<p><br><br><br><br></p>c", "a\n\n\n\nb\n\n\nc\n"},
       {"a<hr>b", "a\n\n----------------------------------------\n\nb\n"},
-      {"<pre>  kept\n    as is</pre>", "  kept\n    as is\n"},
+      {"<pre>  kept\n\tas is</pre>", "  kept\n    as is\n"},
       {"<blockquote>said</blockquote>", "    said\n"},
       {quotes + quotes + quotes + "deep", std::string(40, ' ') + "deep\n"},
       {"caf\u00E9 &euro;5 &#x1F382;", "caf\u00E9 \u20AC5 \U0001F382\n"},
@@ -70,6 +71,7 @@ TEST(PlainText, RendersTables) {
        "A  b\n   c\nwide cell\n"},
       // A table for the layout alone.
       {"<table><tr><td><p>One</p><p>Two</p></td></tr></table>", "One\n\nTwo\n"},
+      {"<table><tr><td>a<br>b</td></tr><tr><td>c</td></tr></table>", "a\nb\nc\n"},
       {"<table><tr><td>out<table><tr><td>in</td><td>ner</td></tr></table></td>"
        "<td>x</td></tr></table>",
        "out      x\n\nin  ner\n"},

@@ -56,6 +56,8 @@ const std::string kTwoPixels =
 const std::string kSecondPixel =
     "Qk06AAAAAAAAADYAAAAoAAAAAQAAAAEAAAABABgAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAABAUGAA==";
 
+std::string Blanks(int count) { return count > 0 ? Blanks(count - 1) + "&nbsp;" : ""; }
+
 struct Case {
   std::string rtf;
   std::string html;
@@ -97,8 +99,7 @@ TEST(RtfConversion, Characters) {
        R"({\*\annotation{\b a}})",
        "<P>kept</p>"},
       // Words without the number that they take.
-      {R"(\fs48\fs x\deftab9\deftab\tab\uc2\uc\u8364?y)",
-       "<P>x&nbsp;&nbsp;&nbsp;&nbsp;&nbsp;&nbsp;&nbsp;&nbsp;&nbsp;&nbsp;\u20ACy</p>"},
+      {R"(\fs48\fs x\deftab9\deftab\tab\uc2\uc\u8364?y)", "<P>x" + Blanks(10) + "\u20ACy</p>"},
       {"a\\\nb", "<P>a</p><P>b</p>"},
       {R"(a\'1f\'7f\'9f\u65534?\u65535?\'a0b)", "<P>a&nbsp;b</p>"},
       {R"(\f2 {\field{\*\fldinst HYPERLINK "b"}{\fldrslt c}})",
@@ -201,6 +202,8 @@ TEST(RtfConversion, FieldsNotesAndBookmarks) {
        R"({\*\bkmkend top}{\*\bkmkstart other}here it is)",
        R"(<P><a href="#top" style="color:#0000ff;text-decoration:underline">up</a> )"
        "<a name=\"top\"></a>here it is</p>"},
+      {R"({\field{\*\fldinst HYPERLINK "b"}{\fldrslt c{\i d}{\strike e}}})",
+       "<P><a href=\"b\" style=\"color:#000000;text-decoration:none\">c<i>d</i><s>e</s></a></p>"},
       {R"(on {\field{\*\fldinst DATE}{\fldrslt 12 May}})", "<P>on 12 May</p>"},
       {R"(text{\super\chftn{\footnote\pard\plain{\super\chftn} the note}} goes on\par end)",
        R"(<P>text<sup>1</sup> goes on</p><P>end</p><hr size="1" width="33%" align="left"><P>)"
@@ -255,9 +258,11 @@ TEST(RtfConversion, TabStops) {
                                R"(<td style="width:15pt">&nbsp;</td><td>end</td>)"))},
       {R"(\tlul\tx3000 Name:\tab)",
        in_div("0", row(";width:150pt", text + "Name:</td>" + leader("solid")))},
-      {R"(\tqr\tx3000\tqr\tx6000 a\tab b\tab c)",
-       in_div("0", row(";width:300pt", text + "a</td><td style=\"width:138pt\">&nbsp;</td>" +
-                                           right + "b</td>" + right_of("150pt", "c")))},
+      {R"(\tx3000\tqr\tx6000 a\tab b\tab 1)",
+       in_div("0", row(";width:300pt", R"(<td style="width:150pt">a</td>)" + text + "b</td>" +
+                                           R"(<td style="width:138pt">&nbsp;</td>)" + right +
+                                           "1</td>"))},
+      {R"(\tqdec\tx2000\tab 9)", in_div("0", row(";width:100pt", right_of("100pt", "9")))},
       {R"(\tqdec\tx2000\tab 9.50)",
        in_div("0", row(";width:115.35pt", right_of("115.35pt", "9.50")))},
   });
