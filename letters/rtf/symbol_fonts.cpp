@@ -35,7 +35,10 @@ constexpr std::array<std::pair<unsigned char, char16_t>, 34> kWingdings = {{
     {0xFC, u'\u2714'}, {0xFD, u'\u2612'}, {0xFE, u'\u2611'}, {0x20, u' '},
 }};
 
-std::wstring Single(char16_t character) { return std::wstring(1, static_cast<wchar_t>(character)); }
+std::wstring Single(char16_t character) {
+  std::wstring text(1, static_cast<wchar_t>(character));
+  return text;
+}
 
 }  // namespace
 

@@ -100,6 +100,8 @@ TEST(RtfConversion, Characters) {
        "<P>kept</p>"},
       // Words without the number that they take.
       {R"(\fs48\fs x\deftab9\deftab\tab\uc2\uc\u8364?y)", "<P>x" + Blanks(10) + "\u20ACy</p>"},
+      {R"(\tx720\tx31680 xxxxxxxxxx\line\tab y\tab z)",
+       "<P>xxxxxxxxxx<br>" + Blanks(12) + "y" + Blanks(80) + "z</p>"},
       {"a\\\nb", "<P>a</p><P>b</p>"},
       {R"(a\'1f\'7f\'9f\u65534?\u65535?\'a0b)", "<P>a&nbsp;b</p>"},
       {R"(\f2 {\field{\*\fldinst HYPERLINK "b"}{\fldrslt c}})",
