@@ -43,7 +43,6 @@ void RtfParser::Begin(Destination destination) {
 void RtfParser::BeginStory(DocumentBuilder::StoryKind kind) {
   if (!InBody() && state.destination != Destination::kSkipText) return;
   if (unsaved_groups_ > 0) return;
-  Flush();
   state.destination = Destination::kText;
   // Content that is nested deeper becomes part of the content around it.
   if (builder.InDeepestStory()) return;

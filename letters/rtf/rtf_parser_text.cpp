@@ -53,7 +53,6 @@ void RtfParser::AppendText(std::wstring_view text) {
 }
 
 void RtfParser::AppendUnicode(std::int32_t unit) {
-  Flush();
   const auto code = static_cast<char32_t>(unit < 0 ? unit + 0x10000 : unit);
   fallback_to_skip_ = state.unicode_fallback;
   const char32_t high = std::exchange(high_surrogate_, 0);

@@ -167,6 +167,7 @@ TEST(RtfConversion, ParagraphFormats) {
        "1584pt;font-size:12pt;font-weight:normal\">a</h6><P>b</p><P>c</p>"},
       {R"(\htmautsp\sa40 a\par\sb60\sa0 b)",
        "<p style=\"margin:0 0 2pt\">a</p><p style=\"margin:3pt 0 0\">b</p>"},
+      {R"(a\sect b)", "<P>a</p><p style=\"margin:0;page-break-before:always\">b</p>"},
       {R"(a\par\par\sbkpage b\page c)",
        "<P>a</p><P>&nbsp;</p><P>b</p><p style=\"margin:0;page-break-before:always\">c</p>"},
       {R"(a\column b\sect\sectd\sbknone c\sect d\sect\sectd e\sect\trowd\cellx9\intbl f\cell\row)",
@@ -299,11 +300,11 @@ TEST(RtfConversion, Lists) {
        "<ul style=\"margin:0;padding:0 0 0 36pt;list-style-type:disc\"><LI>one"
        R"(<ol type="a" start="3" style="margin:0;padding:0 0 0 36pt"><LI>deep</li></ol></li>)"
        "<LI>two</li></ul><P>after</p>"},
-      {R"(\li360\fi-360{\pntext 1.\tab}{\*\pn\pnlvlbody\pndec{\pntxta .}}a\par{\pntext 2.\tab}b)"
-       "\\par\\pard c",
+      {R"(\li360\fi-360{\pntext 1.\tab}{\*\pn\pnlvlbody\pnstart7\pnstart\pndec{\pntxta .}}a)"
+       R"(\par{\pntext 2.\tab}b\par\pard c)",
        "<ol style=\"margin:0;padding:0 0 0 18pt\"><LI>a</li><LI>b</li></ol><P>c</p>"},
       // The old form with levels, of which the outer one goes on after the inner one.
-      {R"({\pntext 1.}{\*\pn\pnlvl1\pndec{\pntxta .}}\li360 a\par\pard{\pntext b.}{\*\pn\pnlvl2)"
+      {R"({\pntext 1.}{\*\pn\pnlvl\pndec{\pntxta .}}\li360 a\par\pard{\pntext b.}{\*\pn\pnlvl2)"
        R"(\pnlcltr\pnstart2{\pntxta .}}\li720 b\par\pard{\pntext 2.}{\*\pn\pnlvl1\pndec)"
        "{\\pntxta .}}\\li360 c",
        "<ol style=\"margin:0;padding:0 0 0 18pt\"><LI>a"
@@ -327,10 +328,11 @@ TEST(RtfConversion, Lists) {
             "* one\n  c. x\n  d. y\n* two\n");
   // References to one list count on together, unless one has a start of its own.
   EXPECT_EQ(
-      Plain(R"({\*\listtable{\list{\listlevel\levelnfc0{\leveltext\'02\'00.;}}\listid7}})"
-            R"({\*\listoverridetable{\listoverride\listid7\ls1}{\listoverride\listid7\ls2})"
-            R"({\listoverride\listid7{\lfolevel\listoverridestartat\levelstartat5}\ls3}}\ls1 a\par)"
-            R"(\ls0 x\par\ls2 b\par\ls3 c\par\ls1 d\par)"),
+      Plain(
+          R"({\*\listtable{\list{\listlevel\levelnfc0\levelstartat4\levelstartat{\leveltext\'02\'00.;}}\listid7}})"
+          R"({\*\listoverridetable{\listoverride\listid7\ls1}{\listoverride\listid7\ls2})"
+          R"({\listoverride\listid7{\lfolevel\listoverridestartat\levelstartat5}\ls3}}\ls1 a\par)"
+          R"(\ls0 x\par\ls2 b\par\ls3 c\par\ls1 d\par)"),
       "1. a\nx\n2. b\n5. c\n3. d\n");
   // What a marker shows counts where a list begins.
   const auto item = [](const std::string& style, const std::string& marker) {
@@ -362,14 +364,17 @@ TEST(RtfConversion, Tables) {
        table + "144pt" + font + row + R"(<td colspan="2" style="width:144pt">)" + p("wide") +
            p("&nbsp;") + "</td></tr>" + row + R"(<td rowspan="2" style="width:72pt">)" + p("high") +
            "</td>" + cell + p("b") + "</td></tr>" + row + "<td>" + p("c") + "</td></tr></table>"},
-      {R"(\trowd\trqc\trgaph0\trpaddt100\trpaddb100\trbrdrb\brdrs\brdrw20\trrh600\trhdr)"
-       R"(\clvertalc\clbrdrt\brdrdb\brdrw45\brdrcf1\clcbpat2\cellx1440\clvertalb\clshdng5000)"
+      {R"(\trowd\trqc\trgaph0\trpaddt100\trpaddb100\trbrdrb\brdrs\brdrw20\trbrdrl\brdrdot\trbrdrt)"
+       R"(\brdrdash\trrh600\trhdr\clvertalc\clbrdrt\brdrdb\brdrw45\brdrcf1\clbrdrl\brdrs\clbrdrr)"
+       R"(\brdrdot\clcbpat2\cellx1440\clvertalb\clshdng5000)"
        R"(\cellx2880\intbl a\cell b\cell\row)",
        R"(<TABLE align="center" style="border-collapse:collapse;width:144pt)" + font + row +
            "<th style=\"width:72pt;height:30pt;padding:5pt 0;border-top:2.25pt double #ff0000;"
+           "border-right:0.75pt dotted #000000;border-left:0.75pt solid #000000;"
            "background-color:#0000ff;vertical-align:middle;font-weight:normal;text-align:left\">" +
            p("a") +
-           "</th><th style=\"width:72pt;height:30pt;padding:5pt 0;border-bottom:1pt solid #000000;"
+           "</th><th style=\"width:72pt;height:30pt;padding:5pt 0;border-top:0.75pt dashed "
+           "#000000;border-bottom:1pt solid #000000;border-left:0.75pt dotted #000000;"
            "background-color:#808080;vertical-align:bottom;font-weight:normal;text-align:left\">" +
            p("b") + "</th></tr></table>"},
       // Spaces do not add up across the edges of a table and its cells.
