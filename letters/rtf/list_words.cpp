@@ -68,11 +68,10 @@ std::uint16_t OldOutline(RtfParser& parser, const ListLevel& level, std::size_t 
 
 }  // namespace
 
-// The text of a level's marker: its length, then characters, among them the numbers 0 to 8 that
-// stand for the number of that level.
+// The text of a level's marker: its length, as many characters, among them the numbers 0 to 8 that
+// stand for the number of that level, and a semicolon.
 void EndLevelText(RtfParser& parser) {
   std::wstring text = std::exchange(parser.captured, {});
-  if (text.ends_with(L';')) text.pop_back();
   if (text.empty() || parser.list.levels == 0 || parser.list.levels > 9) return;
   ListLevel& level = OpenLevel(parser);
   const auto length = static_cast<std::size_t>(static_cast<char32_t>(text.front()));

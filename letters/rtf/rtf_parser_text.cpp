@@ -24,16 +24,7 @@ bool IsControlCharacter(wchar_t character) {
 const CodePage* RtfParser::CodePageNumber(std::int32_t number) {
   if (number <= 0) return nullptr;
   const auto [position, added] = code_pages_by_number_.try_emplace(number);
-  if (added) {
-    const std::string digits = std::to_string(number);
-    if (number == 10000)
-      position->second = code_pages_.Find("macintosh");
-    else if (number == 65001)
-      position->second = code_pages_.Find("UTF-8");
-    else
-      position->second = code_pages_.Find("windows-" + digits);
-    if (position->second == nullptr) position->second = code_pages_.Find("cp" + digits);
-  }
+  if (added) position->second = code_pages_.Find("windows-" + std::to_string(number));
   return position->second.get();
 }
 

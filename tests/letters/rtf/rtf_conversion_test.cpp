@@ -429,10 +429,10 @@ TEST(RtfConversion, Pictures) {
       {R"({\object\objemb{\*\objdata 0102}{\result{\pict\pngblip )" + png + "}}}",
        R"(<P><img src="data:image/png;base64,iVBORw0KGgoA" alt="" border="0"></p>)"},
       {"{\\pict\\wmetafile8 0102}only a metafile", "<P>only a metafile</p>"},
-      {R"({\pict\dibitmap0\picwgoal600\pichgoal300\piccropl300\piccropt-90\picscalex200 )" +
+      {R"({\pict\dibitmap0\picwgoal600\pichgoal1500\piccropl300\piccropt-90\picscalex200 )" +
            kTwoPixels + "}",
        "<P><img src=\"data:image/bmp;base64," + kSecondPixel +
-           R"(" width="40" height="20" alt="" border="0"></p>)"},
+           R"(" width="40" height="100" alt="" border="0"></p>)"},
       // One that cannot be cropped is shown whole.
       {R"({\pict\pngblip\picwgoal600\pichgoal300\piccropl300 89504e470d0a1a0a00})",
        R"(<P><img src="data:image/png;base64,iVBORw0KGgoA" width="40" height="20" alt="" )"
