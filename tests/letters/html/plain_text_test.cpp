@@ -24,7 +24,7 @@ TEST(PlainText, RendersEachElement) {
       {"", ""},
       {"Dear [First Name],<br>hello &amp; welcome &lt;back&gt;",
        "Dear [First Name],\nhello & welcome <back>\n"},
-      {"<p>One\n  two</p><p>three</p>", "One two\n\nthree\n"},
+      {"<p>One\ntwo  </p> <p>three</p>", "One two\n\nthree\n"},
       {"<p style='margin:0'>One</p><p style='margin: 0pt 0 12pt'>two</p><p "
        "style='margin:0'>three</p>",
        "One\ntwo\n\nthree\n"},

@@ -265,6 +265,8 @@ TEST(RtfConversion, TabStops) {
        in_div("0", row(";width:300pt", R"(<td style="width:150pt">a</td>)" + text + "b</td>" +
                                            R"(<td style="width:138pt">&nbsp;</td>)" + right +
                                            "1</td>"))},
+      {R"(\tqr\tx1000\tqr\tx3000\tab 1\tab 2)",
+       in_div("0", row(";width:150pt", right_of("50pt", "1") + right_of("100pt", "2")))},
       {R"(\tqdec\tx2000\tab 9)", in_div("0", row(";width:100pt", right_of("100pt", "9")))},
       {R"(\tqdec\tx2000\tab 9.50)",
        in_div("0", row(";width:115.35pt", right_of("115.35pt", "9.50")))},
@@ -384,8 +386,9 @@ TEST(RtfConversion, Tables) {
            font + row + cell +
            "<p style=\"margin:3pt 0 5pt\">a</p></td></tr></table>"
            "<p style=\"margin:2pt 0 0\">b</p>"},
-      {R"(\trowd\trgaph-9\trleft720\cellx2160\intbl a\cell\row)",
-       table + "72pt;FONT;margin-left:36pt\">" + row + cell + p("a") + "</td></tr></table>"},
+      {R"(\trowd\trgaph-9\trleft720\cellx2160\cellx3600\intbl a\cell\row)",
+       table + "144pt;FONT;margin-left:36pt\">" + row + cell + p("a") + "</td>" + cell +
+           "</td></tr></table>"},
       // Edges that only some rows have.
       {R"(\trowd\trgaph0\cellx2880\intbl a\cell\row\trowd\trgaph0\cellx1440\cellx2885\intbl b)"
        R"(\cell c\cell\row)",
