@@ -3,7 +3,6 @@
 
 #include "config/helper_library.h"
 #include "data/ado/data_access.h"
-#include "data/value.h"
 #include "db/database.h"
 #include "db/saved_query.h"
 #include "tests/support/com_fixture.h"
@@ -12,34 +11,31 @@ namespace pxscheduler {
 namespace {
 
 using testing::ElementsAre;
+using testing::StartsWith;
 
 constexpr char kOpenWith[] =
     "Connection.Open(\"Provider=SQLOLEDB;Persist Security Info=False;User ID=appuser;Password=";
 
-class Ado : public ComFixture {
+class AdoTest : public ComFixture {
  protected:
-  Ado() {
-    InstallDataObjects();
-    SetRows(
-        "? SELECT QueryString\nQueryString\ntext:SELECT * FROM Clients\n"
-        "? SELECT *\nEmail\tSendEmail\tNumber\tBirthday\tBalance\n"
-        "text:b@x\tbool:True\tlong:7\tdate:46342.75\tmoney:-12.5\n"
-        "text:A@x\tbool:False\tlong:-1\tnull\tnull\n");
-  }
+  AdoTest() { InstallDataObjects(); }
   void Open() { OpenDatabase(registry_, ansi_, passwords_, *connection_, L"agency"); }
+  void Query(const std::wstring& sql) { result_set_->Open(sql, *connection_, -1, -1, -1); }
 
   FakeRegistry registry_;
   Latin1CodePage ansi_;
   FakePasswords passwords_;
-  PictureRegional regional_ = EnglishRegional();
   std::unique_ptr<Connection> connection_ = NewWindowsConnection(system_, {});
   std::unique_ptr<Recordset> result_set_ = NewWindowsRecordset();
 };
 
-TEST_F(Ado, TheSavedQueryIsLookedUpByTheseCallsInThisOrder) {
+TEST_F(AdoTest, TheSavedQueryIsLookedUpByTheseCallsInThisOrder) {
+  const std::wstring lookup =
+      L"SELECT QueryString FROM MarketingQueries WHERE QueryName='News' AND UserID=0";
+  server_.script.result_sets[lookup] = {{L"QueryString"}, {{L"SELECT * FROM Clients"}}};
   Open();
   connection_->SetCursorLocation(Connection::kUseClient);
-  EXPECT_EQ(GetSavedQuery(ansi_, regional_, *connection_, *result_set_, L"News", L""),
+  EXPECT_EQ(GetSavedQuery(ansi_, EnglishRegional(), *connection_, *result_set_, L"News", L""),
             L"SELECT * FROM Clients");
   EXPECT_EQ(connection_->DefaultDatabase(), L"Agency");
   connection_->Close();
@@ -49,76 +45,61 @@ TEST_F(Ado, TheSavedQueryIsLookedUpByTheseCallsInThisOrder) {
                                           "\"\", \"\", -1)"),
                   "Connection.State", "Connection.Execute(\"SET LOCK_TIMEOUT 60000\", omitted, -1)",
                   "Recordset released", "Connection.CursorLocation = 3",
-                  "Recordset.Open(\"SELECT QueryString FROM MarketingQueries WHERE "
-                  "QueryName='News' AND UserID=0\", Connection, -1, -1, -1)",
+                  "Recordset.Open(\"" + ToUtf8(lookup) + "\", Connection, -1, -1, -1)",
                   "Recordset.EOF", "Recordset.Fields", "Fields.Item(\"QueryString\")",
                   "Fields released", "Field.Value", "Field released", "Recordset.Close()",
                   "Connection.DefaultDatabase", "Connection.Close()"));
 }
 
-TEST_F(Ado, RowsComeSortedWithTheirValues) {
+TEST_F(AdoTest, RowsComeUntilOneFails) {
+  server_.script.result_sets[L"rows"] = {{L"Email", L"Phone"}, {{L"a@x", {}}, {L"b@x", L"7"}}};
   Open();
-  result_set_->Open(L"SELECT *", *connection_, -1, -1, -1);
+  Query(L"rows");
   result_set_->SetSort(L"Email");
+  EXPECT_EQ(Calls().back(), "Recordset.Sort = \"Email\"");
   EXPECT_EQ(result_set_->RecordCount(), 2U);
-  EXPECT_EQ(result_set_->Fields(L"EMAIL"), Value(L"A@x"));
-  EXPECT_EQ(result_set_->Fields(L"Birthday"), Value(std::monostate{}));
-  result_set_->MoveNext();
-  EXPECT_EQ(result_set_->Fields(L"EMAIL"), Value(L"b@x"));
-  EXPECT_EQ(result_set_->Fields(L"SendEmail"), Value(true));
-  EXPECT_EQ(result_set_->Fields(L"Number"), Value(std::int64_t{7}));
-  EXPECT_EQ(TextOf(regional_, result_set_->Fields(L"Balance")), L"-12.5");
-  EXPECT_EQ(TextOf(regional_, result_set_->Fields(L"Birthday")), L"11/16/2026 6:00:00 PM");
+  EXPECT_EQ(result_set_->Fields(L"Email"), Value(L"a@x"));
+  EXPECT_EQ(result_set_->Fields(L"Phone"), Value());
   EXPECT_EQ(RaisedBy([&] { result_set_->Fields(L"Missing"); }).number, 3265);
   result_set_->MoveNext();
+  EXPECT_EQ(result_set_->Fields(L"Email"), Value(L"b@x"));
+  EXPECT_EQ(Calls().back(), "Field.Value") << "without another look-up of the field";
+  FailNext("Recordset.MoveNext", E_FAIL, L"Connection lost");
+  EXPECT_EQ(RaisedBy([&] { result_set_->MoveNext(); }).description, L"Connection lost");
+  EXPECT_FALSE(result_set_->EndOfFile());
+  result_set_->MoveNext();
   EXPECT_TRUE(result_set_->EndOfFile());
-  EXPECT_THAT(Calls(), testing::Contains("Recordset.Sort = \"Email\""));
 }
 
-TEST_F(Ado, TheFallbackPasswordFollowsARefusal) {
-  Fail(L"Connection.Open 1 80040E4D Login failed");
+TEST_F(AdoTest, TheFallbackPasswordFollowsARefusal) {
+  FailNext("Connection.Open", static_cast<HRESULT>(0x80040E4D), L"Login failed");
   Open();
   EXPECT_EQ(connection_->State(), Connection::kStateOpen);
-  const std::vector<std::string> calls = Calls();
-  EXPECT_TRUE(calls.at(0).starts_with(kOpenWith + std::string("database secret;")));
-  EXPECT_TRUE(calls.at(1).starts_with(kOpenWith + std::string("tonal;")));
+  EXPECT_THAT(Calls().at(0), StartsWith(kOpenWith + std::string("database secret;")));
+  EXPECT_THAT(Calls().at(1), StartsWith(kOpenWith + std::string("tonal;")));
 }
 
-TEST_F(Ado, ErrorsKeepTheirNumberAndText) {
+TEST_F(AdoTest, ErrorsKeepTheirNumberAndText) {
   const struct {
-    const wchar_t* failure;
+    std::uint32_t result;
+    const wchar_t* description;
     std::int32_t number;
-    const wchar_t* description;  // null where it is the system's own
+    const wchar_t* raised;  // null where it is the system's own
   } cases[] = {
-      {L"Recordset.Open 1 80040E14 Incorrect syntax near 'x'.", -2147217900,
-       L"Incorrect syntax near 'x'."},
-      {L"Recordset.Open 1 800A0BB9 Wrong type.", 3001, L"Wrong type."},
-      {L"Recordset.Open 1 80020005", 13, L"Type mismatch"},
-      {L"Recordset.Open 1 80004005", -2147467259, nullptr},
+      {0x80040E14, L"Incorrect syntax near 'x'.", -2147217900, L"Incorrect syntax near 'x'."},
+      {0x800A0BB9, L"Wrong type.", 3001, L"Wrong type."},
+      {0x80020003, L"", 438, L"Object doesn't support this property or method"},
+      {0x80020005, L"", 13, L"Type mismatch"},
+      {0x80004005, L"", -2147467259, nullptr},
   };
-  for (const auto& c : cases) {
-    std::filesystem::remove(RecordFile());
-    Fail(c.failure);
-    if (connection_->State() != Connection::kStateOpen) Open();
-    const RuntimeError error =
-        RaisedBy([&] { result_set_->Open(L"SELECT *", *connection_, -1, -1, -1); });
-    EXPECT_EQ(error.number, c.number);
-    if (c.description != nullptr) EXPECT_EQ(error.description, c.description);
-    EXPECT_FALSE(error.description.empty());
-  }
-}
-
-TEST_F(Ado, AnErrorInTheMiddleOfTheRowsIsRaised) {
   Open();
-  result_set_->Open(L"SELECT *", *connection_, -1, -1, -1);
-  Fail(L"Recordset.MoveNext 2 80004005 Connection lost");
-  result_set_->MoveNext();
-  EXPECT_EQ(RaisedBy([&] { result_set_->MoveNext(); }).description, L"Connection lost");
-}
-
-TEST_F(Ado, AConnectionThatStayedClosedShowsAtTheLookUp) {
-  EXPECT_EQ(RaisedBy([&] { result_set_->Open(L"SELECT *", *connection_, -1, -1, -1); }).number,
-            3709);
+  for (const auto& [result, description, number, raised] : cases) {
+    FailNext("Recordset.Open", static_cast<HRESULT>(result), description);
+    const RuntimeError error = RaisedBy([&] { Query(L"rows"); });
+    EXPECT_EQ(error.number, number);
+    EXPECT_FALSE(error.description.empty());
+    if (raised != nullptr) EXPECT_EQ(error.description, raised);
+  }
 }
 
 }  // namespace

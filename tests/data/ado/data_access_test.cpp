@@ -7,7 +7,7 @@
 namespace pxscheduler {
 namespace {
 
-class DataAccess : public ComFixture {
+class DataAccessTest : public ComFixture {
  protected:
   // Which engine a connection to that source ends at, by the text of the error it raises; "ado"
   // where the data objects take it.
@@ -22,36 +22,38 @@ class DataAccess : public ComFixture {
     EXPECT_EQ(connection->State(), Connection::kStateClosed);
     const RuntimeError error = RaisedBy(
         [&] { connection->Open(L"Provider=SQLOLEDB;Data Source=" + source, L"", L"", -1); });
-    if (error.number == 0) return L"ado";
-    return error.number == 429 ? L"none" : error.description;
+    return error.number == 0 ? L"ado" : error.description;
   }
 };
 
-TEST_F(DataAccess, FollowsWhatIsInstalledAndWhatIsWanted) {
+TEST_F(DataAccessTest, FollowsWhatIsInstalledAndWhatIsWanted) {
   EXPECT_EQ(EngineOf(L"host", L""), L"odbc");
-  Install(L"ADODB.Connection", kConnectionClass);
+  server_.Install(L"ADODB.Connection");
   EXPECT_EQ(EngineOf(L"host", L""), L"odbc") << "without the provider";
-  Install(L"SQLOLEDB", kProviderClass);
+  server_.Install(L"SQLOLEDB");
   EXPECT_EQ(EngineOf(L"host", L""), L"ado");
   EXPECT_EQ(EngineOf(L"host", L" ADO "), L"ado");
   EXPECT_EQ(EngineOf(L"host", L"odbc"), L"odbc");
   EXPECT_EQ(EngineOf(L"SQLITE:C:\\a.db", L""), L"file");
   EXPECT_EQ(EngineOf(L"sqlite:C:\\a.db", L"ado"), L"file");
-}
-
-TEST_F(DataAccess, RefusesAnUnknownWayByName) {
-  system_.environment[L"PXSCHEDULER_DATA_ACCESS"] = L"oledb";
-  const RuntimeError error = RaisedBy([&] { NewWindowsConnection(system_, {}); });
+  const RuntimeError error = RaisedBy([&] { EngineOf(L"host", L"oledb"); });
   EXPECT_EQ(error.number, 5);
   EXPECT_NE(error.description.find(L"PXSCHEDULER_DATA_ACCESS is \"oledb\""), std::wstring::npos);
 }
 
-TEST_F(DataAccess, ACursorLocationSetBeforeOpenIsPassedOn) {
+TEST_F(DataAccessTest, KeepsWhatComesBeforeOpen) {
   InstallDataObjects();
   const auto connection = NewWindowsConnection(system_, {});
+  const auto result_set = NewWindowsRecordset();
+  const auto query = [&] { result_set->Open(L"rows", *connection, -1, -1, -1); };
+  EXPECT_EQ(RaisedBy(query).number, 3709);
   connection->SetCursorLocation(Connection::kUseClient);
   EXPECT_TRUE(Calls().empty());
-  connection->Open(L"Provider=SQLOLEDB;Data Source=host", L"", L"", -1);
+  FailNext("ADODB.Connection.CreateInstance", E_FAIL);
+  const auto open = [&] { connection->Open(L"Provider=SQLOLEDB;Data Source=host", L"", L"", -1); };
+  EXPECT_EQ(RaisedBy(open).number, 429);
+  EXPECT_EQ(RaisedBy(query).number, 429);
+  open();
   EXPECT_EQ(Calls().front(), "Connection.CursorLocation = 3");
 }
 

@@ -15,7 +15,7 @@ using testing::ElementsAre;
 
 class RichTextComponentTest : public ComFixture {
  protected:
-  void Install() { ComFixture::Install(L"Tx4oleLib.TXTextControl", kTextControlClass); }
+  void Install() { server_.Install(L"Tx4oleLib.TXTextControl"); }
   void Convert() {
     PrepareMessageBody(
         system_, code_pages_.Ansi(), [this] { return NewWindowsTextControl(system_, code_pages_); },
@@ -48,7 +48,7 @@ TEST_F(RichTextComponentTest, ATemplateIsConvertedByTheseCallsInThisOrder) {
 
 TEST_F(RichTextComponentTest, ALoadThatFailsIsRaisedAndLeavesNothingBehind) {
   Install();
-  Fail(L"Control.99 1 800A7531 The file is damaged");
+  FailNext("Control.99", static_cast<HRESULT>(0x800A7531), L"The file is damaged");
   const RuntimeError error = RaisedBy([&] { Convert(); });
   EXPECT_EQ(error.number, 30001);
   EXPECT_EQ(error.description, L"The file is damaged");
@@ -63,7 +63,7 @@ TEST_F(RichTextComponentTest, OurOwnControlStandsInWhereItCannotBeUsed) {
   EXPECT_TRUE(system_.warnings.empty());
 
   Install();
-  Fail(L"unlicensed");
+  FailNext("Tx4oleLib.TXTextControl.CreateInstance", CLASS_E_NOTLICENSED);
   system_.files.erase(html);
   Convert();
   EXPECT_NE(system_.files[html].find("Dear [First Name]"), std::string::npos);

@@ -4,25 +4,27 @@
 #include <oleauto.h>
 #include <windows.h>
 
-#include <atomic>
+#include <functional>
 #include <string>
+#include <utility>
 #include <vector>
+
+#include "tests/support/com_server/com_server.h"
 
 namespace pxscheduler {
 
-std::wstring EnvironmentText(const wchar_t* name);
-std::string ReadWhole(const std::wstring& path);
-void Record(const std::wstring& line);
-BSTR NewText(const std::wstring& text);
-
 using Arguments = std::vector<VARIANT>;  // first to last, borrowed
 
-// An object of the server that is used through its dispatch interface. Every call is recorded as
-// "Name.Member(argument, ...)", "Name.Member" or "Name.Member = value" before it is carried out.
+// An object that is used through its dispatch interface.
 class Automation : public IDispatch {
  public:
-  Automation(std::wstring name, std::vector<std::wstring> members)
-      : name_(std::move(name)), members_(std::move(members)) {}
+  // Carries out a call. `result` is empty before.
+  using Member = std::function<HRESULT(const Arguments& arguments, VARIANT& result)>;
+
+  // A member's identifier is its place among them, 1-based.
+  Automation(ComScript& script, std::string name,
+             std::vector<std::pair<std::wstring, Member>> members)
+      : script_(script), name_(std::move(name)), members_(std::move(members)) {}
   Automation(const Automation&) = delete;
   Automation& operator=(const Automation&) = delete;
   virtual ~Automation() = default;
@@ -38,21 +40,27 @@ class Automation : public IDispatch {
                       DISPPARAMS* parameters, VARIANT* result, EXCEPINFO* details,
                       UINT* wrong_argument) override;
 
-  const std::wstring& Name() const { return name_; }
+  const std::string& Name() const { return name_; }
 
  protected:
-  // `member` is what GetIDsOfNames gave: 1-based, in the order of the constructor.
-  virtual HRESULT Carry(DISPID member, WORD kind, const Arguments& arguments, VARIANT* result) = 0;
+  void Record(const std::string& what) { script_.calls.push_back(name_ + what); }
+  // For objects without names of members.
+  virtual HRESULT Carry(DISPID member, WORD kind, const Arguments& arguments, VARIANT& result);
 
  private:
-  std::wstring name_;
-  std::vector<std::wstring> members_;
+  ComScript& script_;
+  std::string name_;
+  std::vector<std::pair<std::wstring, Member>> members_;
   ULONG references_ = 1;
 };
 
+HRESULT Give(VARIANT& result, LONG number);
+HRESULT Give(VARIANT& result, const std::wstring& text);
+HRESULT Give(VARIANT& result, IDispatch* object);  // with the caller's reference
+
 // The caller owns the first reference.
-IDispatch* NewConnectionObject();
-IDispatch* NewRecordsetObject();
-IDispatch* NewTextControlObject();
+IDispatch* NewConnectionObject(ComScript& script);
+IDispatch* NewRecordsetObject(ComScript& script);
+IDispatch* NewTextControlObject(ComScript& script);
 
 }  // namespace pxscheduler

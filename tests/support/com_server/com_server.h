@@ -1,28 +1,61 @@
 #pragma once
 
-#include <guiddef.h>
+#include <windows.h>
 
-// The classes of the test server, known to those who register them and to the server itself.
+#include <map>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace pxscheduler {
 
-// How a test tells the server what to do, by environment variables.
-inline constexpr wchar_t kComRecord[] = L"COM_SERVER_RECORD";  // the file that gets every call
-// The file that holds the result sets, in UTF-8: for each a line "? " and the beginning of its
-// statement, a line of column names, then rows; cells stand between tabs and name their type
-// ("text:", "long:", "bool:", "date:", "money:", "null").
-inline constexpr wchar_t kComRows[] = L"COM_SERVER_ROWS";
-// A call, which of its occurrences (1-based), an HRESULT in hexadecimal, and the description:
-// "Connection.Open 1 80004005 Login failed". Without a description no exception is described.
-inline constexpr wchar_t kComFailure[] = L"COM_SERVER_FAILURE";
+struct ResultSet {
+  std::vector<std::wstring> columns;
+  std::vector<std::vector<std::optional<std::wstring>>> rows;  // nullopt is Null
+};
 
-inline constexpr CLSID kConnectionClass{
-    0x5b0e61c2, 0x3d94, 0x4f0a, {0x9a, 0x41, 0x7c, 0x10, 0x2e, 0x86, 0xd3, 0x01}};
-inline constexpr CLSID kRecordsetClass{
-    0x5b0e61c2, 0x3d94, 0x4f0a, {0x9a, 0x41, 0x7c, 0x10, 0x2e, 0x86, 0xd3, 0x02}};
-inline constexpr CLSID kProviderClass{
-    0x5b0e61c2, 0x3d94, 0x4f0a, {0x9a, 0x41, 0x7c, 0x10, 0x2e, 0x86, 0xd3, 0x03}};
-inline constexpr CLSID kTextControlClass{
-    0x5b0e61c2, 0x3d94, 0x4f0a, {0x9a, 0x41, 0x7c, 0x10, 0x2e, 0x86, 0xd3, 0x04}};
+// What the objects are told to do, and what they have been asked for.
+struct ComScript {
+  struct Failure {
+    std::string call;
+    HRESULT result;
+    std::wstring description;  // empty: no exception is described
+  };
+
+  // "Name.Member(argument, ...)", "Name.Member", "Name.Member = value" or "Name released" each.
+  std::vector<std::string> calls;
+  std::optional<Failure> failure;                 // of the next such call
+  std::map<std::wstring, ResultSet> result_sets;  // by their statement
+
+  std::optional<Failure> TakeFailure(const std::string& call) {
+    return failure && failure->call == call ? std::exchange(failure, std::nullopt) : std::nullopt;
+  }
+};
+
+// Plays the data objects and the rich-text component. This program is the in-process server of
+// their classes itself.
+class ComServer {
+ public:
+  ComServer();
+  ComServer(const ComServer&) = delete;
+  ComServer& operator=(const ComServer&) = delete;
+  // Brings back what was registered before.
+  ~ComServer();
+
+  // Registers the class of this name for the whole machine. "<Class>.CreateInstance" is a call that
+  // can fail.
+  void Install(const std::wstring& program_id);
+
+  ComScript script;
+
+ private:
+  struct Registration {
+    std::wstring program_key;
+    std::wstring class_key;
+    std::optional<std::wstring> replaced;
+  };
+  std::vector<Registration> registrations_;
+};
 
 }  // namespace pxscheduler

@@ -1,9 +1,7 @@
 #include <oleidl.h>
 
 #include <array>
-#include <fstream>
 #include <map>
-#include <string>
 
 #include "tests/support/com_server/automation.h"
 
@@ -14,7 +12,7 @@ namespace {
 // The page values of its document are 11906, 0, -5, 1440, 0 and 720; its own settings 1 to 6.
 class TextControlObject : public Automation, public IOleObject {
  public:
-  TextControlObject() : Automation(L"Control", {}) {}
+  explicit TextControlObject(ComScript& script) : Automation(script, "Control", {}) {}
   ~TextControlObject() override {
     if (site_ != nullptr) site_->Release();
   }
@@ -29,7 +27,7 @@ class TextControlObject : public Automation, public IOleObject {
   STDMETHODIMP_(ULONG) Release() override { return Automation::Release(); }
 
   STDMETHODIMP SetClientSite(IOleClientSite* site) override {
-    Record(site != nullptr ? L"Control site" : L"Control no site");
+    Record(site != nullptr ? " site" : " no site");
     if (site != nullptr) site->AddRef();
     if (site_ != nullptr) site_->Release();
     site_ = site;
@@ -46,12 +44,12 @@ class TextControlObject : public Automation, public IOleObject {
     active_ = place->CanInPlaceActivate() == S_OK && place->GetWindow(&window) == S_OK &&
               ::IsWindow(window) != FALSE && ::IsWindowVisible(window) == FALSE;
     place->Release();
-    Record(active_ ? L"Control active on a hidden window" : L"Control not active");
+    Record(active_ ? " active on a hidden window" : " not active");
     return S_OK;
   }
   STDMETHODIMP Close(DWORD option) override {
     active_ = false;
-    Record(option == OLECLOSE_NOSAVE ? L"Control closed" : L"Control closed and saved");
+    Record(option == OLECLOSE_NOSAVE ? " closed" : " closed and saved");
     return S_OK;
   }
   STDMETHODIMP GetMiscStatus(DWORD /*aspect*/, DWORD* status) override {
@@ -83,23 +81,16 @@ class TextControlObject : public Automation, public IOleObject {
   STDMETHODIMP SetColorScheme(LOGPALETTE* /*palette*/) override { return E_NOTIMPL; }
 
  private:
-  HRESULT Carry(DISPID member, WORD kind, const Arguments& arguments, VARIANT* result) override {
-    if (member == 99 || member == 100) {
-      if (!active_) return E_UNEXPECTED;
-      if (member == 100) {
-        std::ofstream(*V_BSTRREF(&arguments.at(0)), std::ios::binary)
-            << "<html><body>Dear [First Name]</body></html>";
-      }
-      return S_OK;
-    }
-    LONG& value = member == 112 ? document_.at(static_cast<std::size_t>(V_I4(&arguments.at(0))))
-                                : settings_.at(member);
-    if (kind == DISPATCH_PROPERTYPUT) {
-      value = V_I4(&arguments.back());
-      return S_OK;
-    }
-    V_VT(result) = VT_I4;
-    V_I4(result) = value;
+  HRESULT Carry(DISPID member, WORD kind, const Arguments& arguments, VARIANT& result) override {
+    constexpr DISPID kLoad = 99;
+    constexpr DISPID kSave = 100;
+    constexpr DISPID kPageValue = 112;
+    if (member == kLoad || member == kSave) return active_ ? S_OK : E_UNEXPECTED;
+    LONG& value = member == kPageValue
+                      ? document_.at(static_cast<std::size_t>(V_I4(&arguments.at(0))))
+                      : settings_.at(member);
+    if (kind != DISPATCH_PROPERTYPUT) return Give(result, value);
+    value = V_I4(&arguments.back());
     return S_OK;
   }
 
@@ -111,6 +102,8 @@ class TextControlObject : public Automation, public IOleObject {
 
 }  // namespace
 
-IDispatch* NewTextControlObject() { return static_cast<Automation*>(new TextControlObject); }
+IDispatch* NewTextControlObject(ComScript& script) {
+  return static_cast<Automation*>(new TextControlObject(script));
+}
 
 }  // namespace pxscheduler
