@@ -18,7 +18,7 @@ class Recordset {
   // connection is not open, else the provider's errors.
   virtual void Open(const std::wstring& source, Connection& connection, int cursor_type,
                     int lock_type, int options) = 0;
-  virtual bool EndOfFile() const = 0;  // `EOF` of the data objects, a macro of the C library
+  virtual bool EndOfFile() const = 0;  // EOF is a macro of the C library
   virtual std::size_t RecordCount() const = 0;
   // The current row's value; names compare without case. Raises ItemNotFound (3265) for a column
   // that the result set lacks, NoCurrentRecord (3021) at its end.

@@ -10,6 +10,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "platform/letter_case.h"
 #include "platform/runtime_error.h"
 #include "text/text.h"
 
@@ -49,8 +50,8 @@ std::wstring DecimalText(std::string_view digits) {
   return is_zero ? L"0" : Widen(digits);
 }
 
-// The characters of the longest number at the start of the text, with "E" for the exponent mark.
-// `read` is how many characters it takes up.
+// The longest number at the start of the text, with "E" for the exponent mark. `read` becomes the
+// count of its characters in the text.
 std::string ScanNumber(std::wstring_view text, std::size_t& read) {
   std::string number;
   std::size_t at = 0;
@@ -120,14 +121,6 @@ std::optional<std::chrono::sys_days> DateKeptByText(const Regional& regional, co
   return is_kept ? std::optional(moment->date) : std::nullopt;
 }
 
-// `lower` is lower-case ASCII.
-bool EqualsWithoutCase(std::wstring_view text, std::wstring_view lower) {
-  return std::equal(text.begin(), text.end(), lower.begin(), lower.end(),
-                    [](wchar_t left, wchar_t right) {
-                      return (left >= L'A' && left <= L'Z' ? left - L'A' + L'a' : left) == right;
-                    });
-}
-
 }  // namespace
 
 std::wstring TextOf(const Regional& regional, Value value) {
@@ -185,12 +178,12 @@ bool IsTrue(const Value& value) {
 }
 
 bool BooleanFromText(std::wstring_view text) {
-  const std::wstring_view trimmed = TrimWhiteSpace(text);
-  if (EqualsWithoutCase(trimmed, L"true")) return true;
-  if (EqualsWithoutCase(trimmed, L"false")) return false;
+  const std::wstring lower = LowerCase(TrimWhiteSpace(text));
+  if (lower == L"true") return true;
+  if (lower == L"false") return false;
   std::size_t read = 0;
-  const std::string number = ScanNumber(trimmed, read);
-  if (number.empty() || read != trimmed.size()) throw TypeMismatch();
+  const std::string number = ScanNumber(lower, read);
+  if (number.empty() || read != lower.size()) throw TypeMismatch();
   return NumberFrom(number) != 0;
 }
 

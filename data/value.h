@@ -34,13 +34,13 @@ std::wstring MonthDayOf(const Regional& regional, Value value);
 // BooleanFromText reads it. A date counts by its serial number, so every date is true.
 bool IsTrue(const Value& value);
 
-// "True" or "False" without regard to case, or a number, which is true unless zero; outer blanks do
-// not matter. Raises TypeMismatch (13) for any other text, the empty one included.
+// "True" or "False" without regard to case, or a number, which is true unless zero; surrounding
+// white space is ignored. Raises TypeMismatch (13) for any other text, the empty one included.
 bool BooleanFromText(std::wstring_view text);
 
-// The number at the start of the text: blanks are ignored wherever they stand, reading stops at the
-// first character that cannot continue a number (sign, digits, point, exponent), and a text that
-// does not begin with a number gives 0.
+// The number at the start of the text: blanks are ignored everywhere, and reading stops at the
+// first character that cannot continue a number (sign, digits, point, exponent). 0 where the text
+// does not begin with a number. Raises Overflow (6) outside the range of a double.
 double LeadingNumber(std::wstring_view text);
 
 // Rounded to a whole number, halves to the even neighbour. Raises Overflow (6) outside 32 bits.

@@ -62,7 +62,7 @@ class WindowsConnection : public Connection {
 
  private:
   bool PrefersAdo(const ConnectionSettings& settings) const {
-    if (IsEmbeddedDataSource(settings.data_source)) return false;
+    if (EmbeddedDatabasePath(settings.data_source)) return false;
     if (access_ != DataAccess::kInstalled) return access_ == DataAccess::kAdo;
     return FindClass(AdoConnection::kProgramId) && FindClass(settings.provider);
   }

@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <cstring>
 
-#include "data/odbc/provider_error.h"
 #include "data/odbc/wide_text.h"
+#include "data/rows/session.h"
 #include "platform/civil_time.h"
 #include "text/utf8.h"
 

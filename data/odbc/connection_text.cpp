@@ -1,6 +1,6 @@
 #include "data/odbc/connection_text.h"
 
-#include "data/odbc/provider_error.h"
+#include "data/rows/session.h"
 #include "text/text.h"
 
 namespace pxscheduler {
@@ -10,8 +10,8 @@ bool Contains(std::wstring_view text, wchar_t character) {
   return text.find(character) != std::wstring_view::npos;
 }
 
-// The driver manager and the drivers do not agree on where a value ends that holds both "}" and
-// ";": one of them would take what follows for a keyword.
+// The driver manager and the drivers disagree on the end of a value that holds both "}" and ";":
+// one of them would read the rest as a keyword.
 void CheckExpressible(const wchar_t* what, std::wstring_view value) {
   bool expressible = !(Contains(value, L'}') && Contains(value, L';'));
   for (const wchar_t character : value)
@@ -48,7 +48,7 @@ std::wstring ConnectionText(const OdbcSettings& settings) {
   text.append(L"DRIVER=");
   text.append(is_free_tds ? Quoted(settings.dialect, settings.driver) : Braced(settings.driver));
   text += L';';
-  // The others would try shared memory and pipes on the way.
+  // The others would try shared memory and named pipes first.
   add(L"SERVER", L"name of the server", is_free_tds ? server : L"tcp:" + server);
   add(L"UID", L"user name", settings.user_id);
   add(L"PWD", L"password", settings.password);
@@ -56,8 +56,8 @@ std::wstring ConnectionText(const OdbcSettings& settings) {
   text += L"APP=PXScheduler;";
   const bool whole_session = settings.encryption == Encryption::kWholeSession;
   if (is_free_tds) {
-    // Without a version this driver does not keep its login time-out; without a character set it
-    // squeezes every text through ISO 8859-1.
+    // Without a version this driver ignores the login time-out; without a character set it converts
+    // every text to ISO 8859-1.
     text += L"TDS_Version=7.4;ClientCharset=UTF-8;Encryption=";
     text += whole_session ? L"require;" : L"request;";
   } else if (settings.dialect == Dialect::kStandard) {

@@ -9,12 +9,12 @@ namespace pxscheduler {
 enum class Dialect {
   kFreeTds,     // "{" begins a value that ends at the first "};"; nothing is doubled
   kStandard,    // "{" begins a value in which "}" is doubled
-  kWindowsOwn,  // the same; the driver "SQL Server" of the system, which checks any certificate
+  kWindowsOwn,  // the same; the driver "SQL Server" of Windows, which verifies any certificate
 };
 
 enum class Encryption {
-  kWholeSession,  // or no connection at all
-  kIfOffered,     // the login at least, where the server can
+  kWholeSession,  // else no connection
+  kIfOffered,     // at least of the login, where the server can
 };
 
 struct OdbcSettings {
@@ -28,9 +28,9 @@ struct OdbcSettings {
   Encryption encryption = Encryption::kWholeSession;
 };
 
-// The connection string that hands these settings, and nothing else, to the driver. Raises a
-// provider failure (-2147467259), without the value in its text, for a value that no quoting gets
-// through the driver manager and the driver unchanged.
+// The connection string that passes exactly these settings to the driver. Raises a provider failure
+// (-2147467259), which does not repeat the value, for one that no quoting carries unchanged through
+// the driver manager and the driver.
 std::wstring ConnectionText(const OdbcSettings& settings);
 
 }  // namespace pxscheduler

@@ -4,8 +4,8 @@
 #include <array>
 #include <string_view>
 
-#include "data/odbc/provider_error.h"
 #include "data/odbc/wide_text.h"
+#include "data/rows/session.h"
 #include "text/utf8.h"
 
 namespace pxscheduler {
@@ -74,7 +74,7 @@ std::vector<Diagnostic> ReadDiagnostics(SQLSMALLINT handle_type, SQLHANDLE handl
 bool IsWarning(const Diagnostic& diagnostic) { return diagnostic.state.starts_with("01"); }
 
 bool IsFromServer(const Diagnostic& diagnostic) {
-  // The classes of warnings, lost connections, the driver and its manager.
+  // The classes of warnings, of connections, and of the driver and its manager.
   constexpr std::array<std::string_view, 5> kOthers = {"01", "08", "HY", "IM", "S1"};
   return diagnostic.native != 0 && std::ranges::none_of(kOthers, [&](auto each) {
            return diagnostic.state.starts_with(each);

@@ -8,8 +8,8 @@
 
 #include "data/odbc/default_drivers.h"
 #include "data/odbc/handles.h"
-#include "data/odbc/provider_error.h"
 #include "data/odbc/wide_text.h"
+#include "data/rows/session.h"
 #include "platform/letter_case.h"
 #include "text/utf8.h"
 

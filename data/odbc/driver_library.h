@@ -14,9 +14,9 @@ struct Driver {
 };
 
 // The driver that `wanted` names (the path of a library where it holds a "/", else the name of an
-// installed driver), or the best of the machine's own kind when `wanted` is empty. Raises a
-// provider failure (-2147467259) that says what to install or to correct where there is no such
-// driver.
+// installed driver), or the first of DefaultDrivers that is installed when `wanted` is empty.
+// Raises a provider failure (-2147467259) that says what to install or to correct where there is
+// none.
 Driver FindDriver(const std::wstring& wanted);
 
 // How a driver of this name, or with this path, reads a connection string.

@@ -7,12 +7,12 @@
 
 namespace pxscheduler {
 
-// A whole number in the place of a pointer, as ODBC passes the values of attributes.
+// ODBC passes the whole numbers of attributes as pointers.
 inline SQLPOINTER AttributeValue(SQLULEN value) {
   return reinterpret_cast<SQLPOINTER>(value);  // NOLINT(performance-no-int-to-ptr)
 }
 
-// Owns a handle below another one, its parent, which must live longer.
+// Owns a handle. Its parent must live longer.
 template <SQLSMALLINT kType, SQLSMALLINT kParentType>
 class Handle {
  public:
@@ -31,7 +31,7 @@ class Handle {
   SQLHANDLE handle_ = SQL_NULL_HANDLE;
 };
 
-// The driver manager's state, speaking ODBC 3.
+// The environment of ODBC 3.
 class Environment {
  public:
   Environment() : handle_(SQL_NULL_HANDLE) {
@@ -46,8 +46,8 @@ class Environment {
 using ConnectionHandle = Handle<SQL_HANDLE_DBC, SQL_HANDLE_ENV>;
 using Statement = Handle<SQL_HANDLE_STMT, SQL_HANDLE_DBC>;
 
-// Raises the error of a statement's last call unless that succeeded. A success that comes with
-// records may hide one: a block of rows ends at an error, and the call counts as a success.
+// Raises the error of a statement's last call unless that succeeded. The records of a success count
+// too: a call that fetches a block of rows succeeds where an error cuts the block short.
 inline void Check(const Statement& statement, SQLRETURN result) {
   if (result == SQL_SUCCESS) return;
   const auto diagnostics = ReadDiagnostics(SQL_HANDLE_STMT, statement.Get());

@@ -1,10 +1,10 @@
 #pragma once
 
-// The interface of the driver manager. Its headers on Windows need the types of windows.h.
+// The interface of the driver manager. On Windows its headers use the types of windows.h.
 #ifdef _WIN32
 #include <windows.h>
 #endif
-// In the order of their own needs.
+// In the order in which they depend on each other.
 #include <sql.h>
 #include <sqlext.h>
 #include <sqlucode.h>

@@ -16,9 +16,9 @@ namespace {
 
 constexpr std::size_t kBlockBytes = 1 << 19;
 constexpr std::size_t kMostRows = 500;
-constexpr std::size_t kPieceUnits = 1 << 15;
+constexpr std::size_t kPartUnits = 1 << 15;
 
-// A column of a block: the buffers that the driver fills, one element a row.
+// A column and the buffers that the driver fills, an element for each row.
 struct BoundColumn {
   Column column;
   std::size_t width;  // bytes of one value
@@ -26,7 +26,7 @@ struct BoundColumn {
   std::vector<SQLLEN> lengths;
 };
 
-// Rows that are fetched by one call.
+// The rows that one call fetches.
 class Block {
  public:
   // Binds the first `bound` columns. Lives until the statement's row set has been read.
@@ -52,7 +52,7 @@ class Block {
   Block(const Block&) = delete;
   Block& operator=(const Block&) = delete;
 
-  // The number of rows that came, 0 at the end of the row set.
+  // The number of rows fetched, 0 at the end of the row set.
   std::size_t Fetch() {
     fetched_ = 0;
     const SQLRETURN result = SQLFetch(statement_.Get());
@@ -95,9 +95,9 @@ class Block {
 };
 
 // Reads the values of the current row that are not bound.
-class PieceReader {
+class UnboundReader {
  public:
-  explicit PieceReader(const Statement& statement) : statement_(statement), piece_(kPieceUnits) {}
+  explicit UnboundReader(const Statement& statement) : statement_(statement), part_(kPartUnits) {}
 
   // `number` is the column's, 1-based, and grows within a row.
   void AppendValue(const Column& column, SQLUSMALLINT number, RowStore& rows) {
@@ -115,16 +115,16 @@ class PieceReader {
     for (;;) {
       SQLLEN left = 0;
       const SQLRETURN result =
-          SQLGetData(statement_.Get(), number, SQL_C_WCHAR, piece_.data(),
-                     static_cast<SQLLEN>(piece_.size() * sizeof(SQLWCHAR)), &left);
+          SQLGetData(statement_.Get(), number, SQL_C_WCHAR, part_.data(),
+                     static_cast<SQLLEN>(part_.size() * sizeof(SQLWCHAR)), &left);
       if (result == SQL_NO_DATA) break;
       Check(statement_, result);
       if (left == SQL_NULL_DATA) return rows.AppendNull();
-      const std::size_t room = piece_.size() - 1;  // the last unit is a terminating zero
+      const std::size_t room = part_.size() - 1;  // the last unit is a terminating zero
       const bool more =
           left == SQL_NO_TOTAL || static_cast<std::size_t>(left) > room * sizeof(SQLWCHAR);
       const std::size_t held = more ? room : static_cast<std::size_t>(left) / sizeof(SQLWCHAR);
-      text_.insert(text_.end(), piece_.begin(), piece_.begin() + static_cast<std::ptrdiff_t>(held));
+      text_.insert(text_.end(), part_.begin(), part_.begin() + static_cast<std::ptrdiff_t>(held));
       if (!more) break;
     }
     ToUtf8(text_, utf8_);
@@ -132,7 +132,7 @@ class PieceReader {
   }
 
   const Statement& statement_;
-  std::vector<SQLWCHAR> piece_;
+  std::vector<SQLWCHAR> part_;
   std::vector<SQLWCHAR> text_;
   std::string utf8_;
   std::vector<std::byte> value_;
@@ -147,17 +147,17 @@ RowStore ReadRowSet(const Statement& statement) {
   names.reserve(columns.size());
   for (const Column& column : columns) names.push_back(column.name);
   RowStore rows(std::move(names));
-  // Drivers hand out values that are not bound only from left to right, so everything behind the
-  // first long column is read that way.
+  // Drivers give values that are not bound from left to right only, so that no column behind the
+  // first long one can be bound.
   const auto first_long = std::ranges::find_if(columns, IsLong);
   const auto bound = static_cast<std::size_t>(first_long - columns.begin());
   Block block(statement, columns, bound);
-  PieceReader pieces(statement);
+  UnboundReader unbound(statement);
   for (std::size_t fetched = block.Fetch(); fetched != 0; fetched = block.Fetch()) {
     for (std::size_t row = 0; row < fetched; ++row) {
       block.AppendRow(row, rows);
       for (std::size_t i = bound; i < columns.size(); ++i)
-        pieces.AppendValue(columns[i], static_cast<SQLUSMALLINT>(i + 1), rows);
+        unbound.AppendValue(columns[i], static_cast<SQLUSMALLINT>(i + 1), rows);
       rows.EndRow();
     }
   }

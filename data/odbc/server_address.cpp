@@ -1,6 +1,6 @@
 #include "data/odbc/server_address.h"
 
-#include "data/odbc/provider_error.h"
+#include "data/rows/session.h"
 #include "platform/letter_case.h"
 #include "text/text.h"
 

@@ -9,11 +9,9 @@
 #include "data/odbc/connection_text.h"
 #include "data/odbc/driver_library.h"
 #include "data/odbc/handles.h"
-#include "data/odbc/host_lookup.h"
-#include "data/odbc/instance_lookup.h"
-#include "data/odbc/provider_error.h"
 #include "data/odbc/row_set_reader.h"
 #include "data/odbc/server_address.h"
+#include "data/odbc/server_lookup.h"
 #include "data/odbc/wide_text.h"
 
 namespace pxscheduler {
@@ -22,10 +20,10 @@ namespace {
 using std::chrono::seconds;
 using Clock = std::chrono::steady_clock;
 
-// The browser of a server answers at once or not at all.
+// The browser of a server answers at once or never.
 constexpr seconds kLongestInstanceLookup{5};
 
-// At least one second, because 0 stands for no time-out.
+// At least one, because 0 means no time-out.
 SQLULEN SecondsUntil(Clock::time_point deadline) {
   const auto left = std::chrono::ceil<seconds>(deadline - Clock::now());
   return static_cast<SQLULEN>(std::max<seconds::rep>(left.count(), 1));
@@ -40,7 +38,7 @@ class DriverConnection {
 
   SQLHANDLE Get() const { return handle_.Get(); }
 
-  // What kept the connection from opening, nothing when it is open. May be tried again.
+  // Returns what kept the connection from opening: nothing once it is open. May be repeated.
   std::vector<Diagnostic> Connect(std::wstring_view connection_text, Clock::time_point deadline) {
     SQLSetConnectAttrW(handle_.Get(), SQL_ATTR_LOGIN_TIMEOUT,
                        AttributeValue(SecondsUntil(deadline)), 0);
@@ -58,8 +56,8 @@ class DriverConnection {
   ConnectionHandle handle_;
 };
 
-// FreeTDS gives up on a server without encryption with no more than "connection failed", where it
-// has more to say of every other failure.
+// FreeTDS reports a server without encryption as "connection failed" alone, and every other failure
+// with a record of its own.
 bool LacksEncryption(const std::vector<Diagnostic>& diagnostics) {
   constexpr std::int32_t kConnectionFailed = 20002;
   const auto is_unspecific = [](const Diagnostic& each) {
@@ -89,7 +87,7 @@ class SqlServerSession : public Session {
     while (!HasRows(statement))
       if (!NextResult(statement)) return {};
     RowStore rows = ReadRowSet(statement);
-    // An error right behind the rows is about them, or about a statement that belongs to them.
+    // An error right behind the rows concerns them, or a statement that belongs to them.
     while (NextResult(statement) && !HasRows(statement)) {
     }
     return rows;
@@ -106,7 +104,7 @@ class SqlServerSession : public Session {
 
  private:
   void Run(const Statement& statement, const std::wstring& sql) {
-    // A driver would send what stands before it, however long the statement is said to be.
+    // A driver would send only the part in front of it.
     if (sql.find(L'\0') != std::wstring::npos)
       throw RuntimeError{kStatementRejected, L"The statement holds a NUL character."};
     Check(statement,
@@ -114,7 +112,7 @@ class SqlServerSession : public Session {
                           AttributeValue(static_cast<SQLULEN>(command_timeout_.count())), 0));
     std::vector<SQLWCHAR> text = ToDriverText(sql);
     const SQLRETURN result = SQLExecDirectW(statement.Get(), text.data(), SQL_NTS);
-    if (result != SQL_NO_DATA) Check(statement, result);  // no data: it has touched no rows
+    if (result != SQL_NO_DATA) Check(statement, result);  // no data: no row was affected
   }
 
   static bool HasRows(const Statement& statement) {
@@ -155,8 +153,8 @@ std::unique_ptr<Session> OpenWith(const Driver& driver, Resolver& resolver,
                     .password = settings.password,
                     .database = settings.initial_catalog};
   std::wstring text = ConnectionText(odbc);
-  // The driver gets the name, which the server may want to know; but it would wait for the system's
-  // resolver without an end.
+  // Resolved here first, because the driver, which gets the name, waits for the resolver without
+  // limit.
   const ResolvedHost host = ResolveHost(resolver, address.host, options.login_timeout);
   if (!address.instance.empty()) {
     odbc.port = FindInstancePort(host, address.instance,

@@ -14,7 +14,7 @@ namespace pxscheduler {
 // U+FFFD in both directions.
 std::vector<SQLWCHAR> ToDriverText(std::wstring_view text);  // with a terminating zero
 std::wstring FromDriverText(std::span<const SQLWCHAR> text);
-// Makes `out` the text in UTF-8.
+// Replaces `out` by the text in UTF-8.
 void ToUtf8(std::span<const SQLWCHAR> text, std::string& out);
 
 }  // namespace pxscheduler

@@ -9,14 +9,14 @@
 
 namespace pxscheduler {
 
-// Bytes that are appended piece by piece and stay where they are. It grows by chunks of up to a
-// mebibyte, so it never holds more than that without using it, and nothing is copied.
+// Byte strings that stay where they are appended. The arena grows by chunks of up to a mebibyte, so
+// that no more than that is allocated in advance, and nothing is moved.
 class ByteArena {
  public:
-  // Where a piece begins. A piece that is appended later has a greater position.
+  // Where a string begins. One that is appended later has a greater position.
   using Position = std::uint64_t;
 
-  // Keeps a copy of the bytes, in one piece of memory.
+  // Stores a copy of the bytes, contiguously.
   Position Append(std::string_view bytes) {
     if (bytes.size() > capacity_ - used_) AddChunk(bytes.size());
     const Position position = (Position{chunks_.size() - 1} << kOffsetBits) | used_;
@@ -25,7 +25,7 @@ class ByteArena {
     return position;
   }
 
-  // The byte at the position; those of the same piece follow. Valid as long as the arena.
+  // The bytes of the string at the position. Valid as long as the arena.
   const char* At(Position position) const {
     return chunks_[static_cast<std::size_t>(position >> kOffsetBits)].get() +
            (position & kOffsetMask);

@@ -16,8 +16,8 @@ wchar_t LowerAscii(wchar_t character) {
                                                 : character;
 }
 
-// Of the length and the outer letters, which tell the few names of a result set well apart. A
-// character beyond ASCII counts as any other, since its other case may be any of them.
+// Of the length and the first and the last letter, which differ enough among the few names of a
+// result set. All characters beyond ASCII hash alike, since one may be the other case of another.
 std::size_t Hash(std::wstring_view name) {
   if (name.empty()) return 0;
   const auto letter = [](wchar_t character) {

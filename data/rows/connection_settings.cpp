@@ -6,8 +6,6 @@
 namespace pxscheduler {
 namespace {
 
-constexpr std::wstring_view kEmbeddedPrefix = L"sqlite:";
-
 void Assign(std::wstring_view keyword, std::wstring_view value, ConnectionSettings& settings) {
   const std::wstring name = LowerCase(TrimBlanks(keyword));
   if (name == L"password" || name == L"pwd")
@@ -36,13 +34,10 @@ ConnectionSettings ReadConnectionString(std::wstring_view text) {
   return settings;
 }
 
-bool IsEmbeddedDataSource(std::wstring_view data_source) {
-  return LowerCase(data_source.substr(0, kEmbeddedPrefix.size())) == kEmbeddedPrefix;
-}
-
-std::wstring EmbeddedDatabasePath(std::wstring_view data_source) {
-  if (!IsEmbeddedDataSource(data_source)) return {};
-  return std::wstring{data_source.substr(kEmbeddedPrefix.size())};
+std::optional<std::wstring> EmbeddedDatabasePath(std::wstring_view data_source) {
+  constexpr std::wstring_view kPrefix = L"sqlite:";
+  if (LowerCase(data_source.substr(0, kPrefix.size())) != kPrefix) return std::nullopt;
+  return std::wstring{data_source.substr(kPrefix.size())};
 }
 
 }  // namespace pxscheduler

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -17,14 +18,13 @@ struct ConnectionSettings {
 };
 
 // Reads keyword=value pairs separated by ";". Nothing is quoted: a value ends at the first ";" and
-// may hold "=". Keywords compare without case and without outer blanks; where one is given twice
-// the last counts. Blanks around a value are dropped, except in a password. Keywords that are not
-// about a member of the result, and pieces without "=", are ignored.
+// may hold "=". Keywords compare without case and without surrounding blanks; where one is given
+// twice the last counts. Blanks around a value are dropped, except in a password. Other keywords,
+// and parts without "=", are ignored.
 ConnectionSettings ReadConnectionString(std::wstring_view text);
 
-// The path that follows "sqlite:" (compared without case) when the data source begins with it: such
-// a data source is a file of the embedded engine, any other one is a SQL Server. Empty otherwise.
-bool IsEmbeddedDataSource(std::wstring_view data_source);
-std::wstring EmbeddedDatabasePath(std::wstring_view data_source);
+// The path behind "sqlite:" (compared without case), which names a database file of the embedded
+// engine; nullopt for any other data source, which is a SQL Server.
+std::optional<std::wstring> EmbeddedDatabasePath(std::wstring_view data_source);
 
 }  // namespace pxscheduler

@@ -8,18 +8,11 @@
 namespace pxscheduler {
 namespace {
 
-const SessionOpener& OpenerFor(const SessionOpeners& openers, ConnectionSettings& settings) {
-  if (!IsEmbeddedDataSource(settings.data_source)) {
-    if (!openers.sql_server)
-      throw RuntimeError{Session::kProviderFailure,
-                         L"This program was built without access to SQL Server."};
-    return openers.sql_server;
-  }
-  if (!openers.embedded)
-    throw RuntimeError{Session::kProviderFailure,
-                       L"This program was built without the embedded database engine."};
-  settings.data_source = EmbeddedDatabasePath(settings.data_source);
-  return openers.embedded;
+std::unique_ptr<Session> OpenEngine(const SessionOpeners& openers, ConnectionSettings settings) {
+  const auto path = EmbeddedDatabasePath(settings.data_source);
+  if (!path) return openers.sql_server(settings);
+  settings.data_source = *path;
+  return openers.embedded(settings);
 }
 
 }  // namespace
@@ -34,13 +27,12 @@ void DataConnection::Open(const std::wstring& connection_string, const std::wstr
     throw RuntimeError{3706, L"Provider cannot be found. It may not be properly installed."};
   if (!user_id.empty()) settings.user_id = user_id;
   if (!password.empty()) settings.password = password;
-  const SessionOpener& open = OpenerFor(openers_, settings);
-  session_ = open(settings);
+  session_ = OpenEngine(openers_, std::move(settings));
 }
 
 int DataConnection::State() const { return session_ ? kStateOpen : kStateClosed; }
 
-// Every result set is read whole, which is what the one location in use asks for.
+// Every result set is read whole, as kUseClient asks.
 void DataConnection::SetCursorLocation(int /*location*/) {}
 
 void DataConnection::Execute(const std::wstring& command_text, int /*options*/) {

@@ -8,8 +8,8 @@
 
 namespace pxscheduler {
 
-// A connection of provider "SQLOLEDB" over the engines of this build. Open raises 3705 while it is
-// open already, and 3706 for any other provider.
+// A connection of the provider "SQLOLEDB", opened by the engine that its data source belongs to.
+// Open raises 3705 while it is open already, and 3706 for any other provider.
 class DataConnection : public Connection {
  public:
   explicit DataConnection(SessionOpeners openers);

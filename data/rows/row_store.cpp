@@ -30,7 +30,7 @@ enum Tag : unsigned char {
   kDate,      // days since 1 January 1970 as 32 bits, at midnight
   kDateTime,  // the same, then the second of the day as 32 bits
   kLongText,  // a length of 32 bits, then the text
-  kShortText  // this and every greater byte: a text whose length is the difference
+  kShortText  // and every greater byte: a text, whose length is the difference
 };
 
 constexpr std::size_t kLongestShortText = 255 - kShortText;
@@ -153,25 +153,14 @@ void RowStore::AppendDateTime(const DateTime& value) {
 }
 
 void RowStore::AppendText(std::string_view utf8) {
-  AppendTextHeader(utf8.size(), row_.size());
-  row_ += utf8;
-}
-
-void RowStore::BeginText() { text_start_ = row_.size(); }
-
-void RowStore::AppendTextPiece(std::string_view utf8) { row_ += utf8; }
-
-void RowStore::EndText() { AppendTextHeader(row_.size() - text_start_, text_start_); }
-
-void RowStore::AppendTextHeader(std::size_t length, std::size_t at) {
-  if (length <= kLongestShortText) {
-    row_.insert(at, 1, static_cast<char>(kShortText + length));
-    return;
+  if (utf8.size() <= kLongestShortText) {
+    row_ += static_cast<char>(kShortText + utf8.size());
+  } else {
+    if (!std::in_range<std::uint32_t>(utf8.size())) throw OutOfMemory();
+    row_ += static_cast<char>(kLongText);
+    Store(static_cast<std::uint32_t>(utf8.size()), row_);
   }
-  if (!std::in_range<std::uint32_t>(length)) throw OutOfMemory();
-  std::string header(1, static_cast<char>(kLongText));
-  Store(static_cast<std::uint32_t>(length), header);
-  row_.insert(at, header);
+  row_ += utf8;
 }
 
 void RowStore::EndRow() {

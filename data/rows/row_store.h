@@ -16,7 +16,7 @@
 namespace pxscheduler {
 
 // A whole result set in little more memory than its values take: the cells of a row stand one after
-// another in an arena, each behind one byte that tells its type (and the length of a short text).
+// another in an arena, each behind a byte that holds its type (and the length of a short text).
 //
 // An engine appends the cells of a row from the first column to the last, then calls EndRow. All
 // texts are UTF-8 and may hold NUL. Raises OutOfMemory (7) for a text of 4 GiB or more.
@@ -34,10 +34,6 @@ class RowStore {
   void AppendDecimal(std::string_view digits);
   void AppendDateTime(const DateTime& value);
   void AppendText(std::string_view utf8);
-  // A text that comes in pieces, which need not end at a character's last byte.
-  void BeginText();
-  void AppendTextPiece(std::string_view utf8);
-  void EndText();
   void EndRow();
 
   std::size_t ColumnCount() const { return columns_.Count(); }
@@ -46,10 +42,10 @@ class RowStore {
   std::optional<std::size_t> FindColumn(std::wstring_view name) const {
     return columns_.Find(name);
   }
-  // A value where it is kept, for as long as the store is.
+  // Where a value is stored. Valid as long as the store.
   using Cell = const char*;
-  // Finds the cells of a row, from the first column to the last, which saves finding each of them
-  // anew. The row is 0-based, in range and in the order that Sort made.
+  // Finds the cells of a row, from the first column to the last, in one pass. The row is 0-based,
+  // in range and in the order that Sort made.
   void FindCells(std::size_t row, std::vector<Cell>& cells) const;
   static Value Read(Cell cell);
   // Both 0-based and in range.
@@ -66,7 +62,6 @@ class RowStore {
   ByteArena::Position& PositionOf(std::size_t row) const {
     return positions_[row / kPositionsInChunk][row % kPositionsInChunk];
   }
-  void AppendTextHeader(std::size_t length, std::size_t at);
   void AppendKey(std::size_t row, std::size_t column, std::string& key) const;
   void SortRun(SortEntry* first, SortEntry* last, std::size_t column) const;
 
@@ -76,8 +71,7 @@ class RowStore {
   ByteArena cells_;
   std::vector<std::unique_ptr<ByteArena::Position[]>> positions_;  // of the rows, in their order
   std::size_t row_count_ = 0;
-  std::string row_;             // the row being appended
-  std::size_t text_start_ = 0;  // in row_, of the text being appended in pieces
+  std::string row_;  // the row being appended
 };
 
 }  // namespace pxscheduler

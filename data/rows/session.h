@@ -4,6 +4,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "data/rows/connection_settings.h"
 #include "data/rows/row_store.h"
@@ -13,7 +14,7 @@ namespace pxscheduler {
 
 // One open connection of one database engine; destroying it closes the connection. Every failure is
 // a RuntimeError with the engine's own text: kStatementRejected for a statement that the engine
-// understands to be wrong, kProviderFailure for anything else.
+// finds wrong, kProviderFailure for anything else.
 class Session {
  public:
   static constexpr std::int32_t kStatementRejected = -2147217900;
@@ -21,19 +22,23 @@ class Session {
 
   virtual ~Session() = default;
 
-  // Runs a statement to its end and drops its rows.
+  // Runs a statement to its end and discards its rows.
   virtual void Execute(const std::wstring& sql) = 0;
-  // Runs a statement and reads its first row set whole. A store without columns when the statement
-  // has none. An error in the middle of the rows is raised; it never gives a shorter result.
+  // Runs a statement and reads its first row set whole; a store without columns stands for none. An
+  // error in the middle of the rows is raised: a result is never cut short.
   virtual RowStore Query(const std::wstring& sql) = 0;
   // The name of the current database, asked for at each call.
   virtual std::wstring CurrentDatabase() = 0;
 };
 
+inline RuntimeError ProviderFailure(std::wstring description) {
+  return {Session::kProviderFailure, std::move(description)};
+}
+
 // Opens a session with a data source, or raises a RuntimeError that says why not.
 using SessionOpener = std::function<std::unique_ptr<Session>(const ConnectionSettings&)>;
 
-// The engines of this build. An empty function stands for an engine that the build lacks.
+// How each engine is opened.
 struct SessionOpeners {
   SessionOpener embedded;  // data_source is the path of the database file
   SessionOpener sql_server;

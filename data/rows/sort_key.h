@@ -8,9 +8,9 @@
 
 namespace pxscheduler {
 
-// Keys that stand in the order of their values when compared byte by byte (as unsigned bytes, a key
-// before every longer one that begins with it): Null, then numbers by number, whatever their type,
-// then dates, then text in lower case by code point. Each function appends one key to `out`.
+// Keys that compare as their values do, byte by byte (unsigned, a prefix first): Null, then numbers
+// by value, whatever their type, then dates, then text in lower case by code point. Each function
+// appends one key to `out`.
 void AppendNullKey(std::string& out);
 // The number as std::to_chars writes it: a sign, digits, a point and an exponent, or "inf".
 void AppendNumberKey(std::string_view number, std::string& out);

@@ -11,20 +11,14 @@ namespace pxscheduler {
 // tds_server.py on a free port of this machine, for as long as the object lives.
 class TdsServer {
  public:
-  struct Options {
-    std::string answers = "[]";          // the JSON text of scripted answers
-    std::vector<std::string> arguments;  // further ones of the script
-  };
-
-  TdsServer() : TdsServer(Options{}) {}
-  explicit TdsServer(const Options& options);
+  // `answers` is the JSON text of scripted answers, `arguments` are further ones of the program.
+  explicit TdsServer(const std::string& answers = "[]",
+                     const std::vector<std::string>& arguments = {});
 
   // The server as a data source names it.
   std::wstring DataSource() const { return L"127.0.0.1," + std::to_wstring(port_); }
   // The lines of its log so far: logins and statements as they were received.
-  std::vector<std::string> Log() const;
-  // Those of one kind, "login" or "statement", without that first field.
-  std::vector<std::string> Log(const std::string& kind) const;
+  std::vector<std::string> Log() const { return folder_.ReadLines("log"); }
 
  private:
   ScratchFolder folder_;

@@ -1,4 +1,4 @@
-"""A SQL Server for tests: the parts of TDS 7.4 ([MS-TDS]) that a client meets, on loopback.
+"""A SQL Server for tests: the parts of TDS 7.4 ([MS-TDS]) that a client uses, on loopback.
 
 Prints its port once it listens, and serves until it is ended. What it answers comes from a SQLite
 file, which stands for the database, and before that from a JSON file of scripted answers:

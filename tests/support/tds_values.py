@@ -8,8 +8,7 @@ from decimal import Context, Decimal
 
 TYPE = re.compile(r"(\w+)(?:\((max|\d+)(?:, ?(\d+))?\))?( not null)?(?: collate (\S+))?")
 # The locale identifier, and the sort order of SQL Server's own collations, that imply a code page.
-COLLATIONS = {"cp1252": (0x00D00409, 52), "cp1251": (0x00D00419, 0), "cp932": (0x00D00411, 0),
-              "utf-8": (0x04D00409, 0)}
+COLLATIONS = {"cp1252": (0x00D00409, 52), "cp932": (0x00D00411, 0)}
 DAYS_TO_1900 = (date(1900, 1, 1) - date(1, 1, 1)).days
 TICKS_A_DAY = 86400 * 10**7
 
@@ -66,12 +65,11 @@ FIXED_LENGTH = {  # the type that allows Null, the one that does not, the fields
     "real": (0x6D, 0x3B, "<f", itself),
     "float": (0x6D, 0x3E, "<d", itself),
     "money": (0x6E, 0x3C, "<iI", lambda value: divmod(scaled(value, 4), 1 << 32)),
-    "smallmoney": (0x6E, 0x7A, "<i", lambda value: [scaled(value, 4)]),
     "datetime": (0x6F, 0x3D, "<iI", lambda value: since_1900(value, 300 * 86400)),
     "smalldatetime": (0x6F, 0x3A, "<HH", lambda value: since_1900(value, 24 * 60)),
 }
 DATES_AND_TIMES = {"date": 0x28, "time": 0x29, "datetime2": 0x2A, "datetimeoffset": 0x2B}
-CHARACTERS = {"char": 0xAF, "varchar": 0xA7, "nchar": 0xEF, "nvarchar": 0xE7}
+CHARACTERS = {"varchar": 0xA7, "nchar": 0xEF, "nvarchar": 0xE7}
 TEXTS = {"text": (0x23, 0x7FFFFFFF), "ntext": (0x63, 0x7FFFFFFE)}
 
 
@@ -107,11 +105,10 @@ def nullable(delimiting, encode):
 
 
 def character_type(name, size, code_page):
-    sorting, width, padding = collation(code_page), 1, 0
+    sorting, width = collation(code_page), 1
     if name.startswith("n"):
         code_page, width = "utf-16-le", 2
-    if name in ("char", "nchar"):
-        padding = int(size)
+    padding = int(size) if name == "nchar" else 0
 
     def encode(value):
         return str(value).ljust(padding).encode(code_page, "replace")

@@ -2,7 +2,7 @@
 
 namespace pxscheduler {
 
-// The last one comes with the system.
+// The last one is part of Windows.
 std::vector<std::wstring> DefaultDrivers() {
   return {L"ODBC Driver 18 for SQL Server", L"ODBC Driver 17 for SQL Server", L"SQL Server"};
 }

@@ -79,14 +79,6 @@ TEST_F(DataConnectionTest, StaysClosedWhereItCannotOpen) {
   EXPECT_EQ(RaisedBy([&] { connection_.Close(); }).number, 3704);
   DataRecordset recordset;
   EXPECT_EQ(RaisedBy([&] { recordset.Open(L"x", connection_, -1, -1, -1); }).number, 3709);
-
-  DataConnection without_engines{{}};
-  for (const wchar_t* source : {L"host", L"sqlite:a.db"})
-    EXPECT_EQ(RaisedBy([&] {
-                without_engines.Open(std::wstring{L"Provider=SQLOLEDB;Data Source="} + source, L"",
-                                     L"", -1);
-              }).number,
-              Session::kProviderFailure);
 }
 
 TEST_F(DataConnectionTest, WalksAResultSet) {

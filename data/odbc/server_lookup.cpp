@@ -1,4 +1,4 @@
-#include "data/odbc/instance_lookup.h"
+#include "data/odbc/server_lookup.h"
 
 #include <algorithm>
 #include <array>
@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "data/odbc/provider_error.h"
+#include "data/rows/session.h"
 #include "network/socket_calls.h"
 #include "platform/letter_case.h"
 #include "text/utf8.h"
@@ -24,7 +24,7 @@ constexpr char kServerResponse = 0x05;
 constexpr std::size_t kResponseHeader = 3;  // the kind and a 16-bit size
 constexpr milliseconds kAskAgainAfter{1000};
 
-// Connected, so that the system drops answers from anybody else.
+// Connected, so that the system drops answers from other addresses.
 std::vector<Socket> OpenSockets(std::vector<SocketAddress> addresses, std::uint16_t port) {
   std::vector<Socket> sockets;
   for (SocketAddress& address : addresses) {
@@ -66,10 +66,23 @@ std::uint16_t AwaitPort(const std::vector<Socket>& sockets, milliseconds wait) {
 
 }  // namespace
 
+ResolvedHost ResolveHost(Resolver& resolver, const std::wstring& name, milliseconds timeout) {
+  ResolvedHost host{.name = name, .addresses = {}};
+  switch (resolver.Resolve(ToUtf8(name), timeout, host.addresses)) {
+    case ResolveResult::kUnknown:
+      throw ProviderFailure(L"The server " + name + L" is unknown.");
+    case ResolveResult::kTimedOut:
+      throw ProviderFailure(L"Looking up the address of the server " + name + L" took too long.");
+    case ResolveResult::kResolved:
+      break;
+  }
+  return host;
+}
+
 std::uint16_t PortInBrowserAnswer(std::string_view answer) {
   if (answer.size() < kResponseHeader || answer.front() != kServerResponse) return 0;
   std::string_view rest = answer.substr(kResponseHeader);
-  // Names and values take turns, each ended by ";".
+  // Names and values alternate, each ended by ";".
   const auto next = [&rest] {
     const std::size_t end = std::min(rest.find(';'), rest.size());
     const std::string_view part = rest.substr(0, end);
@@ -96,7 +109,7 @@ std::uint16_t FindInstancePort(const ResolvedHost& host, const std::wstring& ins
   for (;;) {
     const auto left = std::chrono::ceil<milliseconds>(until - Clock::now());
     if (left.count() <= 0) break;
-    // A request that is lost is sent again; there is nothing else to do about an error.
+    // A request that fails to be sent is repeated as one that is lost.
     std::size_t sent = 0;
     for (const Socket& socket : sockets) (void)SendSome(socket.Handle(), request, sent);
     const std::uint16_t port = AwaitPort(sockets, std::min(left, kAskAgainAfter));
