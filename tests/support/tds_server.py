@@ -10,8 +10,7 @@ A STEP is one of
     {"count": 3}  (null: a statement that counts no rows)    {"database": "Other"}
     {"info": [NUMBER, SEVERITY, TEXT]}                       {"error": [NUMBER, SEVERITY, TEXT]}
     {"wait": SECONDS}    {"silence": true}    {"break": "close" or "reset"}
-A type may end in "not null" and in "collate" with the name of a code page. Exact numbers, dates and
-identifiers are written as text.
+A type may end in "not null". Exact numbers, dates and identifiers are written as text.
 
 Each login and each statement is a line of the log file: login, user, password, database, "plain" or
 "encrypted", application, or statement and its text; tabs between them, line ends written "\\n".
@@ -29,7 +28,7 @@ import subprocess
 import tempfile
 from pathlib import Path
 
-from tds_values import collation, long_text, short_text, wire_type, with_length
+from tds_values import COLLATION, long_text, short_text, wire_type, with_length
 from transact_sql import Database
 
 SQL_BATCH, REPLY, ATTENTION, PRELOGIN = 1, 4, 6, 18
@@ -210,7 +209,7 @@ class Session(socketserver.BaseRequestHandler):
         product = b"\x01\x74\0\0\x04" + short_text("Microsoft SQL Server") + VERSION
         self.channel.end_reply(
             database_change(self.database, "master")
-            + environment_change(7, with_length("<B", collation("cp1252")), b"\0")
+            + environment_change(7, with_length("<B", COLLATION), b"\0")
             + b"\xad" + with_length("<H", product) + done(DONE, 0))
 
     def refuse(self, *error):

@@ -3,12 +3,12 @@
 import re
 import struct
 import uuid
-from datetime import date, datetime, timedelta
+from datetime import date, datetime
 from decimal import Context, Decimal
 
-TYPE = re.compile(r"(\w+)(?:\((max|\d+)(?:, ?(\d+))?\))?( not null)?(?: collate (\S+))?")
-# The locale identifier, and the sort order of SQL Server's own collations, that imply a code page.
-COLLATIONS = {"cp1252": (0x00D00409, 52), "cp932": (0x00D00411, 0)}
+TYPE = re.compile(r"(\w+)(?:\((max|\d+)(?:, ?(\d+))?\))?( not null)?")
+# The locale identifier and the sort order of a collation whose code page is 1252.
+COLLATION = struct.pack("<IB", 0x00D00409, 52)
 DAYS_TO_1900 = (date(1900, 1, 1) - date(1, 1, 1)).days
 TICKS_A_DAY = 86400 * 10**7
 
@@ -26,10 +26,6 @@ def long_text(text):  # US_VARCHAR
     return short_text(text, "<H")
 
 
-def collation(code_page):
-    return struct.pack("<IB", *COLLATIONS[code_page])
-
-
 def itself(value):
     return [value]
 
@@ -39,19 +35,15 @@ def scaled(value, scale):
 
 
 def moment(text):
-    """The days since 1 January of the year 1 and the time of day in 100 ns, both of UTC, and the
-    minutes that the local time is ahead."""
-    whole, fraction, offset = re.fullmatch(r"(.+?)(?:\.(\d+))?([+-]\d\d:\d\d)?", text).groups("")
-    local = datetime.fromisoformat(whole + offset)
-    ahead = local.utcoffset() or timedelta()
-    since = local.replace(tzinfo=None) - ahead - datetime(1, 1, 1)
-    ticks = since.seconds * 10**7 + int(fraction.ljust(7, "0"))
-    return since.days, ticks, ahead // timedelta(minutes=1)
+    """The days since 1 January of the year 1 and the time of day in 100 ns."""
+    whole, _, fraction = text.partition(".")
+    since = datetime.fromisoformat(whole) - datetime(1, 1, 1)
+    return since.days, since.seconds * 10**7 + int(fraction.ljust(7, "0"))
 
 
 def since_1900(text, units_a_day):
     """The days since 1 January 1900, and the units of time in the day."""
-    days, ticks, _ = moment(text)
+    days, ticks = moment(text)
     return days - DAYS_TO_1900, int(ticks * units_a_day / TICKS_A_DAY + 0.5)
 
 
@@ -68,7 +60,7 @@ FIXED_LENGTH = {  # the type that allows Null, the one that does not, the fields
     "datetime": (0x6F, 0x3D, "<iI", lambda value: since_1900(value, 300 * 86400)),
     "smalldatetime": (0x6F, 0x3A, "<HH", lambda value: since_1900(value, 24 * 60)),
 }
-DATES_AND_TIMES = {"date": 0x28, "time": 0x29, "datetime2": 0x2A, "datetimeoffset": 0x2B}
+DATES_AND_TIMES = {"date": 0x28, "time": 0x29, "datetime2": 0x2A}
 CHARACTERS = {"varchar": 0xA7, "nchar": 0xEF, "nvarchar": 0xE7}
 TEXTS = {"text": (0x23, 0x7FFFFFFF), "ntext": (0x63, 0x7FFFFFFE)}
 
@@ -79,11 +71,10 @@ def exact_number(value, size, scale):
 
 
 def date_and_time(value, name, scale):
-    days, ticks, offset = moment("0001-01-01 " + value if name == "time" else value)
+    days, ticks = moment("0001-01-01 " + value if name == "time" else value)
     size = 3 if scale <= 2 else 4 if scale <= 4 else 5
     day, time = days.to_bytes(3, "little"), (ticks // 10 ** (7 - scale)).to_bytes(size, "little")
-    return {"date": day, "time": time, "datetime2": time + day,
-            "datetimeoffset": time + day + struct.pack("<h", offset)}[name]
+    return {"date": day, "time": time, "datetime2": time + day}[name]
 
 
 def in_chunks(data):  # PLP
@@ -104,27 +95,25 @@ def nullable(delimiting, encode):
     return lambda value: null if value is None else delimited(encode(value))
 
 
-def character_type(name, size, code_page):
-    sorting, width = collation(code_page), 1
-    if name.startswith("n"):
-        code_page, width = "utf-16-le", 2
+def character_type(name, size):
+    encoding, width = ("utf-16-le", 2) if name.startswith("n") else ("cp1252", 1)
     padding = int(size) if name == "nchar" else 0
 
     def encode(value):
-        return str(value).ljust(padding).encode(code_page, "replace")
+        return str(value).ljust(padding).encode(encoding, "replace")
 
     if name in TEXTS:
         table = b"\x01" + long_text("Clients")
-        return struct.pack("<BI", *TEXTS[name]) + sorting + table, nullable(TEXT_POINTER, encode)
+        return struct.pack("<BI", *TEXTS[name]) + COLLATION + table, nullable(TEXT_POINTER, encode)
     length, delimiting = (0xFFFF, CHUNKED) if size == "max" else (int(size) * width, MEDIUM)
-    return struct.pack("<BH", CHARACTERS[name], length) + sorting, nullable(delimiting, encode)
+    return struct.pack("<BH", CHARACTERS[name], length) + COLLATION, nullable(delimiting, encode)
 
 
 def wire_type(declared):
     """How a type is announced (TYPE_INFO) and the function that writes a value of it."""
-    name, size, scale, not_null, code_page = TYPE.fullmatch(declared).groups()
+    name, size, scale, not_null = TYPE.fullmatch(declared).groups()
     if name in CHARACTERS or name in TEXTS:
-        return character_type(name, size, code_page or "cp1252")
+        return character_type(name, size)
     size, scale = int(size or 0), int(scale or 0)
     if name in FIXED_LENGTH:
         with_null, without_null, form, fields = FIXED_LENGTH[name]

@@ -103,8 +103,8 @@ TEST(SqlServerSessionTest, LogsInOnceAndRunsStatementsAsGiven) {
 TEST(SqlServerSessionTest, CarriesPasswordsUnchanged) {
   const TdsServer server;
   std::vector<std::string> logins;
-  for (const std::string password : {"a;DATABASE=master", " blanks ", "{braced}", "a}b", "=",
-                                     "\xC5\xBDi\xC5\xBEka \xE2\x82\xAC"}) {
+  for (const std::string password : {"", "a;DATABASE=master", " blanks ", "{braced}", "{a", "a}",
+                                     "a}b", "a=b c'\"", "\xC5\xBDi\xC5\xBEka \xE2\x82\xAC"}) {
     ConnectionSettings settings = SettingsFor(server);
     settings.password = FromUtf8(password);
     EXPECT_THAT(RaisedBy([&] { Open(settings); }),
@@ -160,7 +160,6 @@ TEST(SqlServerSessionTest, ReadsEveryType) {
       {"real", "1.1", 1.1F},
       {"nchar(5)", JsonText("Zo\u00EB"), L"Zo\u00EB  "},
       {"varchar(10)", JsonText("\u20AC\u017D"), L"\u20AC\u017D"},
-      {"varchar(10) collate cp932", JsonText("\u65E5\u672C"), L"\u65E5\u672C"},
       {"nvarchar(20)", JsonText("Zo\u00EB \U0001F600"), L"Zo\u00EB \U0001F600"},
       {"nvarchar(5)", JsonText(""), L""},
       {"nvarchar(3)", JsonText("a\\u0000b"), std::wstring(L"a\0b", 3)},
@@ -175,7 +174,6 @@ TEST(SqlServerSessionTest, ReadsEveryType) {
       {"date", JsonText("0001-01-01"), DateTime{year{1} / 1 / 1}},
       {"datetime2(7)", JsonText("2026-11-16 15:07:41.9999999"), afternoon},
       {"time(0)", JsonText("23:59:59"), L"23:59:59"},
-      {"datetimeoffset(0)", JsonText("2026-11-16 15:07:41+02:00"), L"2026-11-16 15:07:41 +02:00"},
       {"uniqueidentifier", JsonText("6f9619ff-8b86-d011-b42d-00c04fc964ff"),
        L"{6F9619FF-8B86-D011-B42D-00C04FC964FF}"},
       {"varbinary(4)", JsonText("00ff"), L"00ff"},
@@ -234,25 +232,19 @@ TEST(SqlServerSessionTest, FindsTheFirstRowSet) {
       {"a procedure", R"({"info": [0, 0, "hello"]}, {"count": 1}, )" + kTwoRows},
       {"a second row set", kTwoRows + R"(, {"count": 1}, )" + RowSet("text", "")},
       {"a change of the database", R"({"database": "Other"}, )" + kTwoRows},
+      {"none", R"({"count": 3}, {"info": [0, 0, "done"]})"},
   };
   const TdsServer server(AnswersOf(script));
   const auto session = Open(server);
   for (const auto& [statement, steps] : script) {
     SCOPED_TRACE(statement);
-    EXPECT_EQ(session->CurrentDatabase(), L"SampleAgency");
     const RowStore store = session->Query(FromUtf8(statement));
-    EXPECT_EQ(store.ColumnCount(), 1U);
-    ASSERT_EQ(store.RowCount(), 2U);
-    EXPECT_EQ(store.Read(1, 0), Value(std::int64_t{2}));
+    EXPECT_EQ(store.ColumnCount(), statement == "none" ? 0U : 1U);
+    EXPECT_EQ(store.RowCount(), statement == "none" ? 0U : 2U);
+    if (store.RowCount() == 2) EXPECT_EQ(store.Read(1, 0), Value(std::int64_t{2}));
+    session->Execute(FromUtf8(statement));
   }
   EXPECT_EQ(session->CurrentDatabase(), L"Other");
-}
-
-TEST(SqlServerSessionTest, HasNoColumnsWithoutARowSet) {
-  const TdsServer server(AnswersOf({{"go", R"({"count": 3}, {"info": [0, 0, "done"]})"}}));
-  const auto session = Open(server);
-  EXPECT_EQ(session->Query(L"go").ColumnCount(), 0U);
-  session->Execute(L"go");
 }
 
 // Whatever goes wrong, and wherever, is an error with the server's number and text.

@@ -2,6 +2,7 @@
 
 #include "data/odbc/column.h"
 #include "data/odbc/wide_text.h"
+#include "tests/support/raised_by.h"
 #include "text/utf8.h"
 
 namespace pxscheduler {
@@ -33,7 +34,26 @@ TEST(ColumnTest, WritesDecimalsPlainly) {
   } cases[] = {{"0", "0"},     {"-.4500", "-0.45"}, {".0000", "0"},
                {"-0.00", "0"}, {"100", "100"},      {"0100.10", "100.1"},
                {"12.", "12"},  {"-7.0000", "-7"},   {"0.0001", "0.0001"}};
-  for (const auto& each : cases) EXPECT_EQ(PlainDecimal(each.from_driver), each.plain);
+  for (const auto& [from_driver, plain] : cases) EXPECT_EQ(PlainDecimal(from_driver), plain);
+}
+
+TEST(ColumnTest, RefusesAValueThatDidNotFit) {
+  const std::byte buffer[8] = {};
+  const struct {
+    CellKind kind;
+    SQLLEN longest;
+  } cases[] = {{CellKind::kInteger, 8}, {CellKind::kGuid, 7}, {CellKind::kText, 6}};
+  for (const auto& [kind, longest] : cases) {
+    RowStore rows({L"Name"});
+    std::string scratch;
+    const auto append = [&, kind = kind](SQLLEN length) {
+      AppendCell({.name = L"Name", .kind = kind}, buffer, length, scratch, rows);
+    };
+    append(longest);
+    for (const SQLLEN length : {longest + 1, SQLLEN{SQL_NO_TOTAL}})
+      EXPECT_EQ(RaisedBy([&] { append(length); }).description,
+                L"A value of the column \"Name\" is longer than the driver said.");
+  }
 }
 
 }  // namespace
