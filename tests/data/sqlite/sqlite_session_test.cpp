@@ -64,10 +64,10 @@ class SqliteSessionTest : public testing::Test {
     return rows.Read(0, 0);
   }
 
-  // The numbers of the clients that fit the condition, in their order.
-  std::string Clients(const std::wstring& condition) {
+  // The numbers in the first column.
+  std::string Numbers(const std::wstring& sql) {
     std::string numbers;
-    const RowStore rows = Open()->Query(L"SELECT * FROM Clients WHERE " + condition);
+    const RowStore rows = Open()->Query(sql);
     for (std::size_t row = 0; row < rows.RowCount(); ++row)
       numbers += std::to_string(std::get<std::int64_t>(rows.Read(row, 0)));
     return numbers;
@@ -106,7 +106,7 @@ TEST_F(SqliteSessionTest, GivesValuesByDeclaredType) {
   EXPECT_EQ(rows.FindColumn(L"BIRTHDATE"), 4U);
 }
 
-TEST_F(SqliteSessionTest, RunsSavedQueries) {
+TEST_F(SqliteSessionTest, FindsClients) {
   const struct {
     std::wstring condition;
     std::string numbers;
@@ -117,19 +117,25 @@ TEST_F(SqliteSessionTest, RunsSavedQueries) {
        L"AND DATEDIFF(YEAR,AnniversaryDate,GETDATE())=25))",
        "12"},
       {L"Birthdate='1970-11-17'", "1"},
-      {L"Birthdate<='19701117'", "1"},
+      {L"'19701117'>=Birthdate", "1"},
       {L"Birthdate IN ('11/25/1980')", "2"},
+      {L"AnniversaryDate NOT IN ('2001-12-24')", "14"},
       {L"Birthdate BETWEEN '1970-11-17' AND DATEADD(year, -46, GETDATE()) + 9", "12"},
+      {L"COALESCE(AnniversaryDate,'19000101')<'2000-01-01'", "3"},
       {L"AnniversaryDate>GETDATE()", "4"},
       {L"Name='ZOË  '", "1"},
       {L"ISNULL(Name,'')='zoË'", "1"},
+      {L"CASE Name WHEN 'ZOË' THEN 1 END=1", "1"},
       {L"Email='zoe@example.ORG'", "1"},
+      {L"Email COLLATE Latin1_General_CS_AS='zoe@example.org'", ""},
       {L"Email LIKE '[^a-y]%' ORDER BY Email DESC", "41"},
+      {L"Name IN ('zoë','O''BRIEN')", "12"},
       {L"Name=N'o''brien' AND SendEmail='False'", "2"},
       {L"SendEmail<>0", "14"},
+      {L"Number='2' OR Number IN ('3')", "23"},
+      {L"Number!<2 AND Number!>3 AND Number!=3 AND Number<>0x1F", "2"},
+      {L"Number - -2=5 AND Number - -Number*-2=-Number", "3"},
       {L"LEN(Name)=3", "13"},
-      {L"Name IN ('zoë','O''BRIEN')", "12"},
-      {L"Email COLLATE Latin1_General_CS_AS='zoe@example.org'", ""},
       {L"Number=(SELECT UserID FROM [agency.V2].dbo.Users WITH (NOLOCK) WHERE [Login]='ADMIN')",
        "1"},
       {L"Number IN (SELECT TOP 2 UserID FROM Users ORDER BY UserID DESC)", "23"},
@@ -137,9 +143,36 @@ TEST_F(SqliteSessionTest, RunsSavedQueries) {
        "23"},
   };
   for (const auto& [condition, numbers] : cases) {
+    const std::wstring sql = L"SELECT * FROM Clients WHERE " + condition;
     std::string found;
-    EXPECT_EQ(ErrorOf([&, &query = condition] { found = Clients(query); }), "");
-    EXPECT_EQ(found, numbers) << ToUtf8(condition);
+    EXPECT_EQ(ErrorOf([&] { found = Numbers(sql); }), "") << ToUtf8(sql);
+    EXPECT_EQ(found, numbers) << ToUtf8(sql);
+  }
+}
+
+TEST_F(SqliteSessionTest, UnderstandsStatements) {
+  const struct {
+    std::wstring sql;
+    std::string numbers;
+  } cases[] = {
+      {L"select u.UserID, u.*, COUNT(*) n from Users u group by u.UserID order by 1 desc;", "321"},
+      {L"SELECT TOP 2 UserID FROM [Agency.v2].dbo.[Users] WITH (NOLOCK) ORDER BY Login DESC", "23"},
+      {L"SELECT DISTINCT TOP (1+1) UserID FROM dbo.Users u (nolock) OPTION (MAXDOP 1)", "12"},
+      {L"SELECT TOP 1 UserID FROM Users UNION ALL SELECT TOP 2 UserID FROM Users ORDER BY UserID",
+       "112"},
+      {L"SELECT (SELECT TOP 1 UserID FROM Users) FROM Users", "111"},
+      {L"SELECT a.UserID FROM Users a LEFT JOIN Users b ON a.Login=b.Login AND a.UserID<>b.UserID",
+       "123"},
+      {L"SELECT 1/* 'x /* nested */ ] */,2--'\n,3 /* 4", "1"},
+      {L"SELECT 7\u00A0Größe", "7"},
+      {L" \t\r\n\u00A0 -- nothing", ""},
+      {L"SET ANSI_NULLS OFF; SET TRANSACTION ISOLATION LEVEL READ UNCOMMITTED; SELECT 1", "1"},
+      {L"; SET NOCOUNT ON SELECT 1", "1"},
+  };
+  for (const auto& [sql, numbers] : cases) {
+    std::string found;
+    EXPECT_EQ(ErrorOf([&, &query = sql] { found = Numbers(query); }), "") << ToUtf8(sql);
+    EXPECT_EQ(found, numbers) << ToUtf8(sql);
   }
 }
 
@@ -185,6 +218,9 @@ TEST_F(SqliteSessionTest, ComputesAsTheServerDoes) {
       {L"CONVERT(datetime,'16/11/2026',103)", L"2026-11-16 00:00:00"},
       {L"CONVERT(bit,5)", 1},
       {L"CASE 'A' WHEN 'a' THEN 1 ELSE 2 END", 1},
+      {L"CASE WHEN 1=2 THEN 'x' ELSE NULL END + 'y'", {}},
+      {LR"('-- [x] /*'+N'it''s')", L"-- [x] /*it's"},
+      {L"1.5e-3+.2E+1", 2.0015},
       {L"7/2", 3},
   };
   for (const auto& [expression, value] : cases)
@@ -211,6 +247,21 @@ TEST_F(SqliteSessionTest, RefusesWhatTheServerRejects) {
       {L"SELECT CONVERT(varchar(30),GETDATE(),77)",
        "77 is not a valid style number when converting from datetime to a character string."},
       {L"SET LOCK_TIMEOUT soon", "Incorrect syntax near 'soon'."},
+      {L"SET LOCK_TIMEOUT ", "Incorrect syntax near 'LOCK_TIMEOUT'."},
+      {L"SET LOCK_TIMEOUT -2", "Incorrect syntax near '2'."},
+      {L"SET LOCK_TIMEOUT 1.5", "Incorrect syntax near '1.5'."},
+      {L"SET ROWCOUNT 5", "Incorrect syntax near 'ROWCOUNT'."},
+      {L"SET NOCOUNT", "Incorrect syntax near 'NOCOUNT'."},
+      {L"SELECT N'a''", "Unclosed quotation mark after the character string 'a''."},
+      {L"SELECT [a]]", "Unclosed quotation mark after the character string 'a]'."},
+      {L"SELECT \"", "Unclosed quotation mark after the character string ''."},
+      {L"SELECT a +", "Incorrect syntax near '+'."},
+      {L"SELECT (a", "Incorrect syntax near 'a'."},
+      {L"SELECT CASE WHEN", "Incorrect syntax near 'WHEN'."},
+      {L"SELECT x.", "Incorrect syntax near '.'."},
+      {L"SELECT f(a", "Incorrect syntax near 'a'."},
+      {L"SELECT a COLLATE", "Incorrect syntax near 'COLLATE'."},
+      {L"SELECT CONVERT(varchar(x), a)", "Incorrect syntax near 'x'."},
       {L"SELECT 1 WHERE 2=(SELECT UserID FROM Users WHERE Login='jsmith')",
        "Subquery returned more than 1 value. This is not permitted when the subquery follows "
        "=, !=, <, <= , >, >= or when the subquery is used as an expression."},
@@ -218,6 +269,13 @@ TEST_F(SqliteSessionTest, RefusesWhatTheServerRejects) {
   for (const auto& [sql, error] : cases)
     EXPECT_EQ(ErrorOf([&, &query = sql] { Open()->Query(query); }), "-2147217900 " + error)
         << ToUtf8(sql);
+  for (const wchar_t* opening : {L"(", L"CAST(", L"CASE ", L"f(", L"SELECT TOP (", L"a IN ("}) {
+    std::wstring sql = L"SELECT ";
+    for (int depth = 0; depth < 5000; ++depth) sql += opening;
+    EXPECT_EQ(ErrorOf([&] { Open()->Query(sql); }),
+              "-2147217900 Some part of your SQL statement is nested too deeply.")
+        << opening;
+  }
 }
 
 TEST_F(SqliteSessionTest, WritesNothing) {
@@ -247,10 +305,11 @@ TEST_F(SqliteSessionTest, TakesBatches) {
   const std::unique_ptr<Session> session = Open();
   session->Execute(L"SET LOCK_TIMEOUT 60000");
   session->Execute(L"SELECT * FROM Clients");
-  const RowStore rows =
-      session->Query(L"SET NOCOUNT ON; SELECT 1 AS First; SELECT 2 AS Second, 3;");
-  EXPECT_EQ(rows.ColumnCount(), 1U);
-  EXPECT_EQ(rows.FindColumn(L"First"), 0U);
+  const RowStore rows = session->Query(
+      LR"(SET NOCOUNT ON; SELECT 1 AS [a]]b], 1 "c""d", 1 AS 'e f', g = 1; SELECT 2 AS Second;)");
+  EXPECT_EQ(rows.ColumnCount(), 4U);
+  for (const wchar_t* name : {L"a]b", L"c\"d", L"e f", L"g"})
+    EXPECT_TRUE(rows.FindColumn(name)) << name;
   EXPECT_EQ(session->Query(L"SET NOCOUNT ON").ColumnCount(), 0U);
   EXPECT_EQ(session->Query(L"").ColumnCount(), 0U);
   EXPECT_EQ(session->Query(L"SELECT * FROM Clients WHERE 1=0").ColumnCount(), 10U);
