@@ -8,7 +8,6 @@
 #include "delivery/mail_component.h"
 #include "delivery/mime/address.h"
 #include "delivery/mime/byte_buffer.h"
-#include "delivery/mime/text_part.h"
 #include "delivery/mime/wire_message.h"
 #include "platform/system.h"
 #include "text/letter.h"

@@ -1,10 +1,7 @@
 #include "delivery/mime/wire_message.h"
 
-#include <string>
-#include <string_view>
 #include <utility>
 
-#include "delivery/mime/quoted_printable.h"
 #include "delivery/mime/text_encoding.h"
 #include "text/utf8.h"
 
@@ -12,7 +9,7 @@ namespace pxscheduler {
 
 namespace {
 
-// What the server makes of the lines (RFC 5321 section 4.5.2).
+// Undoes the dot-stuffing (RFC 5321 section 4.5.2).
 std::string WithoutDoubledFullStops(std::string_view lines) {
   std::string text;
   text.reserve(lines.size());
@@ -52,7 +49,41 @@ void MakeSevenBit(WireMessage& message) {
   rewritten.Append(bytes.substr(position));
   message.bytes = std::move(rewritten);
   message.eight_bit_parts.clear();
-  message.multiparts.clear();
+}
+
+void TextPart::SetTemplate(const TextTemplate& text) {
+  identity_.SetTemplate(text);
+  quoted_printable_.SetTemplate(text);
+}
+
+void TextPart::Append(std::span<const std::wstring> values, WireMessage& message) const {
+  Append([&](ByteBuffer& bytes) { return identity_.Append(values, bytes); },
+         [&](ByteBuffer& bytes) { quoted_printable_.Append(values, bytes); }, message);
+}
+
+void TextPart::AppendText(std::wstring_view text, WireMessage& message) const {
+  Append([&](ByteBuffer& bytes) { return IdentityEncoding::AppendText(text, bytes); },
+         [&](ByteBuffer& bytes) { QuotedPrintable::AppendText(text, bytes); }, message);
+}
+
+template <typename AsItIs, typename InQuotedPrintable>
+void TextPart::Append(const AsItIs& as_it_is, const InQuotedPrintable& in_quoted_printable,
+                      WireMessage& message) const {
+  ByteBuffer& bytes = message.bytes;
+  const std::size_t encoding = bytes.View().size();
+  bytes.Append("8bit\r\n\r\n");
+  const std::size_t begin = bytes.View().size();
+  const TransferEncoding needed = as_it_is(bytes);
+  if (needed == TransferEncoding::kSevenBit) {
+    bytes.Overwrite(encoding, "7bit");
+  } else if (needed == TransferEncoding::kEightBit && may_be_eight_bit_) {
+    message.eight_bit_parts.push_back(
+        {.encoding = encoding, .begin = begin, .end = bytes.View().size()});
+  } else {
+    bytes.Truncate(encoding);
+    bytes.Append("quoted-printable\r\n\r\n");
+    in_quoted_printable(bytes);
+  }
 }
 
 }  // namespace pxscheduler

@@ -68,11 +68,11 @@ ReadResult ReplyReader::ReadLine(Transport& transport, Deadline deadline, std::s
     searched = buffer_.View().size();
     if (searched > kLongestLine) return ReadResult::kNotSmtp;
     char* const free = buffer_.Room(kReadSize);
-    std::size_t received = 0;
+    std::size_t received;
     const IoResult result = transport.Receive(free, kReadSize, received, deadline);
+    if (result == IoResult::kTimedOut) return ReadResult::kTimedOut;
+    if (result == IoResult::kBroken) return ReadResult::kBroken;
     buffer_.SetEnd(free + received);
-    if (result != IoResult::kDone)
-      return result == IoResult::kTimedOut ? ReadResult::kTimedOut : ReadResult::kBroken;
   }
 }
 

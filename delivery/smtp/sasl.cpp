@@ -3,7 +3,7 @@
 #include <charconv>
 #include <utility>
 
-#include "delivery/smtp/message_identifiers.h"
+#include "delivery/smtp/random_tokens.h"
 #include "platform/digests.h"
 #include "text/base64.h"
 #include "text/hexadecimal.h"

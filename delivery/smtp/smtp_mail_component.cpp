@@ -3,10 +3,7 @@
 #include <new>
 #include <utility>
 
-#include "delivery/mime/ascii_domain.h"
 #include "network/socket_network.h"
-#include "platform/digests.h"
-#include "text/ascii_case.h"
 #include "text/text.h"
 #include "text/utf8.h"
 
@@ -15,28 +12,11 @@ namespace pxscheduler {
 namespace {
 
 constexpr std::int32_t kCannotOpenFile = 10;
-// What may wait to be sent before another message is composed.
-constexpr std::size_t kMostBytesAhead = 65536;
 constexpr std::size_t kBoundaryDigits = 16;  // 64 random bits
 
-Security SecurityOf(std::wstring_view text) {
-  const std::string name = LowerAscii(ToUtf8(TrimBlanks(text)));
-  if (name.empty()) return Security::kWhenOffered;
-  if (name == "unverified") return Security::kUnverified;
-  return name == "none" ? Security::kNone : Security::kRequired;
-}
-
-// A host as the resolver takes it: a name in its ASCII form or a numeric address, "" for neither.
-std::string ResolvableHost(std::wstring_view host) {
-  const bool is_numeric =
-      host.find_first_not_of(L"0123456789abcdefABCDEF.:%") == std::wstring_view::npos;
-  if (is_numeric) return {host.begin(), host.end()};
-  return AsciiDomain(host).value_or("");
-}
-
-// Nothing that is thrown leaves the component.
+// Takes a step of the component, which lets no exception out.
 template <typename Step>
-std::optional<SendOutcome> OutcomeOf(const Step& step) {
+Failure FailureOf(const Step& step) {
   try {
     return step();
   } catch (const std::bad_alloc&) {
@@ -79,7 +59,7 @@ void SmtpMailComponent::SetAuthenticationMode(std::int32_t mode) {
   authenticates_ = mode != kAuthenticateNone;
 }
 
-// The option adds nothing: the strongest mechanism that the server offers is taken in any case.
+// The option makes no difference: the strongest mechanism that the server offers is always used.
 void SmtpMailComponent::SetAuthenticationOption(std::int32_t /*option*/) {}
 
 void SmtpMailComponent::SetUserName(const std::wstring& user_name) {
@@ -94,7 +74,7 @@ void SmtpMailComponent::SetPassword(const std::wstring& password) {
 
 void SmtpMailComponent::SetSecurity(const std::wstring& security) {
   EndSession();
-  server_.security = SecurityOf(security);
+  server_.security = ReadSecurity(security);
 }
 
 void SmtpMailComponent::SetUnsubscribe(const std::wstring& address) {
@@ -116,9 +96,7 @@ void SmtpMailComponent::SetMessageTemplate(MessageTemplate message) {
   composer_.SetTemplate(std::move(message));
 }
 
-bool SmtpMailComponent::CanComposeMore() const {
-  return waiting_ == 0 || (waiting_ < composed_.size() && waiting_bytes_ < kMostBytesAhead);
-}
+bool SmtpMailComponent::CanComposeMore() const { return queue_.HasRoom(); }
 
 void SmtpMailComponent::Compose(const std::wstring& display_name, const std::wstring& address,
                                 std::span<const std::wstring> values) {
@@ -132,80 +110,67 @@ void SmtpMailComponent::ComposeTexts(const std::wstring& display_name, const std
 
 void SmtpMailComponent::Compose(const std::wstring& display_name, const std::wstring& address,
                                 std::span<const std::wstring> values, const MessageTexts* texts) {
-  ComposedMessage& message = composed_[(first_waiting_ + waiting_) % composed_.size()];
+  ComposedMessage& message = queue_.Next();
   message.wire.Clear();
-  message.outcome = *OutcomeOf([&] {
+  message.failure = FailureOf([&]() -> Failure {
     std::optional<Address> recipient = ParseAddress(address);
     if (!recipient) return SendOutcome::kRecipientRefused;
     message.recipient = *std::move(recipient);
     composer_.Compose({.recipient = {display_name, message.recipient},
                        .date = system_.Now(),
-                       .message_id = identifiers_.Next(),
+                       .message_id = message_ids_.Next(),
                        .values = values,
                        .texts = texts},
                       message.wire);
-    return SendOutcome::kDelivered;
+    return std::nullopt;
   });
-  ++waiting_;
-  waiting_bytes_ += message.wire.bytes.View().size();
+  queue_.Push();
 }
 
 void SmtpMailComponent::Send() {
-  if (waiting_ == 0) {
-    send_outcome_ = SendOutcome::kOtherError;  // no message is handed over twice
+  if (queue_.IsEmpty()) {
+    send_outcome_ = SendOutcome::kOtherError;  // no message is sent twice
     return;
   }
-  ComposedMessage& message = composed_[first_waiting_];
-  --waiting_;
-  waiting_bytes_ -= message.wire.bytes.View().size();
-  send_outcome_ = OutcomeOf([&] { return HandOver(message); });
-  // Where messages are too large to wait for one another, the same memory serves them all.
-  first_waiting_ = waiting_ == 0 ? 0 : (first_waiting_ + 1) % composed_.size();
-  DropClosedSession();
+  ComposedMessage& message = queue_.Pop();
+  send_outcome_ = FailureOf([&] { return Submit(message); });
+  DropUnusableSession();
 }
 
 std::int32_t SmtpMailComponent::AwaitResult() {
   if (!send_outcome_) {
-    send_outcome_ = OutcomeOf([this] { return session_->AwaitAcceptance(); });
-    DropClosedSession();
+    send_outcome_ = FailureOf([this] { return Failure(session_->AwaitAcceptance()); });
+    DropUnusableSession();
   }
-  return ResultCode(*send_outcome_);
+  return static_cast<std::int32_t>(*send_outcome_);
 }
 
-// Nothing where the server has the whole message and considers it.
-std::optional<SendOutcome> SmtpMailComponent::HandOver(ComposedMessage& message) {
+Failure SmtpMailComponent::Submit(ComposedMessage& message) {
   if (host_.empty()) return SendOutcome::kNoServer;
   if (!sender_) return SendOutcome::kSenderRefused;
-  if (message.outcome != SendOutcome::kDelivered) return message.outcome;
-  const bool is_kept = session_ != nullptr;
-  if (!is_kept) {
-    const SendOutcome opened = OpenSession();
-    if (opened != SendOutcome::kDelivered) return opened;
+  if (message.failure) return message.failure;
+  const bool was_open = session_.has_value();
+  if (!was_open) {
+    if (const Failure failure = OpenSession()) return failure;
   }
-  Submission submission = Submit(message);
-  if (submission.may_try_again && is_kept) {
-    const SendOutcome opened = OpenSession();
-    if (opened != SendOutcome::kDelivered) return opened;
-    submission = Submit(message);
-  }
-  return submission.failure;
+  const Submission submission = SubmitInSession(message);
+  if (!submission.may_try_again || !was_open) return submission.failure;
+  if (const Failure failure = OpenSession()) return failure;
+  return SubmitInSession(message).failure;
 }
 
 // The message may have been composed before it was known what the server offers.
-Submission SmtpMailComponent::Submit(ComposedMessage& message) {
-  if (!session_->TakesEightBit()) MakeSevenBit(message.wire);
-  return session_->Submit(MakeEnvelope(message), message.wire.bytes.View());
+Submission SmtpMailComponent::SubmitInSession(ComposedMessage& message) {
+  if (!session_->Session().Extensions().eight_bit) MakeSevenBit(message.wire);
+  return session_->Submit({.sender = sender_->text,
+                           .recipient = message.recipient.text,
+                           .sender_is_ascii = sender_->is_ascii,
+                           .recipient_is_ascii = message.recipient.is_ascii,
+                           .has_eight_bit_parts = !message.wire.eight_bit_parts.empty()},
+                          message.wire.bytes.View());
 }
 
-// A session is of no more use once it is closed, or where what was thrown left it in mid-dialogue.
-void SmtpMailComponent::DropClosedSession() {
-  const bool was_thrown =
-      send_outcome_ == SendOutcome::kOutOfMemory || send_outcome_ == SendOutcome::kOtherError;
-  if (session_ && (was_thrown || session_->CurrentState() == SmtpSession::State::kClosed))
-    session_.reset();
-}
-
-SendOutcome SmtpMailComponent::OpenSession() {
+Failure SmtpMailComponent::OpenSession() {
   session_.reset();
   server_.host = ResolvableHost(host_);
   if (server_.host.empty()) return SendOutcome::kNameUnknown;
@@ -215,30 +180,29 @@ SendOutcome SmtpMailComponent::OpenSession() {
       return SendOutcome::kCredentialsRefused;  // no mechanism can carry it
     server_.credentials = {ToUtf8(user_name_), ToUtf8(password_)};
   }
-  const SendOutcome opened = SmtpSession::Open(*network_, server_, session_);
-  if (session_) composer_.SetEightBit(session_->TakesEightBit());
-  return opened;
+  std::unique_ptr<SmtpSession> opened;
+  if (const Failure failure = SmtpSession::Open(*network_, server_, opened)) return failure;
+  composer_.SetEightBit(opened->Extensions().eight_bit);
+  session_.emplace(std::move(opened));
+  return std::nullopt;
 }
 
-Envelope SmtpMailComponent::MakeEnvelope(const ComposedMessage& message) const {
-  Envelope envelope;
-  envelope.sender = sender_->text;
-  envelope.sender_is_ascii = sender_->is_ascii;
-  envelope.has_eight_bit_parts = !message.wire.eight_bit_parts.empty();
-  envelope.recipient = message.recipient.text;
-  envelope.recipient_is_ascii = message.recipient.is_ascii;
-  return envelope;
+// A session is unusable once it is closed, and where an exception left it in the middle of a step.
+void SmtpMailComponent::DropUnusableSession() {
+  const bool was_thrown =
+      send_outcome_ == SendOutcome::kOutOfMemory || send_outcome_ == SendOutcome::kOtherError;
+  if (session_ && (was_thrown || session_->Session().IsClosed())) session_.reset();
 }
 
 void SmtpMailComponent::EndSession() {
-  if (!send_outcome_) send_outcome_ = SendOutcome::kConnectionBroken;
+  if (!send_outcome_) send_outcome_ = SendOutcome::kConnectionFailed;
   session_.reset();
 }
 
 std::unique_ptr<MailComponent> NewSmtpMailComponent(const System& system,
                                                     LetterReader read_letter) {
   return std::make_unique<SmtpMailComponent>(system, std::move(read_letter), NewSocketNetwork(),
-                                             TimeoutsOf(system));
+                                             ReadTimeouts(system));
 }
 
 }  // namespace pxscheduler

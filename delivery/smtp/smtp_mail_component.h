@@ -1,7 +1,5 @@
 #pragma once
 
-#include <array>
-#include <cstddef>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -10,19 +8,20 @@
 
 #include "delivery/mail_component.h"
 #include "delivery/mime/message_composer.h"
-#include "delivery/mime/wire_message.h"
-#include "delivery/smtp/message_identifiers.h"
-#include "delivery/smtp/session.h"
+#include "delivery/smtp/mail_transactions.h"
+#include "delivery/smtp/message_queue.h"
+#include "delivery/smtp/random_tokens.h"
+#include "delivery/smtp/server_settings.h"
 #include "platform/system.h"
 #include "text/letter.h"
 
 namespace pxscheduler {
 
-// Reads the letter in a file; nothing where that cannot be read.
+// Reads the letter in a file; nothing for a file that cannot be read.
 using LetterReader = std::function<std::optional<Letter>(const std::wstring& path)>;
 
-// The mail component over SMTP. One connection serves all the messages that are sent with the same
-// server settings; it is opened again where the server ended it between two messages.
+// The mail component over SMTP. All the messages that are sent with the same server settings share
+// one connection, which is opened again where the server ended it between two messages.
 class SmtpMailComponent : public MailComponent {
  public:
   // The references must outlive the component.
@@ -55,20 +54,12 @@ class SmtpMailComponent : public MailComponent {
   std::int32_t AwaitResult() override;
 
  private:
-  // A message that waits to be sent, or room for one.
-  struct ComposedMessage {
-    Address recipient;
-    WireMessage wire;
-    SendOutcome outcome = SendOutcome::kOtherError;  // kDelivered: it can be sent
-  };
-
   void Compose(const std::wstring& display_name, const std::wstring& address,
                std::span<const std::wstring> values, const MessageTexts* texts);
-  std::optional<SendOutcome> HandOver(ComposedMessage& message);
-  Submission Submit(ComposedMessage& message);
-  SendOutcome OpenSession();
-  Envelope MakeEnvelope(const ComposedMessage& message) const;
-  void DropClosedSession();
+  Failure Submit(ComposedMessage& message);
+  Submission SubmitInSession(ComposedMessage& message);
+  Failure OpenSession();
+  void DropUnusableSession();
   void EndSession();
 
   const System& system_;
@@ -84,18 +75,15 @@ class SmtpMailComponent : public MailComponent {
   Letter letter_;
 
   MessageComposer composer_;
-  MessageIdentifiers identifiers_;
-  // Used in turn, so that their memory is used again.
-  std::array<ComposedMessage, 8> composed_;
-  std::size_t first_waiting_ = 0;  // in composed_
-  std::size_t waiting_ = 0;
-  std::size_t waiting_bytes_ = 0;
-  std::unique_ptr<SmtpSession> session_;
-  // Of the message that was sent last; nothing while the server considers it.
+  RandomTokens message_ids_;
+  MessageQueue queue_;
+  std::optional<MailTransactions> session_;
+  // Of the message that was sent last; nothing until the server replies to it.
   std::optional<SendOutcome> send_outcome_ = SendOutcome::kOtherError;
 };
 
-// The component as a run uses it: over the machine's sockets, with the usual time-outs.
+// The component as a run uses it: over the machine's sockets, with the time-outs of the
+// environment.
 std::unique_ptr<MailComponent> NewSmtpMailComponent(const System& system, LetterReader read_letter);
 
 }  // namespace pxscheduler

@@ -6,12 +6,11 @@
 
 namespace pxscheduler {
 
-// 128 random bits in hexadecimal digits.
+// 128 random bits as hexadecimal digits: unique, and nobody can guess it.
 std::string RandomToken();
 
-// Makes the identifiers of a run's messages: no two alike, none to be guessed from another. Random
-// bytes are fetched for many messages at once.
-class MessageIdentifiers {
+// Makes one such token after another, from random bytes that are fetched for many at once.
+class RandomTokens {
  public:
   // Valid until the next call.
   std::string_view Next();
@@ -19,7 +18,7 @@ class MessageIdentifiers {
  private:
   std::string random_;
   std::size_t used_ = 0;
-  std::string identifier_;
+  std::string token_;
 };
 
 }  // namespace pxscheduler

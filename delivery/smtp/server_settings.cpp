@@ -1,8 +1,11 @@
-#include "delivery/smtp/timeouts.h"
+#include "delivery/smtp/server_settings.h"
 
 #include <algorithm>
-#include <cstdint>
-#include <string>
+
+#include "delivery/mime/ascii_domain.h"
+#include "text/ascii_case.h"
+#include "text/text.h"
+#include "text/utf8.h"
 
 namespace pxscheduler {
 
@@ -11,6 +14,13 @@ namespace {
 constexpr std::int64_t kLongestMilliseconds = 3'600'000;
 
 }  // namespace
+
+Security ReadSecurity(std::wstring_view text) {
+  const std::string name = LowerAscii(ToUtf8(TrimBlanks(text)));
+  if (name.empty()) return Security::kWhenOffered;
+  if (name == "unverified") return Security::kUnverified;
+  return name == "none" ? Security::kNone : Security::kRequired;
+}
 
 Timeouts Timeouts::AtMost(std::chrono::milliseconds longest) const {
   return {.resolve = std::min(resolve, longest),
@@ -21,7 +31,7 @@ Timeouts Timeouts::AtMost(std::chrono::milliseconds longest) const {
           .acceptance = std::min(acceptance, longest)};
 }
 
-Timeouts TimeoutsOf(const System& system) {
+Timeouts ReadTimeouts(const System& system) {
   const std::wstring text = system.EnvironmentVariable(L"PXSCHEDULER_SMTP_TIMEOUT_MS");
   std::int64_t milliseconds = 0;
   for (const wchar_t digit : text) {
@@ -30,6 +40,13 @@ Timeouts TimeoutsOf(const System& system) {
   }
   return milliseconds == 0 ? Timeouts()
                            : Timeouts().AtMost(std::chrono::milliseconds(milliseconds));
+}
+
+std::string ResolvableHost(std::wstring_view host) {
+  const bool is_numeric =
+      host.find_first_not_of(L"0123456789abcdefABCDEF.:%") == std::wstring_view::npos;
+  if (is_numeric) return {host.begin(), host.end()};
+  return AsciiDomain(host).value_or("");
 }
 
 }  // namespace pxscheduler

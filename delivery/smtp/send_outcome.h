@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+namespace pxscheduler {
+
+// What became of a message, or why it was not sent. The values are the result codes of a send.
+enum class SendOutcome : std::int32_t {
+  kDelivered = 0,
+  kOtherError = 1,
+  kOutOfMemory = 3,
+  kMessageRefused = 4,  // DATA, the message itself or its size
+  kHelloRefused = 5,    // EHLO and HELO
+  kSenderRefused = 7,   // by the server, or malformed; so too the recipient
+  kRecipientRefused = 8,
+  kConnectionRefused = 9,
+  kNoServer = 15,          // none is configured
+  kConnectionFailed = 16,  // it broke, or TLS could not be started
+  kNameUnknown = 17,
+  kNotSmtp = 18,  // no greeting, or a malformed or unexpected reply
+  kNameTimedOut = 21,
+  kConnectTimedOut = 22,
+  kCredentialsRefused = 24,
+  kNoMechanism = 25,             // of authentication that the server offers and this client knows
+  kAuthenticationProtocol = 26,  // violated by the server
+  kReplyTimedOut = 27,
+};
+
+// Why a step failed; nothing where it succeeded.
+using Failure = std::optional<SendOutcome>;
+
+}  // namespace pxscheduler
