@@ -5,6 +5,19 @@
 #include "text/text.h"
 
 namespace pxscheduler {
+namespace {
+
+// The value behind a switch, up to the next " /" and without its outer blanks. `switch_text` is a
+// blank, a slash and the capital letter; the switch is found in any case.
+std::wstring GetSwitchValue(const CodePage& ansi, const std::wstring& command_text,
+                            const std::wstring& switch_text) {
+  const std::size_t position = UpperCase(command_text).find(switch_text);
+  if (position == std::wstring::npos) return L"";
+  const std::wstring rest = command_text.substr(position + switch_text.size());
+  return std::wstring{TrimBlanks(Parse(ansi, rest, L" /"))};
+}
+
+}  // namespace
 
 CommandLine ParseCommandLine(const CodePage& ansi, const std::wstring& command_line) {
   const std::wstring command_text = L" " + command_line;
@@ -16,14 +29,6 @@ CommandLine ParseCommandLine(const CodePage& ansi, const std::wstring& command_l
 
 bool IsLoggingOn(const std::wstring& command_line) {
   return UpperCase(command_line).find(L"/NOLOG") == std::wstring::npos;
-}
-
-std::wstring GetSwitchValue(const CodePage& ansi, const std::wstring& command_text,
-                            const std::wstring& switch_text) {
-  const std::size_t position = UpperCase(command_text).find(switch_text);
-  if (position == std::wstring::npos) return L"";
-  const std::wstring rest = command_text.substr(position + switch_text.size());
-  return std::wstring{TrimBlanks(Parse(ansi, rest, L" /"))};
 }
 
 }  // namespace pxscheduler

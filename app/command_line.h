@@ -6,7 +6,7 @@
 
 namespace pxscheduler {
 
-// What the command line says. A switch that is not given is "".
+// The switches of the command line, "" where one is missing.
 struct CommandLine {
   std::wstring query_name;
   std::wstring subject;
@@ -16,12 +16,7 @@ struct CommandLine {
 
 CommandLine ParseCommandLine(const CodePage& ansi, const std::wstring& command_line);
 
-// Whether the run is logged: "/NOLOG" in any case, anywhere, turns the log off.
+// Whether the run is logged: "/NOLOG" anywhere, in any case, turns the log off.
 bool IsLoggingOn(const std::wstring& command_line);
-
-// The value that follows a switch, up to the next " /" and without its outer blanks. `switch_text`
-// is a blank, a slash and the letter in upper case; the switch is found in any case.
-std::wstring GetSwitchValue(const CodePage& ansi, const std::wstring& command_text,
-                            const std::wstring& switch_text);
 
 }  // namespace pxscheduler

@@ -16,7 +16,7 @@ namespace {
 
 constexpr int kEndedByError = 1;
 
-// The runtime's report of an error that nothing caught.
+// Shows an error that ended the run and returns the exit status.
 int Report(System& system, const RuntimeError& error) {
   system.ShowMessageBox(kApplicationTitle, L"Run-time error '" + std::to_wstring(error.number) +
                                                L"':\n\n" + error.description);

@@ -14,8 +14,8 @@
 
 namespace pxscheduler {
 
-// Makes the components that a run needs, each when it needs it. Raises what the platform raises
-// where a component cannot be made.
+// Creates the components of a run when it needs them. Raises the platform's error where one cannot
+// be created.
 class Components {
  public:
   virtual ~Components() = default;
@@ -26,7 +26,7 @@ class Components {
   virtual std::unique_ptr<TextControl> NewTextControl() = 0;
 };
 
-// Everything that the machine provides for one run. Owned by whoever starts the run.
+// Everything that the machine provides for one run. Its members must outlive the run.
 struct Platform {
   System& system;
   const Registry& registry;

@@ -32,8 +32,8 @@ void LogOutcome(AppendFile& log, const std::wstring& address, std::int16_t resul
   }
 }
 
-// Prepares the mail component and the letter, opens the query and sends its rows their messages.
-// `log` is null where the run is not logged.
+// Prepares the mail component and the message body, opens the query and sends a message for each
+// row. `log` is null where the run is not logged.
 void SendMessages(const Platform& platform, const CommandLine& switches, const std::wstring& sql,
                   Connection& connection, Recordset& result_set, AppendFile* log) {
   const CodePage& ansi = platform.ansi;
@@ -56,8 +56,7 @@ void SendMessages(const Platform& platform, const CommandLine& switches, const s
   result_set.Close();
 }
 
-// Fetches the saved query, resolves its macros and sends its messages. A query that is blank sends
-// nothing.
+// Fetches the saved query, expands its macros and sends its messages, none for a blank query.
 void RunQuery(const Platform& platform, const CommandLine& switches, AppendFile* log) {
   const std::unique_ptr<Connection> connection = platform.components.NewConnection();
   const std::unique_ptr<Recordset> result_set = platform.components.NewRecordset();
@@ -97,7 +96,6 @@ void Main(const Platform& platform) {
   }
 
   if (log) WriteEndBlock(*log, platform.system, platform.regional);
-  CloseRunLog(log);
 }
 
 }  // namespace pxscheduler

@@ -30,6 +30,4 @@ void WriteEndBlock(AppendFile& log, const System& system, const Regional& region
   WriteBlock(log, system, regional, L"Query finished: ");
 }
 
-void CloseRunLog(std::unique_ptr<AppendFile>& log) { log.reset(); }
-
 }  // namespace pxscheduler

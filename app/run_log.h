@@ -13,13 +13,11 @@ namespace pxscheduler {
 // System::OpenForAppend.
 std::unique_ptr<AppendFile> OpenRunLog(System& system, const std::wstring& data_folder);
 
-// The text as it stands, and a line end.
+// Writes the text and a line break.
 void WriteLogLine(AppendFile& log, std::wstring_view text);
 
-// The separator, the current date and time, the separator.
+// Each writes the current date and time between two separator lines.
 void WriteStartBlock(AppendFile& log, const System& system, const Regional& regional);
 void WriteEndBlock(AppendFile& log, const System& system, const Regional& regional);
-
-void CloseRunLog(std::unique_ptr<AppendFile>& log);
 
 }  // namespace pxscheduler

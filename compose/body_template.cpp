@@ -15,7 +15,7 @@ bool IsTemplate(const std::wstring& path) {
          LowerCase(std::wstring_view{path}.substr(path.size() - kExtensionLength)) == L".qzw";
 }
 
-// Converts the template and returns the path of the HTML file, one for all runs.
+// Converts the template and returns the path of the HTML file, the same in every run.
 std::wstring ConvertToHtml(const System& system, const CodePage& ansi, TextControl& text_control,
                            const std::wstring& template_path) {
   text_control.Load(template_path, kTemplateHeaderBytes, TextControl::kFormatRichText);

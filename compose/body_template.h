@@ -11,16 +11,16 @@
 
 namespace pxscheduler {
 
-// The two body texts that every message starts from.
+// The two body texts of every message, with their merge tokens.
 struct BodyTexts {
   std::wstring body;
   std::wstring alternative;
 };
 
-// Loads the message body file into the mail component, a ".qzw" template by way of an HTML file in
-// the temporary folder, and marks the message as HTML where the file is an HTML document. A body
-// file that cannot be read leaves the component's texts as they were; a template that cannot be
-// converted raises what the text control raises.
+// Loads the message body file into the mail component and declares an HTML document as one.
+// Converts a ".qzw" template to an HTML file in the temporary folder first. A body file that cannot
+// be read leaves the component's texts as they were. Raises the text control's error for a template
+// that cannot be converted.
 BodyTexts PrepareMessageBody(const System& system, const CodePage& ansi,
                              const std::function<std::unique_ptr<TextControl>()>& new_text_control,
                              MailComponent& mail, const std::wstring& body_file);

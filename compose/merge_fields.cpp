@@ -32,14 +32,14 @@ std::size_t TokenAt(std::wstring_view text, std::size_t position) {
 }  // namespace
 
 MergeTemplate PrepareMergeTemplate(const CodePage& ansi, const std::wstring& text) {
-  MergeTemplate prepared{.text = ansi.RoundTrip(text), .filled = {}};
-  std::vector<std::wstring>& constants = prepared.filled.constants;
+  MergeTemplate prepared{.text = ansi.RoundTrip(text), .parsed = {}};
+  std::vector<std::wstring>& constants = prepared.parsed.constants;
   bool bracket_is_open = false;
   for (std::size_t position = 0; position < prepared.text.size();) {
     const wchar_t character = prepared.text[position];
     const std::size_t token = TokenAt(prepared.text, position);
     if (token < kMergeTokenCount) {
-      prepared.filled.places.push_back(token);
+      prepared.parsed.places.push_back(token);
       constants.emplace_back();
       prepared.values_may_complete_a_token |= bracket_is_open;
       position += kTokens[token].size();

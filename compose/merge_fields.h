@@ -17,36 +17,36 @@ inline constexpr std::size_t kMergeTokenCount = 15;
 // A row's value for each merge token, in the order in which the tokens are replaced.
 using MergeValues = std::array<std::wstring, kMergeTokenCount>;
 
-// A text with merge tokens, taken apart once for all rows.
+// A text with merge tokens, parsed once for all rows.
 struct MergeTemplate {
-  std::wstring text;    // what the code page keeps
-  TextTemplate filled;  // the same with a place for each token, which MergeValues are for
+  std::wstring text;    // as the code page preserves it
+  TextTemplate parsed;  // the same with a place for each token, which takes a value of MergeValues
   bool values_may_complete_a_token = false;  // a "[" stands before a token, as in "[[Number]"
 };
 
 MergeTemplate PrepareMergeTemplate(const CodePage& ansi, const std::wstring& text);
 
-// The current row's values; "FullName" stands in for a blank "Attention". Raises ItemNotFound
-// (3265) where a column is missing.
+// The current row's values; "FullName" replaces a blank "Attention". Raises ItemNotFound (3265)
+// where a column is missing.
 MergeValues ReadMergeValues(const Regional& regional, const Recordset& result_set,
                             const std::wstring& email);
 
 // The row's "FullName", as ReadMergeValues read it.
 const std::wstring& FullNameOf(const MergeValues& values);
 
-// The values as they come out of the helper library, which every replacement passes.
+// The values as the code page preserves them.
 struct ValuesInCodePage {
   MergeValues texts;
-  bool may_hold_tokens = true;  // one of them holds an opening bracket
+  bool may_hold_tokens = true;  // one of them contains "["
 };
 ValuesInCodePage InCodePage(const CodePage& ansi, MergeValues values);
 
-// Whether filling the places of the template gives what replacing the tokens one after another
-// gives: no value brings a token into being.
+// Whether filling the places of the template gives the same as MergeInSequence, because no value
+// creates a token. May return false where one does not.
 bool CanFillPlaces(const MergeTemplate& merge_template, const ValuesInCodePage& values);
 
-// The text with its tokens replaced one after another: a value that holds a later token is replaced
-// again.
+// The text with its tokens replaced one after another, so that a later token in a value is replaced
+// too.
 std::wstring MergeInSequence(std::wstring text, const MergeValues& values);
 
 }  // namespace pxscheduler

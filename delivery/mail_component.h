@@ -8,7 +8,7 @@
 
 namespace pxscheduler {
 
-// What the messages of a run have in common: three texts with places for a client's values.
+// The three texts of every message in a run, with places for a client's values.
 struct MessageTemplate {
   TextTemplate subject;
   TextTemplate body;
@@ -22,13 +22,13 @@ struct MessageTexts {
   std::wstring alternative_body;
 };
 
-// Composes messages and hands them to an SMTP server, in this order:
-//   1. the settings, which stay until they are set again;
+// Composes messages and sends them to an SMTP server. The calls of a run, in their order:
+//   1. the settings, which hold until they are set again;
 //   2. LoadBodyFromFile, and SetHtml where the body is an HTML document;
-//   3. SetMessageTemplate, usually made of the texts that were loaded;
+//   3. SetMessageTemplate, usually with the texts that were loaded;
 //   4. for each client Compose, Send and AwaitResult. Messages may be composed ahead while
 //      CanComposeMore; they are sent in the order in which they were composed, each after the
-//      result of the one before is known.
+//      result of the one before.
 class MailComponent {
  public:
   static constexpr std::int32_t kAuthenticateNone = 0;
@@ -45,44 +45,45 @@ class MailComponent {
   virtual void SetAuthenticationOption(std::int32_t option) = 0;
   virtual void SetUserName(const std::wstring& user_name) = 0;
   virtual void SetPassword(const std::wstring& password) = 0;
-  // How TLS is used, compared without case. "" (the default): whenever the server offers it, with
-  // the certificate checked where a password will be sent; "required": nothing is sent in the clear
-  // and the certificate is always checked; "unverified": as "", but no certificate is checked;
-  // "none": never. Any other text counts as "required", so that a typing error exposes nothing.
+  // When to use TLS, in any case of letters. "" (the default): whenever the server offers it; the
+  // certificate is checked if a password will be sent. "required": always; nothing is sent in the
+  // clear and the certificate is always checked. "unverified": as "", but no certificate is
+  // checked. "none": never. Any other text counts as "required", so that a typing error exposes
+  // nothing.
   virtual void SetSecurity(const std::wstring& security) = 0;
-  // A mailto: or https: address that goes into each message for the recipient's mail program to
-  // unsubscribe with. "" (the default), or anything else, leaves it out.
+  // A mailto: or https: address that each message names for unsubscribing (RFC 2369). "" (the
+  // default) or anything else: none.
   virtual void SetUnsubscribe(const std::wstring& address) = 0;
 
-  // Makes the file's content the body text and a second rendering of it the alternative body text
-  // (plain text for an HTML document, the same text otherwise). Returns 0, or a non-zero status for
-  // a file that cannot be read, with both texts left as they were.
+  // Reads the body text from a file and makes its plain rendering the alternative body text: plain
+  // text for an HTML document, otherwise the same text. Returns 0, or another status for a file
+  // that cannot be read, which leaves both texts as they were.
   virtual std::int32_t LoadBodyFromFile(const std::wstring& path, std::int32_t option) = 0;
-  // As they were loaded; "" before.
+  // The texts that were loaded last, "" at first.
   virtual const std::wstring& BodyText() const = 0;
   virtual const std::wstring& AlternativeBodyText() const = 0;
-  // 1: the body is an HTML document and goes out beside its alternative. 0, the default: the body
-  // goes out alone as plain text.
+  // 1: the body is an HTML document, sent together with the alternative. 0, the default: the body
+  // is plain text, sent alone.
   virtual void SetHtml(std::int32_t flag) = 0;
 
-  // What Compose fills in from now on. Its constant parts are encoded once.
+  // The template that Compose fills from now on. Its constant texts are encoded once.
   virtual void SetMessageTemplate(MessageTemplate message) = 0;
 
-  // Whether another message can be composed before the next is sent: a few small ones, and always
-  // one.
+  // Whether another message can be composed before the next is sent: a few small ones can, and one
+  // always.
   virtual bool CanComposeMore() const = 0;
-  // Writes the next message, with `values` in the places of the template. Only where
-  // CanComposeMore. Never raises: a message that cannot be written fails when it is sent.
+  // Composes the next message, with `values` in the places of the template. Only while
+  // CanComposeMore. Never raises: a message that cannot be composed fails when it is sent.
   virtual void Compose(const std::wstring& display_name, const std::wstring& address,
                        std::span<const std::wstring> values) = 0;
-  // The same with texts of its own in place of the template's.
+  // The same with other texts than the template's.
   virtual void ComposeTexts(const std::wstring& display_name, const std::wstring& address,
                             const MessageTexts& texts) = 0;
-  // Hands the message that was composed first to the server; returns when all of it has left, or
-  // where it has failed before that. Never raises.
+  // Sends the oldest composed message; returns when all of it has left, or when that failed. Never
+  // raises.
   virtual void Send() = 0;
-  // Waits for the server's reply to the message that was sent: 0 where it took the message, else a
-  // code that SmtpErrorText knows. Never raises.
+  // Waits for the server's reply to the message that was sent. Returns 0 where the server accepted
+  // it, otherwise a code that SmtpErrorText explains. Never raises.
   virtual std::int32_t AwaitResult() = 0;
 };
 

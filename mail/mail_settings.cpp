@@ -15,7 +15,7 @@ constexpr std::int32_t kSmtpPort = 25;
 
 void ApplyMailSettings(const Registry& registry, const CodePage& ansi, const Passwords& passwords,
                        Connection& connection, MailComponent& mail) {
-  // The database is asked for at each value: the settings follow the connection.
+  // Each value asks for the database anew: the settings follow the connection.
   const auto setting = [&](const std::wstring& name, const std::wstring& default_value = L"") {
     const std::wstring key = std::wstring{kProductKey} + L"\\" + connection.DefaultDatabase();
     return GetRegValue(registry, ansi, RegistryRoot::kLocalMachine, key, name, default_value);

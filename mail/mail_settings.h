@@ -8,9 +8,9 @@
 
 namespace pxscheduler {
 
-// Gives the mail component the server, sender, authentication, TLS and unsubscribing registered for
-// the connection's current database. Raises TypeMismatch (13) for an "EmailAuthenticate" that is no
-// boolean, Overflow (6) for a port beyond 32 bits.
+// Sets the server, sender, authentication, TLS and unsubscribe address of the mail component from
+// the registry entries for the connection's current database. Raises TypeMismatch (13) for an
+// "EmailAuthenticate" that is not a boolean, Overflow (6) for a port beyond 32 bits.
 void ApplyMailSettings(const Registry& registry, const CodePage& ansi, const Passwords& passwords,
                        Connection& connection, MailComponent& mail);
 

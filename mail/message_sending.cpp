@@ -14,7 +14,7 @@
 namespace pxscheduler {
 namespace {
 
-constexpr std::size_t kMostRowsAtOnce = 64;  // with the rows that get no message
+constexpr std::size_t kMostRowsAtOnce = 64;  // including rows that get no message
 
 // Composes the current row's message and returns its address; nothing for a row that gets none.
 // `last_address` is the lower-cased address of the last row that got one.
@@ -45,14 +45,14 @@ std::optional<std::wstring> ComposeRow(const Regional& regional, const CodePage&
   return address;
 }
 
-// Rows that were composed together: the address of each, nothing for one that gets no message.
+// Rows that were composed together.
 struct ComposedRows {
-  std::vector<std::optional<std::wstring>> addresses;
-  std::exception_ptr error;  // what ended them; the rows before it still get their messages
+  std::vector<std::optional<std::wstring>> addresses;  // nothing for a row that gets no message
+  std::exception_ptr error;  // of the row behind them; they still get their messages
 };
 
-// Composes the current row and those after it, as many as `mail` takes at once, which is faster
-// than one by one: the processor has what it needs at hand.
+// Composes the current row and those after it, as many as `mail` takes at once. That is faster than
+// one by one, because code and data stay in the processor's caches.
 ComposedRows ComposeRows(const Regional& regional, const CodePage& ansi, Recordset& result_set,
                          const MessageTemplates& templates, MailComponent& mail,
                          std::wstring& last_address) {
@@ -82,15 +82,15 @@ std::int16_t AwaitResultCode(MailComponent& mail) {
 void SendRows(System& system, const Regional& regional, const CodePage& ansi, Recordset& result_set,
               const MessageTemplates& templates, MailComponent& mail,
               const OutcomeHandler& on_outcome) {
-  mail.SetMessageTemplate({.subject = templates.subject.filled,
-                           .body = templates.body.filled,
-                           .alternative_body = templates.alternative_body.filled});
+  mail.SetMessageTemplate({.subject = templates.subject.parsed,
+                           .body = templates.body.parsed,
+                           .alternative_body = templates.alternative_body.parsed});
   RunProgress progress{.rows = result_set.RecordCount()};
   const auto count_row = [&] {
     ++progress.rows_done;
     system.ShowProgress(progress);
   };
-  std::optional<std::wstring> sent_address;  // whose outcome is not known yet
+  std::optional<std::wstring> sent_address;  // until its outcome is known
   const auto await_outcome = [&] {
     if (!sent_address) return;
     const std::wstring address = *std::exchange(sent_address, std::nullopt);

@@ -13,23 +13,23 @@
 
 namespace pxscheduler {
 
-// The texts that every message starts from.
+// The texts of every message, with their merge tokens.
 struct MessageTemplates {
   MergeTemplate subject;
   MergeTemplate body;
   MergeTemplate alternative_body;
 };
 
-// Is told the result code of each message, in the order of the rows, before the next one is sent.
-// `address` is as read from the row.
+// Called with the result code of each message, in the order of the rows, before the next one is
+// sent. `address` is as read from the row.
 using OutcomeHandler = std::function<void(const std::wstring& address, std::int16_t result_code)>;
 
-// Sends a message to each row from the current one on that is marked for mail and whose address has
-// an "@" and differs, without regard to case, from the last one that got a message. The rows must
-// be sorted by address. While the server considers one message, the next ones are composed.
+// Sends a message for each row, from the current one on, that is marked for mail and whose address
+// has an "@" and differs from the last one used, whatever its case. The rows must be sorted by
+// address. While the server handles one message, the next ones are composed.
 //
 // Raises ItemNotFound (3265) for a missing column, and Overflow (6) for a result code beyond 16
-// bits. The messages of the rows before the error have then been sent and their outcomes told.
+// bits; the rows before the error have got their messages, and `on_outcome` its calls, by then.
 void SendRows(System& system, const Regional& regional, const CodePage& ansi, Recordset& result_set,
               const MessageTemplates& templates, MailComponent& mail,
               const OutcomeHandler& on_outcome);

@@ -5,7 +5,7 @@
 
 namespace pxscheduler {
 
-// What a send's result code says in words, on one line; "" for a code without a text.
+// The text of a send's result code, on one line; "" for a code without one.
 std::wstring_view SmtpErrorText(std::int16_t code);
 
 }  // namespace pxscheduler

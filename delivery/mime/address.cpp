@@ -4,6 +4,7 @@
 #include <string>
 #include <utility>
 
+#include "delivery/mime/ascii_characters.h"
 #include "delivery/mime/ascii_domain.h"
 #include "text/text.h"
 #include "text/utf8.h"
@@ -12,24 +13,15 @@ namespace pxscheduler {
 
 namespace {
 
-constexpr std::size_t kLongestLocalPart = 128;  // twice what RFC 5321 grants: the server judges
-constexpr std::wstring_view kAtomSymbols = L"!#$%&'*+-/=?^_`{|}~";
+constexpr std::size_t kLongestLocalPart =
+    128;  // twice the limit of RFC 5321, which is for the server to keep
 
-bool IsAsciiAlphanumeric(wchar_t unit) {
-  return (unit >= L'a' && unit <= L'z') || (unit >= L'A' && unit <= L'Z') ||
-         (unit >= L'0' && unit <= L'9');
-}
-
-// The C1 controls and the separators that some programs take for a line break are no letters.
+// A character of RFC 6531 section 3.3 that looks like itself: no control, invisible or direction
+// character, and no separator that some programs take for a line break.
 bool IsInternational(wchar_t unit) {
   const auto code = static_cast<char32_t>(unit);
   return code >= 0xA0 && code != 0x2028 && code != 0x2029 && code != 0xFEFF &&
          !(code >= 0x200B && code <= 0x200F) && !(code >= 0x202A && code <= 0x202E);
-}
-
-bool IsAtomCharacter(wchar_t unit) {
-  return IsAsciiAlphanumeric(unit) || kAtomSymbols.find(unit) != std::wstring_view::npos ||
-         IsInternational(unit);
 }
 
 bool IsQuotedString(std::wstring_view text) {
@@ -45,18 +37,20 @@ bool IsQuotedString(std::wstring_view text) {
   return true;
 }
 
-// In UTF-8, quoted where it has to be; nothing for what cannot be one.
+// In UTF-8, quoted where that is needed. Nothing for a text that cannot be a local part.
 std::optional<std::string> LocalPart(std::wstring_view text) {
   if (text.empty() || text.size() > kLongestLocalPart) return std::nullopt;
   if (IsQuotedString(text)) return ToUtf8(text);
-  const auto belongs = [](wchar_t unit) { return unit == L'.' || IsAtomCharacter(unit); };
-  if (!std::all_of(text.begin(), text.end(), belongs)) return std::nullopt;
+  const auto is_allowed = [](wchar_t unit) {
+    return unit == L'.' || IsAtomCharacter(unit) || IsInternational(unit);
+  };
+  if (!std::all_of(text.begin(), text.end(), is_allowed)) return std::nullopt;
   const bool dots_misplaced =
       text.front() == L'.' || text.back() == L'.' || text.find(L"..") != std::wstring_view::npos;
   return dots_misplaced ? '"' + ToUtf8(text) + '"' : ToUtf8(text);
 }
 
-// "[192.0.2.1]" or "[IPv6:2001:db8::1]"; whether the numbers fit is for the server to say.
+// "[192.0.2.1]" or "[IPv6:2001:db8::1]". The server checks the numbers.
 bool IsAddressLiteral(std::wstring_view domain) {
   if (domain.size() < 3 || domain.size() > 64 || domain.front() != L'[' || domain.back() != L']')
     return false;

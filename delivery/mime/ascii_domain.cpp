@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "delivery/mime/ascii_characters.h"
 #include "platform/idna.h"
 
 namespace pxscheduler {
@@ -12,8 +13,7 @@ constexpr std::size_t kLongestLabel = 63;
 constexpr std::size_t kLongestDomain = 253;
 
 bool IsLabelCharacter(char character) {
-  return (character >= 'a' && character <= 'z') || (character >= 'A' && character <= 'Z') ||
-         (character >= '0' && character <= '9') || character == '-' || character == '_';
+  return IsAsciiAlphanumeric(character) || character == '-' || character == '_';
 }
 
 bool IsLabel(std::string_view label) {

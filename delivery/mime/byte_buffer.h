@@ -8,9 +8,8 @@
 
 namespace pxscheduler {
 
-// Bytes that are put in at the end. Clear keeps the memory, so a buffer that is used again and
-// again allocates nothing once it has its size; unlike a string it never fills memory that is about
-// to be written.
+// Bytes, appended at the end. Clear keeps the memory, so that a reused buffer soon allocates
+// nothing; unlike a string it never fills memory that is about to be written.
 class ByteBuffer {
  public:
   void Clear() { size_ = 0; }
@@ -22,23 +21,21 @@ class ByteBuffer {
     SetEnd(end + bytes.size());
   }
 
-  // The first byte after the end, with at least `size` bytes that may be written from there on.
-  // SetEnd says how many were; any other call before that makes the pointer invalid.
+  // Where to write up to `size` bytes behind the end. Call SetEnd with the end of what was written;
+  // any other call before that invalidates the pointer.
   char* Room(std::size_t size) {
     if (capacity_ - size_ < size) Grow(size);
     return bytes_.get() + size_;
   }
   void SetEnd(const char* end) { size_ = static_cast<std::size_t>(end - bytes_.get()); }
 
-  // Replaces bytes from `position`, 0-based, on; as many must be there.
+  // Replaces the bytes at `position`, 0-based. The buffer must hold as many from there on.
   void Overwrite(std::size_t position, std::string_view bytes) {
     std::copy(bytes.begin(), bytes.end(), bytes_.get() + position);
   }
 
-  // No more than there are.
+  // Neither takes more than there is.
   void Truncate(std::size_t size) { size_ = size; }
-
-  // No more than there are.
   void DropFront(std::size_t size) {
     if (size == 0) return;
     std::copy(bytes_.get() + size, bytes_.get() + size_, bytes_.get());

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string>
 
+#include "delivery/mime/ascii_characters.h"
 #include "text/base64.h"
 #include "text/hexadecimal.h"
 #include "text/text.h"
@@ -25,18 +26,13 @@ bool IsControl(wchar_t unit) {
 
 bool IsPrintableAscii(wchar_t unit) { return unit >= L' ' && unit < 0x7F; }
 
-bool IsAlphanumeric(char byte) {
-  return (byte >= '0' && byte <= '9') || (byte >= 'A' && byte <= 'Z') ||
-         (byte >= 'a' && byte <= 'z');
-}
-
-// The text with blanks for control characters and none at its ends. `changed` holds it where it had
-// to be changed.
-std::wstring_view Clean(std::wstring_view text, std::wstring& changed) {
+// The text with blanks for control characters and none at its ends: a view into it, or into `copy`
+// where it had to be changed.
+std::wstring_view Cleaned(std::wstring_view text, std::wstring& copy) {
   if (std::any_of(text.begin(), text.end(), IsControl)) {
-    changed = text;
-    std::replace_if(changed.begin(), changed.end(), IsControl, L' ');
-    text = changed;
+    copy = text;
+    std::replace_if(copy.begin(), copy.end(), IsControl, L' ');
+    text = copy;
   }
   return TrimBlanks(text);
 }
@@ -46,18 +42,10 @@ bool NeedsEncoding(std::wstring_view text) {
          text.find(L"=?") != std::wstring_view::npos;
 }
 
-std::string Utf8(std::wstring_view text) {
-  std::string bytes;
-  for (std::size_t position = 0; position < text.size();) {
-    const Utf8Bytes character = EncodeUtf8(NextCodePoint(text, position));
-    bytes.append(character.bytes, character.bytes + character.size);
-  }
-  return bytes;
-}
-
-// What every context of an encoded word takes as it stands (RFC 2047 section 5).
+// What "Q" encoding leaves as it is, wherever the encoded word stands (RFC 2047 section 5).
 bool StandsForItself(char byte) {
-  return IsAlphanumeric(byte) || std::string_view("!*+-/").find(byte) != std::string_view::npos;
+  return IsAsciiAlphanumeric(byte) ||
+         std::string_view("!*+-/").find(byte) != std::string_view::npos;
 }
 
 std::size_t QSize(std::string_view bytes) {
@@ -90,8 +78,8 @@ std::size_t CharacterEnd(std::string_view bytes, std::size_t start) {
 
 // Returns the column after the last word.
 std::size_t AppendEncodedWords(std::wstring_view text, std::size_t column, ByteBuffer& out) {
-  const std::string bytes = Utf8(text);
-  const bool as_base64 = QSize(bytes) > 2 * bytes.size();  // else people can still read it
+  const std::string bytes = ToUtf8(text);
+  const bool as_base64 = QSize(bytes) > 2 * bytes.size();  // else "Q", which people can read
   const auto encoded_size = [&](std::size_t start, std::size_t end) {
     return as_base64 ? (end - start + 2) / 3 * 4
                      : QSize(std::string_view(bytes).substr(start, end - start));
@@ -109,8 +97,8 @@ std::size_t AppendEncodedWords(std::wstring_view text, std::size_t column, ByteB
       column = 1;
       continue;
     }
-    const std::string_view piece = std::string_view(bytes).substr(start, end - start);
-    const std::string payload = as_base64 ? EncodeBase64(piece) : QEncoded(piece);
+    const std::string_view characters = std::string_view(bytes).substr(start, end - start);
+    const std::string payload = as_base64 ? EncodeBase64(characters) : QEncoded(characters);
     out.Append(kWordStart);
     out.Append(as_base64 ? "B?" : "Q?");
     out.Append(payload);
@@ -140,7 +128,7 @@ void AppendAscii(std::wstring_view text, ByteBuffer& out) {
   out.SetEnd(end + text.size());
 }
 
-// A line is broken before blanks, so that unfolding gives the text back.
+// Breaks lines before blanks, so that unfolding restores the text.
 void AppendFolded(std::wstring_view text, std::size_t column, ByteBuffer& out) {
   for (std::size_t start = 0; start < text.size();) {
     const std::size_t length = WordLength(text, start);
@@ -155,10 +143,8 @@ void AppendFolded(std::wstring_view text, std::size_t column, ByteBuffer& out) {
 }
 
 bool IsAtoms(std::wstring_view text) {
-  return std::all_of(text.begin(), text.end(), [](wchar_t unit) {
-    return unit == L' ' || IsAlphanumeric(static_cast<char>(unit)) ||
-           std::wstring_view(L"!#$%&'*+-/=?^_`{|}~").find(unit) != std::wstring_view::npos;
-  });
+  return std::all_of(text.begin(), text.end(),
+                     [](wchar_t unit) { return unit == L' ' || IsAtomCharacter(unit); });
 }
 
 std::wstring Quoted(std::wstring_view text) {
@@ -174,8 +160,8 @@ std::wstring Quoted(std::wstring_view text) {
 }  // namespace
 
 void AppendUnstructured(std::wstring_view text, std::size_t column, ByteBuffer& out) {
-  std::wstring changed;
-  const std::wstring_view clean = Clean(text, changed);
+  std::wstring copy;
+  const std::wstring_view clean = Cleaned(text, copy);
   if (NeedsEncoding(clean) || HasLongWord(clean))
     AppendEncodedWords(clean, column, out);
   else
@@ -184,8 +170,8 @@ void AppendUnstructured(std::wstring_view text, std::size_t column, ByteBuffer& 
 
 void AppendMailbox(std::wstring_view name, std::string_view address, std::size_t column,
                    ByteBuffer& out) {
-  std::wstring changed;
-  const std::wstring_view clean = Clean(name, changed);
+  std::wstring copy;
+  const std::wstring_view clean = Cleaned(name, copy);
   if (clean.empty()) {
     out.Append(address);
     return;

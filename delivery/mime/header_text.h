@@ -7,17 +7,16 @@
 
 namespace pxscheduler {
 
-// The text of a header field as RFC 5322 and RFC 2047 write it. Line breaks and other control
-// characters become blanks; blanks around the text do not count. `column` is how many characters of
-// the line are written already. Lines are folded at 78 characters where the text allows it, and
-// text that is not plain ASCII, looks like an encoded word or cannot be folded goes out as encoded
-// words of UTF-8.
+// The text of a header field (RFC 5322, RFC 2047). Both functions turn line breaks and other
+// control characters into blanks, drop blanks around the text, and fold lines at 78 characters. A
+// text that is not printable ASCII, looks like an encoded word or cannot be folded becomes encoded
+// words of UTF-8. `column` is the number of characters that the line already has.
 
-// The value of an unstructured field, such as a subject.
+// Appends the value of an unstructured field, such as a subject.
 void AppendUnstructured(std::wstring_view text, std::size_t column, ByteBuffer& out);
 
-// A display name and the mailbox that it belongs to: "Ann Smith <ann@example.com>". A blank name
-// gives the address alone.
+// Appends a display name and its mailbox, "Ann Smith <ann@example.com>", or the address alone where
+// the name is blank.
 void AppendMailbox(std::wstring_view name, std::string_view address, std::size_t column,
                    ByteBuffer& out);
 

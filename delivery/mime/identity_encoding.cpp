@@ -13,12 +13,12 @@ namespace {
 // Bytes. 998 are allowed (RFC 5321 section 4.5.3.1.6), but some relays break lines from 990 on.
 constexpr std::size_t kLongestLine = 900;
 constexpr std::size_t kLongestRun = 128;
-// What one step of the encoder can write: a run of characters behind a doubled full stop.
+// The most that one step of the encoder writes: a run of characters and a doubled full stop.
 constexpr std::size_t kRunRoom = kLongestRun + 1;
 constexpr std::string_view kBoundaryLine = "--=_";
 
 bool IsCopied(wchar_t unit) { return (unit >= L' ' && unit <= L'~') || unit == L'\t'; }
-// Control characters, of which not every relay takes good care.
+// Control characters, which some relays change.
 bool MustBeQuoted(wchar_t unit) { return (unit < L' ' && unit != L'\t') || unit == 0x7F; }
 
 }  // namespace
@@ -103,7 +103,7 @@ class IdentityEncoding::Encoder {
     is_eight_bit_ = is_eight_bit_ || character.size > 1;
   }
 
-  // `text` is what the line begins with.
+  // `text` stands at the start of the line.
   template <typename View>
   void BeginLine(View text) {
     if (text.front() == '.') *cursor_++ = '.';
@@ -111,7 +111,7 @@ class IdentityEncoding::Encoder {
     CompareWithBoundary(text);
   }
 
-  // `text` is what stands next on the line.
+  // `text` stands next on the line.
   template <typename View>
   void GoOnWithLine(View text) {
     if (line_size_ > 0 && line_size_ == boundary_match_) CompareWithBoundary(text);
@@ -137,7 +137,7 @@ class IdentityEncoding::Encoder {
   ByteBuffer& out_;
   char* cursor_ = nullptr;
   std::size_t line_size_ = 0;       // bytes, without a doubled full stop
-  std::size_t boundary_match_ = 0;  // how many characters it begins with as a boundary does
+  std::size_t boundary_match_ = 0;  // characters that the line has in common with a boundary
   bool is_eight_bit_ = false;
   bool fits_ = true;
 };

@@ -9,6 +9,7 @@
 #include "delivery/mime/header_text.h"
 #include "text/ascii_case.h"
 #include "text/base64.h"
+#include "text/text.h"
 
 namespace pxscheduler {
 
@@ -56,7 +57,7 @@ void AppendDate(const Moment& moment, ByteBuffer& out) {
   append_pair("", offset.minutes().count());
 }
 
-// Up to the name of its encoding.
+// The header of a multipart, up to the name of its encoding.
 std::string MultipartStart(const std::string& subtype, const std::string& boundary) {
   return "Content-Type: multipart/" + subtype + ";\r\n boundary=\"" + boundary + "\"\r\n" +
          std::string(kEncodingField);
@@ -66,6 +67,14 @@ void AppendMultipartStart(const std::string& start, WireMessage& message) {
   message.bytes.Append(start);
   message.multiparts.push_back(message.bytes.View().size());
   message.bytes.Append("7bit\r\n\r\n");
+}
+
+void AppendText(const TextPart& part, std::wstring MessageTexts::*text,
+                const MessageContent& content, WireMessage& message) {
+  if (content.texts)
+    part.AppendText(content.texts->*text, message);
+  else
+    part.Append(content.values, message);
 }
 
 std::string Base64Lines(std::string_view bytes) {
@@ -86,7 +95,7 @@ MessageComposer::MessageComposer(std::string boundary_token)
 
 void MessageComposer::SetSender(const Address& sender) {
   sender_ = sender;
-  first_fields_ = "From: " + sender.text + "\r\n";
+  from_field_ = "From: " + sender.text + "\r\n";
 }
 
 void MessageComposer::SetUnsubscribe(const std::string& address) {
@@ -110,31 +119,32 @@ void MessageComposer::SetTemplate(MessageTemplate message) {
   alternative_.SetTemplate(message.alternative_body);
 }
 
-void MessageComposer::SetPictures(const std::vector<LetterPicture>& parts) {
-  inline_parts_.clear();
-  for (const LetterPicture& part : parts) {
-    inline_parts_ += "\r\n--=_rel_" + boundary_token_ + "\r\nContent-Type: " + part.media_type +
-                     "\r\nContent-Transfer-Encoding: base64\r\nContent-ID: <" + part.content_id +
-                     ">\r\nContent-Disposition: inline\r\n\r\n" + Base64Lines(part.bytes);
+void MessageComposer::SetPictures(const std::vector<LetterPicture>& pictures) {
+  picture_parts_.clear();
+  for (const LetterPicture& picture : pictures) {
+    picture_parts_ += "\r\n--=_rel_" + boundary_token_ + "\r\nContent-Type: " + picture.media_type +
+                      "\r\nContent-Transfer-Encoding: base64\r\nContent-ID: <" +
+                      picture.content_id + ">\r\nContent-Disposition: inline\r\n\r\n" +
+                      Base64Lines(picture.bytes);
   }
   PrepareParts();
 }
 
 void MessageComposer::PrepareFixedFields() {
-  middle_fields_ =
+  fixed_fields_ =
       "MIME-Version: 1.0\r\n"
       "Auto-Submitted: auto-generated\r\n"
       "Precedence: bulk\r\n";
   if (!unsubscribe_.empty()) {
-    middle_fields_ += "List-Unsubscribe:\r\n <" + unsubscribe_ + ">\r\n";
-    // One click is a request to a web server (RFC 8058), which a mailto: address is not.
+    fixed_fields_ += "List-Unsubscribe:\r\n <" + unsubscribe_ + ">\r\n";
+    // One click is a request to a web server (RFC 8058).
     if (unsubscribe_.starts_with("https:"))
-      middle_fields_ += "List-Unsubscribe-Post: List-Unsubscribe=One-Click\r\n";
+      fixed_fields_ += "List-Unsubscribe-Post: List-Unsubscribe=One-Click\r\n";
   }
 }
 
-// Boundaries begin with "=_", so that no line of a part can be one: a text that goes out as it is
-// has no line that begins like them, and encoded text never holds "=_".
+// Boundaries begin with "=_", so that no line of a part can be one: IdentityEncoding refuses texts
+// with such a line, and neither quoted-printable nor base64 contains "=_".
 void MessageComposer::PrepareParts() {
   const std::string alternative = "=_alt_" + boundary_token_;
   const std::string related = "=_rel_" + boundary_token_;
@@ -144,10 +154,10 @@ void MessageComposer::PrepareParts() {
   alternative_start_ = MultipartStart("alternative", alternative);
   related_start_ =
       "\r\n--" + alternative + "\r\n" + MultipartStart("related; type=\"text/html\"", related);
-  html_start_ = inline_parts_.empty() ? "\r\n--" + alternative : "--" + related;
+  html_start_ = picture_parts_.empty() ? "\r\n--" + alternative : "--" + related;
   html_start_ += "\r\nContent-Type: text/html; charset=utf-8\r\n";
   html_start_ += kEncodingField;
-  end_ = inline_parts_.empty() ? "" : inline_parts_ + "\r\n--" + related + "--\r\n";
+  end_ = picture_parts_.empty() ? "" : picture_parts_ + "\r\n--" + related + "--\r\n";
   end_ += "\r\n--" + alternative + "--\r\n";
 }
 
@@ -162,7 +172,7 @@ void MessageComposer::Compose(const MessageContent& content, WireMessage& messag
 }
 
 void MessageComposer::AppendFields(const MessageContent& content, ByteBuffer& wire) const {
-  wire.Append(first_fields_);
+  wire.Append(from_field_);
   wire.Append("To: ");
   AppendMailbox(content.recipient.display_name, content.recipient.address.text, 4, wire);
   wire.Append("\r\nSubject: ");
@@ -175,49 +185,34 @@ void MessageComposer::AppendFields(const MessageContent& content, ByteBuffer& wi
   wire.Append("@");
   wire.Append(sender_.domain);
   wire.Append(">\r\n");
-  wire.Append(middle_fields_);
-}
-
-void MessageComposer::AppendBody(const MessageContent& content, WireMessage& message) const {
-  if (content.texts)
-    body_.AppendText(content.texts->body, message);
-  else
-    body_.Append(content.values, message);
-}
-
-void MessageComposer::AppendAlternative(const MessageContent& content, WireMessage& message) const {
-  if (content.texts)
-    alternative_.AppendText(content.texts->alternative_body, message);
-  else
-    alternative_.Append(content.values, message);
+  wire.Append(fixed_fields_);
 }
 
 void MessageComposer::AppendPlainText(const MessageContent& content, WireMessage& message) const {
   message.bytes.Append(plain_start_);
-  AppendBody(content, message);
+  AppendText(body_, &MessageTexts::body, content, message);
   if (!message.bytes.View().ends_with("\r\n")) message.bytes.Append("\r\n");
 }
 
 void MessageComposer::AppendMultipart(const MessageContent& content, WireMessage& message) const {
   AppendMultipartStart(alternative_start_, message);
   message.bytes.Append(plain_start_);
-  AppendAlternative(content, message);
-  if (!inline_parts_.empty()) AppendMultipartStart(related_start_, message);
+  AppendText(alternative_, &MessageTexts::alternative_body, content, message);
+  if (!picture_parts_.empty()) AppendMultipartStart(related_start_, message);
   message.bytes.Append(html_start_);
-  AppendBody(content, message);
+  AppendText(body_, &MessageTexts::body, content, message);
   message.bytes.Append(end_);
   if (!message.eight_bit_parts.empty())
     for (const std::size_t encoding : message.multiparts) message.bytes.Overwrite(encoding, "8bit");
 }
 
 std::string UnsubscribeAddress(std::wstring_view address) {
-  const std::size_t first = address.find_first_not_of(L' ');
-  if (first == std::wstring_view::npos || address.size() > kLongestUnsubscribe) return {};
-  address = address.substr(first, address.find_last_not_of(L' ') - first + 1);
-  const auto belongs = [](wchar_t unit) {
+  if (address.size() > kLongestUnsubscribe) return {};
+  address = TrimBlanks(address);
+  const auto is_allowed = [](wchar_t unit) {
     return unit > L' ' && unit < 0x7F && unit != L'<' && unit != L'>' && unit != L'"';
   };
-  if (!std::all_of(address.begin(), address.end(), belongs)) return {};
+  if (!std::all_of(address.begin(), address.end(), is_allowed)) return {};
   std::string text(address.begin(), address.end());
   const std::size_t scheme_size = text.find(':') + 1;
   text.replace(0, scheme_size, LowerAscii(text.substr(0, scheme_size)));

@@ -12,11 +12,11 @@ namespace pxscheduler {
 namespace {
 
 constexpr std::size_t kLongestContent = 75;  // 76 less the "=" of a soft line break
-// More than what one step of the encoder can write: a line of plain characters, or four bytes, each
-// as "=XX", with a soft line break and a doubled full stop.
+// More than one step of the encoder writes: a line of plain characters, or four bytes as "=XX",
+// with a soft line break and a doubled full stop.
 constexpr std::size_t kStepRoom = 128;
-// A shorter constant text is encoded where it stands, rather than cut off by a soft line break.
-constexpr std::size_t kWorthCuttingOff = 100;
+// A shorter constant text is encoded for each message rather than put behind a soft line break.
+constexpr std::size_t kWorthNewLine = 100;
 
 bool IsPlain(wchar_t unit) { return unit >= L' ' && unit <= L'~' && unit != L'='; }
 
@@ -40,7 +40,7 @@ class QuotedPrintable::Encoder {
   void Encode(std::wstring_view text) {
     std::size_t position = 0;
     if (column_ > 0 && text.size() <= kLongestContent - column_) {
-      // Most values are short and plain, and go on with the line.
+      // Most values are short and plain and continue the line.
       char* const end = out_.Room(kStepRoom);
       position = CopyPlain(text, end);
       out_.SetEnd(end + position);
@@ -54,14 +54,14 @@ class QuotedPrintable::Encoder {
   }
 
   void Put(const Constant& constant, std::string_view rest) {
-    if (!constant.encoded_in_place.empty()) {
-      Encode(constant.encoded_in_place);
+    if (!constant.unencoded.empty()) {
+      Encode(constant.unencoded);
       return;
     }
     cursor_ = out_.Room(2 * constant.line.size() + kStepRoom + rest.size());
     PutPlainLines(constant.line);
     if (!rest.empty()) {
-      if (!constant.is_cut_off)
+      if (!constant.is_on_new_line)
         ProtectTrailingBlank();
       else if (column_ > 0)
         SoftBreak();
@@ -185,15 +185,15 @@ QuotedPrintable::Constant QuotedPrintable::EncodeConstant(std::wstring_view text
   Constant constant;
   const std::size_t line_end = std::min(text.find_first_of(L"\r\n"), text.size());
   const std::wstring_view line = text.substr(0, line_end);
-  constant.is_cut_off = !std::all_of(line.begin(), line.end(), IsPlain);
-  if (constant.is_cut_off && text.size() < kWorthCuttingOff) {
-    constant.encoded_in_place = text;
+  constant.is_on_new_line = !std::all_of(line.begin(), line.end(), IsPlain);
+  if (constant.is_on_new_line && text.size() < kWorthNewLine) {
+    constant.unencoded = text;
     return constant;
   }
   Encoder encoder(constant.rest);
-  encoder.Encode(constant.is_cut_off ? text : text.substr(line_end));
+  encoder.Encode(constant.is_on_new_line ? text : text.substr(line_end));
   constant.column = encoder.Column();
-  if (!constant.is_cut_off) constant.line.assign(line.begin(), line.end());
+  if (!constant.is_on_new_line) constant.line.assign(line.begin(), line.end());
   return constant;
 }
 

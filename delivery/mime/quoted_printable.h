@@ -12,30 +12,29 @@
 namespace pxscheduler {
 
 // Writes texts as UTF-8 in quoted-printable (RFC 2045 section 6.7), ready for the DATA phase of
-// SMTP: no line over 76 characters, and a line that begins with a full stop has it doubled (RFC
-// 5321 section 4.5.2). CR LF, LF and a lone CR are line breaks.
+// SMTP: no line over 76 characters, and a full stop at the start of a line doubled (RFC 5321
+// section 4.5.2). CR LF, LF and a lone CR are line breaks.
 //
-// The constant texts of a template are encoded once, but for their first line, which goes on with
-// what stands before it. Where that line is not all plain characters, a long text stands behind a
-// soft line break instead, and a short one is encoded where it stands.
+// The constant texts of a template are encoded once, except for their first line, which continues
+// the line before it. Where that first line has other than plain characters, a soft line break
+// separates a long text from what stands before it, and a short one is encoded for each message.
 class QuotedPrintable {
  public:
   void SetTemplate(const TextTemplate& text);
 
-  // Appends the template with the values in its places, or a text of its own. The output must be at
-  // the start of a line; it ends where the text ends, without a line break of its own.
+  // Appends the template with the values in its places, or another text. The output must be at the
+  // start of a line; no line break is added at the end.
   void Append(std::span<const std::wstring> values, ByteBuffer& out) const;
   static void AppendText(std::wstring_view text, ByteBuffer& out);
 
  private:
   class Encoder;
-  // A constant text. One that is encoded where it stands has neither a line nor a rest.
   struct Constant {
-    std::wstring encoded_in_place;  // that text
-    std::string line;               // the plain characters before its first line break
-    bool is_cut_off = false;
-    ByteBuffer rest;         // encoded from the line break on, or all of a text that is cut off
-    std::size_t column = 0;  // where the rest ends
+    std::wstring unencoded;       // a text that is encoded for each message; else:
+    std::string line;             // the plain characters before the first line break
+    bool is_on_new_line = false;  // the text stands behind a soft line break, without a `line`
+    ByteBuffer rest;              // the text behind `line`, encoded
+    std::size_t column = 0;       // where the rest ends
   };
 
   static Constant EncodeConstant(std::wstring_view text);

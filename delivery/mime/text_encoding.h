@@ -8,28 +8,28 @@
 
 #include "text/text_template.h"
 
-// What the two encodings of a text part have in common.
+// What IdentityEncoding and QuotedPrintable share.
 
 namespace pxscheduler {
 
-// What mail ends a line with. In a text CR LF, LF and a lone CR are line breaks.
+// The line break of mail. In a text CR LF, LF and a lone CR are line breaks.
 inline constexpr std::string_view kLineBreak = "\r\n";
 
 inline bool IsLineBreak(wchar_t unit) { return unit == L'\n' || unit == L'\r'; }
 
-// Where the text goes on behind the line break at `position`, 0-based.
+// The position behind the line break at `position`, 0-based.
 inline std::size_t AfterLineBreak(std::wstring_view text, std::size_t position) {
   const bool is_pair = text[position] == L'\r' && text.substr(position + 1).starts_with(L'\n');
   return position + (is_pair ? 2 : 1);
 }
 
-// A template whose constant texts an encoder has encoded once. `Encoded` is what it made of one;
-// its member `rest` is a ByteBuffer with everything from the first line break on.
+// A template whose constant texts are encoded once. `Encoded` is an encoded constant; its member
+// `rest` is a ByteBuffer with everything from the first line break on.
 template <typename Encoded>
 class PreparedTemplate {
  public:
   PreparedTemplate() = default;
-  // `encode` makes an Encoded of a constant text.
+  // `encode` encodes a constant text.
   template <typename Encode>
   PreparedTemplate(const TextTemplate& text, const Encode& encode) : places_(text.places) {
     for (const std::wstring& constant : text.constants) {
@@ -40,8 +40,8 @@ class PreparedTemplate {
     }
   }
 
-  // Hands the text to the encoder, part by part: values to its Encode, constants to its Put with
-  // their rest. The LF of a line break whose CR ended the part before is left out.
+  // Passes the filled template to an encoder: values to its Encode, constants and their rest to its
+  // Put. Leaves out an LF whose CR ended the text before it.
   template <typename Encoder>
   void EncodeWith(std::span<const std::wstring> values, Encoder& encoder) const {
     bool is_after_return = false;

@@ -43,8 +43,7 @@ void MailTransactions::WriteCommands(const Envelope& envelope, std::size_t messa
     end_step(StepKind::kReset);
   }
   commands_.append("MAIL FROM:<").append(envelope.sender).append(">");
-  if (session_->Extensions().size)
-    commands_.append(" SIZE=").append(std::to_string(message_size));
+  if (session_->Extensions().size) commands_.append(" SIZE=").append(std::to_string(message_size));
   const bool is_international = !envelope.sender_is_ascii || !envelope.recipient_is_ascii;
   if (is_international || envelope.has_eight_bit_parts) commands_ += " BODY=8BITMIME";
   if (is_international) commands_ += " SMTPUTF8";
@@ -56,8 +55,8 @@ void MailTransactions::WriteCommands(const Envelope& envelope, std::size_t messa
 }
 
 // With PIPELINING (RFC 2920) all the commands leave in one write, and every reply is read, whatever
-// it says. Without it each command waits for the reply to the one before, and the first failure ends
-// the transaction.
+// it says. Without it each command waits for the reply to the one before, and the first failure
+// ends the transaction.
 MailTransactions::Progress MailTransactions::SendCommands() {
   const bool pipelining = session_->Extensions().pipelining;
   const std::chrono::milliseconds time = session_->StepTimeouts().reply;

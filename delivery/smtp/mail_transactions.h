@@ -21,11 +21,12 @@ struct Envelope {
 };
 
 struct Submission {
-  // Nothing where the whole message was sent: AwaitAcceptance then tells what the server makes of it.
+  // Nothing where the whole message was sent: AwaitAcceptance then tells what the server makes of
+  // it.
   Failure failure;
   // The connection ended before the server accepted the sender, or the server now refuses a sender
-  // that it accepted before (it may limit the messages of a connection). The session is closed; in a
-  // new one the message may be sent again without any risk that it arrives twice.
+  // that it accepted before (it may limit the messages of a connection). The session is closed; in
+  // a new one the message may be sent again without any risk that it arrives twice.
   bool may_try_again = false;
 };
 
@@ -37,8 +38,8 @@ class MailTransactions {
 
   const SmtpSession& Session() const { return *session_; }
 
-  // Sends one message. `wire` is the message with its full stops doubled and the final one. Once any
-  // of it may have left, it must not be submitted again, whatever the outcome.
+  // Sends one message. `wire` is the message with its full stops doubled and the final one. Once
+  // any of it may have left, it must not be submitted again, whatever the outcome.
   Submission Submit(const Envelope& envelope, std::string_view wire);
   // Waits for the reply to a message that Submit sent; due before the next one is submitted.
   SendOutcome AwaitAcceptance();

@@ -39,7 +39,7 @@ class PlainExchange : public SaslExchange {
   Credentials credentials_;
 };
 
-// draft-murchison-sasl-login: two questions, whose wording does not count.
+// draft-murchison-sasl-login: two questions, whatever their wording.
 class LoginExchange : public SaslExchange {
  public:
   explicit LoginExchange(Credentials credentials) : credentials_(std::move(credentials)) {}
@@ -113,7 +113,8 @@ class ScramSha256Exchange : public SaslExchange {
     return escaped;
   }
 
-  // The value of "r=...,s=...,i=..." in this order; extensions may follow.
+  // Takes the next field off "r=...,s=...,i=..." and returns its value; nothing where it has
+  // another name.
   static std::optional<std::string_view> TakeField(std::string_view& text, std::string_view name) {
     if (!text.starts_with(name)) return std::nullopt;
     text.remove_prefix(name.size());
@@ -162,29 +163,29 @@ std::unique_ptr<SaslExchange> Make(const Credentials& credentials) {
   return std::make_unique<Exchange>(credentials);
 }
 
-struct Known {
-  std::string_view mechanism;
+struct KnownMechanism {
+  std::string_view name;
   std::unique_ptr<SaslExchange> (*make)(const Credentials&);
 };
 
-// Challenges before clear passwords: what a listener learns from them is no password.
-constexpr Known kKnown[] = {{"SCRAM-SHA-256", Make<ScramSha256Exchange>},
-                            {"CRAM-MD5", Make<CramMd5Exchange>},
-                            {"PLAIN", Make<PlainExchange>},
-                            {"LOGIN", Make<LoginExchange>}};
+// Mechanisms that keep the password from a listener come first.
+constexpr KnownMechanism kKnownMechanisms[] = {{"SCRAM-SHA-256", Make<ScramSha256Exchange>},
+                                               {"CRAM-MD5", Make<CramMd5Exchange>},
+                                               {"PLAIN", Make<PlainExchange>},
+                                               {"LOGIN", Make<LoginExchange>}};
 
 }  // namespace
 
 std::vector<std::string_view> SaslMechanisms() {
   std::vector<std::string_view> names;
-  for (const Known& known : kKnown) names.push_back(known.mechanism);
+  for (const KnownMechanism& known : kKnownMechanisms) names.push_back(known.name);
   return names;
 }
 
 std::unique_ptr<SaslExchange> NewSaslExchange(std::string_view mechanism,
                                               const Credentials& credentials) {
-  for (const Known& known : kKnown)
-    if (known.mechanism == mechanism) return known.make(credentials);
+  for (const KnownMechanism& known : kKnownMechanisms)
+    if (known.name == mechanism) return known.make(credentials);
   return nullptr;
 }
 

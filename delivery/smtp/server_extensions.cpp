@@ -29,8 +29,7 @@ ServerExtensions ReadExtensions(const Reply& hello) {
   ServerExtensions extensions;
   for (std::size_t i = 1; i < hello.lines.size(); ++i) {  // the first line is the server's name
     std::string line = LowerAscii(hello.lines[i]);
-    if (line.starts_with("auth="))  // as servers wrote it before the standard
-      line[4] = ' ';
+    if (line.starts_with("auth=")) line[4] = ' ';  // as servers wrote it before the standard
     const std::vector<std::string> words = Words(line);
     const std::string_view keyword = words.empty() ? std::string_view() : words[0];
     if (keyword == "pipelining") {

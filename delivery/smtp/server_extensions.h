@@ -9,14 +9,14 @@
 
 namespace pxscheduler {
 
-// What a server offers in its reply to EHLO; what this side does not use is left out.
+// The extensions that a server offers in its reply to EHLO, as far as this client uses them.
 struct ServerExtensions {
   bool pipelining = false;              // RFC 2920
   bool eight_bit = false;               // RFC 6152
   bool international = false;           // SMTPUTF8, RFC 6531
   bool start_tls = false;               // RFC 3207
   bool size = false;                    // RFC 1870
-  std::uint64_t largest_message = 0;    // bytes; 0 where the server names no limit
+  std::uint64_t largest_message = 0;    // bytes; 0: no limit is known
   std::vector<std::string> mechanisms;  // of AUTH (RFC 4954), in lower case
 
   // Compared without case.

@@ -16,7 +16,7 @@ class MergeFields : public testing::Test {
     const ValuesInCodePage values =
         InCodePage(ansi_, ReadMergeValues(EnglishRegional(), rows_, L""));
     const MergeTemplate prepared = PrepareMergeTemplate(ansi_, text);
-    return CanFillPlaces(prepared, values) ? Filled(prepared.filled, values.texts)
+    return CanFillPlaces(prepared, values) ? Filled(prepared.parsed, values.texts)
                                            : MergeInSequence(prepared.text, values.texts);
   }
 
@@ -68,7 +68,7 @@ TEST(CanFillPlaces, WhereThatGivesWhatReplacingOneAfterAnotherGives) {
     const MergeTemplate prepared = PrepareMergeTemplate(ansi, text);
     if (!CanFillPlaces(prepared, InCodePage(ansi, values))) continue;
     ++filled;
-    ASSERT_EQ(Filled(prepared.filled, values), MergeInSequence(text, values));
+    ASSERT_EQ(Filled(prepared.parsed, values), MergeInSequence(text, values));
   }
   EXPECT_GT(filled, 5000);
 }
