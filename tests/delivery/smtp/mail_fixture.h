@@ -14,10 +14,10 @@
 
 namespace pxscheduler {
 
-// A mail component with short time-outs, a sender, a subject and a plain body.
+// A mail component with a sender, a subject and a plain body.
 class TestMail {
  public:
-  explicit TestMail(int port, std::chrono::milliseconds longest = std::chrono::milliseconds(2000),
+  explicit TestMail(int port, std::chrono::milliseconds longest = std::chrono::seconds(20),
                     std::unique_ptr<Network> network = NewSocketNetwork())
       : component_(
             system_, [this](const std::wstring& path) { return letters[path]; }, std::move(network),
@@ -32,6 +32,14 @@ class TestMail {
   SmtpMailComponent& Component() { return component_; }
 
   std::map<std::wstring, std::optional<Letter>> letters;  // by path
+
+  // Logs in as "user".
+  void UsePassword(const std::wstring& password) {
+    component_.SetAuthenticationMode(MailComponent::kAuthenticateLogin);
+    component_.SetAuthenticationOption(MailComponent::kAuthenticationOption);
+    component_.SetUserName(L"user");
+    component_.SetPassword(password);
+  }
 
   // Sends one message and waits for its result.
   std::int32_t SendTo(const std::wstring& address) { return SendToEach({address}).front(); }
