@@ -23,13 +23,13 @@ namespace {
 constexpr wchar_t kUsage[] =
     L"Usage: PXScheduler /U[user name] /Q[saved query name] /S[subject] /F[message body file]";
 
+// In one append, so that a run that writes to the same log at the same time never stands between an
+// address and what failed.
 void LogOutcome(AppendFile& log, const std::wstring& address, std::int16_t result_code) {
-  if (result_code == 0) {
+  if (result_code == 0)
     WriteLogLine(log, L"Sent: " + address);
-  } else {
-    WriteLogLine(log, L"Failed: " + address);
-    WriteLogLine(log, SmtpErrorText(result_code));
-  }
+  else
+    WriteLogLine(log, L"Failed: " + address + L"\r\n" + std::wstring{SmtpErrorText(result_code)});
 }
 
 // Prepares the mail component and the message body, opens the query and sends a message for each

@@ -16,13 +16,20 @@ namespace {
 constexpr std::size_t kLongestLocalPart =
     128;  // twice the limit of RFC 5321, which is for the server to keep
 
-// A character of RFC 6531 section 3.3 that looks like itself: no control, invisible or direction
-// character, and no separator that some programs take for a line break.
-bool IsInternational(wchar_t unit) {
+// A control, an invisible or a direction character, or a separator that some programs take for a
+// line break: with it, an address is not the one that it looks like.
+bool IsDeceptive(wchar_t unit) {
   const auto code = static_cast<char32_t>(unit);
-  return code >= 0xA0 && code != 0x2028 && code != 0x2029 && code != 0xFEFF &&
-         !(code >= 0x200B && code <= 0x200F) && !(code >= 0x202A && code <= 0x202E);
+  const auto is_in = [code](char32_t first, char32_t last) {
+    return code >= first && code <= last;
+  };
+  return code < 0x20 || is_in(0x7F, 0x9F) || code == 0xAD || code == 0x61C || code == 0x180E ||
+         is_in(0x200B, 0x200F) || is_in(0x2028, 0x202E) || is_in(0x2060, 0x206F) ||
+         code == 0xFEFF || is_in(0xFFF9, 0xFFFB);
 }
+
+// RFC 6531 section 3.3.
+bool IsInternational(wchar_t unit) { return static_cast<char32_t>(unit) >= 0x80; }
 
 bool IsQuotedString(std::wstring_view text) {
   if (text.size() < 3 || text.front() != L'"' || text.back() != L'"') return false;
@@ -30,9 +37,7 @@ bool IsQuotedString(std::wstring_view text) {
   for (std::size_t i = 0; i < content.size(); ++i) {
     const bool escapes = content[i] == L'\\';
     i += escapes ? 1 : 0;
-    if (i == content.size() || (content[i] < L' ' || content[i] == 0x7F) ||
-        (!escapes && content[i] == L'"') || (content[i] > 0x7F && !IsInternational(content[i])))
-      return false;
+    if (i == content.size() || (!escapes && content[i] == L'"')) return false;
   }
   return true;
 }
@@ -64,6 +69,8 @@ bool IsAddressLiteral(std::wstring_view domain) {
 
 std::optional<Address> ParseAddress(std::wstring_view text) {
   text = TrimBlanks(text);
+  // In a domain, too, where IDNA would drop some of them.
+  if (std::any_of(text.begin(), text.end(), IsDeceptive)) return std::nullopt;
   const std::size_t at = text.rfind(L'@');
   if (at == std::wstring_view::npos) return std::nullopt;
   std::optional<std::string> local_part = LocalPart(text.substr(0, at));

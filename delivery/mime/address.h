@@ -17,7 +17,7 @@ struct Address {
 
 // Reads a mailbox and ignores blanks around it. Quotes a local part with misplaced dots, which some
 // providers allow. Returns nothing for a text that is not exactly one mailbox: two addresses, a
-// display name, a control character, no local part or no domain.
+// display name, a control, invisible or direction character, no local part or no domain.
 std::optional<Address> ParseAddress(std::wstring_view text);
 
 }  // namespace pxscheduler

@@ -43,12 +43,16 @@ TEST(AddressTest, WhatIsNotOneMailbox) {
         L"ann@[1.2.3.4>]", L"ann@exa mple.com", L"ann smith@example.com", L"a\tb@example.com",
         L"ann@example..com", L"ann@example.com.", L"ann@-example.com", L"ann@exa_mple-.com"})
     EXPECT_FALSE(ParseAddress(text)) << ToUtf8(text);
-  for (const wchar_t* text :
-       {L"ann@b@example.com", L"<ann@example.com>", L"ann(x)@example.com", L"a\\b@example.com",
-        L"\"a\"b\"@example.com", L"\"a\\\"@example.com", L"\"\r\n\"@example.com",
-        L"ann@example.com\r", L"ann\u0085@example.com", L"ann\u2028@example.com",
-        L"ann@\u2028.example", L"a\u202Eb@example.com", L"ann@example.com> SIZE=1",
-        L"ann@example.com;bob@example.com"})
+  for (const wchar_t* text : {L"ann@b@example.com",        L"<ann@example.com>",
+                              L"ann(x)@example.com",       L"a\\b@example.com",
+                              L"\"a\"b\"@example.com",     L"\"a\\\"@example.com",
+                              L"\"\r\n\"@example.com",     L"ann@example.com\r",
+                              L"ann\u0085@example.com",    L"ann\u2028@example.com",
+                              L"ann@\u2028.example",       L"a\u202Eb@example.com",
+                              L"ann@example.com> SIZE=1",  L"a\u00ADb@example.com",
+                              L"ann@exam\u00ADple.com",    L"ann@exam\u200Bple.com",
+                              L"a\u2067b@example.com",     L"a\u061Cb@example.com",
+                              L"\"a\u2060b\"@example.com", L"ann@example.com;bob@example.com"})
     EXPECT_FALSE(ParseAddress(text)) << ToUtf8(text);
   for (const std::wstring& text :
        {L"ann\0@example.com"s, L"ann@exa\0mple.com"s, std::wstring(200, L'a') + L"@example.com",
