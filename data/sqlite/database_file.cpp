@@ -1,11 +1,10 @@
 #include "data/sqlite/database_file.h"
 
 #include <algorithm>
-#include <array>
 #include <filesystem>
-#include <fstream>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 #include "data/rows/session.h"
 #include "text/hexadecimal.h"
@@ -30,16 +29,16 @@ std::string Utf8Of(const std::filesystem::path& path) {
                                                     L"\": " + std::wstring{reason} + L"."};
 }
 
-// Whether the file is in write-ahead mode (the file format's read version, at offset 19, is 2) and
-// no other program has it open, since then there would be a log beside it.
-bool IsIdleWriteAheadFile(const std::filesystem::path& file) {
-  std::array<char, 20> header{};
-  std::ifstream stream{file, std::ios::binary};
-  if (!stream.read(header.data(), header.size()) || header[19] != 2) return false;
-  std::filesystem::path log = file;
-  log += "-wal";
-  std::error_code error;
-  return !std::filesystem::exists(log, error);
+constexpr int kLongestWaitMs = 60'000;
+
+bool HasWriteAheadLogBeside(const std::filesystem::path& file) {
+  const auto exists = [&file](const char* ending) {
+    std::filesystem::path beside = file;
+    beside += ending;
+    std::error_code error;
+    return std::filesystem::exists(beside, error) || error;
+  };
+  return exists("-wal") || exists("-shm");
 }
 
 // The file as a URI (RFC 3986), which is how the engine takes the "immutable" flag.
@@ -61,32 +60,50 @@ std::string ImmutableUri(const std::filesystem::path& file) {
   return uri + "?immutable=1";
 }
 
+// What opening gives is seen at the first reading.
+struct Opened {
+  SqliteDatabase connection;
+  int result;
+};
+
+Opened Open(const std::string& name, int flags) {
+  sqlite3* opened = nullptr;
+  // A connection serves one thread and needs no locks against others.
+  int result = sqlite3_open_v2(name.c_str(), &opened, flags | SQLITE_OPEN_NOMUTEX, nullptr);
+  SqliteDatabase connection{opened};
+  if (result != SQLITE_OK) return {std::move(connection), result};
+  sqlite3_busy_timeout(opened, kLongestWaitMs);
+  // "name" is a name and never a text.
+  sqlite3_db_config(opened, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
+  result = sqlite3_exec(opened, "PRAGMA schema_version", nullptr, nullptr, nullptr);
+  return {std::move(connection), result};
+}
+
+// Of a file in write-ahead mode: its log can be neither found nor made.
+bool IsWithoutLog(int result) { return result == SQLITE_CANTOPEN || result == SQLITE_READONLY; }
+
 }  // namespace
 
-SqliteDatabase OpenDatabaseFile(const std::wstring& path) {
+DatabaseFile OpenDatabaseFile(const std::wstring& path) {
   std::error_code error;
   const std::filesystem::path file = std::filesystem::absolute(NativePath(path), error);
   const std::filesystem::file_status status = std::filesystem::status(file, error);
   if (path.empty() || !std::filesystem::exists(status))
     RaiseCannotOpen(path, L"there is no such file");
   if (!std::filesystem::is_regular_file(status)) RaiseCannotOpen(path, L"it is not a file");
-  // A reader of a file in write-ahead mode makes a log beside it unless it may take for granted
-  // that nobody writes.
-  const bool is_immutable = IsIdleWriteAheadFile(file);
-  const std::string name = is_immutable ? ImmutableUri(file) : Utf8Of(file);
-  sqlite3* opened = nullptr;
-  // A connection serves one thread and needs no locks against others.
-  const int flags =
-      SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX | (is_immutable ? SQLITE_OPEN_URI : 0);
-  const int result = sqlite3_open_v2(name.c_str(), &opened, flags, nullptr);
-  SqliteDatabase database{opened};
-  if (result != SQLITE_OK)
-    RaiseCannotOpen(path,
-                    FromUtf8(opened == nullptr ? sqlite3_errstr(result) : sqlite3_errmsg(opened)));
-  // "name" is a name and never a text.
-  sqlite3_db_config(opened, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
-  return database;
+  // Who may write at all is the last to leave and takes the log away.
+  Opened opened = Open(Utf8Of(file), SQLITE_OPEN_READWRITE);
+  const bool is_immutable = IsWithoutLog(opened.result) && !HasWriteAheadLogBeside(file);
+  if (is_immutable) opened = Open(ImmutableUri(file), SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
+  if (opened.result == SQLITE_NOTADB) throw SqliteError(opened.connection.get());
+  if (opened.result != SQLITE_OK)
+    RaiseCannotOpen(
+        path, FromUtf8(opened.connection == nullptr ? sqlite3_errstr(opened.result)
+                                                    : sqlite3_errmsg(opened.connection.get())));
+  return {std::move(opened.connection), is_immutable};
 }
+
+bool HasWriteAheadLog(const std::wstring& path) { return HasWriteAheadLogBeside(NativePath(path)); }
 
 std::wstring DatabaseFileStem(const std::wstring& path) {
   return FromUtf8(Utf8Of(NativePath(path).stem()));

@@ -101,7 +101,10 @@ void AppendColumn(sqlite3_stmt* statement, int column, ColumnType type, RowStore
 class SqliteSession : public Session {
  public:
   SqliteSession(const ConnectionSettings& settings, std::function<DateTime()> local_time)
-      : local_time_{std::move(local_time)}, database_{OpenDatabaseFile(settings.data_source)} {
+      : local_time_{std::move(local_time)}, path_{settings.data_source} {
+    auto [connection, is_immutable] = OpenDatabaseFile(path_);
+    database_ = std::move(connection);
+    is_immutable_ = is_immutable;
     name_ = TrimBlanks(settings.initial_catalog).empty() ? DatabaseFileStem(settings.data_source)
                                                          : settings.initial_catalog;
     if (!AddSqlFunctions(database_.get(), &now_)) throw OutOfMemory();
@@ -139,6 +142,9 @@ class SqliteSession : public Session {
       else
         Finish(statement.get());
     }
+    if (is_immutable_ && HasWriteAheadLog(path_))
+      throw RuntimeError{kProviderFailure, L"A program began to write to the database file \"" +
+                                               path_ + L"\" while it was read."};
   }
 
   std::string Translate(const std::wstring& sql) {
@@ -204,7 +210,9 @@ class SqliteSession : public Session {
 
   std::function<DateTime()> local_time_;
   SqlMoment now_;  // of the statement that runs
+  std::wstring path_;
   SqliteDatabase database_;
+  bool is_immutable_ = false;
   std::wstring name_;
   SqlSchema schema_;
 };

@@ -10,8 +10,10 @@
 #include <fstream>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
+#include "data/sqlite/database_file.h"
 #include "tests/support/raised_by.h"
 #include "tests/support/scratch_folder.h"
 #include "text/utf8.h"
@@ -291,14 +293,42 @@ TEST_F(SqliteSessionTest, WritesNothing) {
   EXPECT_EQ(std::filesystem::file_size(file_), bytes);
 }
 
-TEST_F(SqliteSessionTest, MakesNoFileBesideADatabaseInWriteAheadMode) {
+TEST_F(SqliteSessionTest, LeavesNoFileBesideADatabaseInWriteAheadMode) {
   Make("PRAGMA journal_mode=WAL; INSERT INTO Users VALUES (4, 'new');");
-  const std::unique_ptr<Session> session = Open();
-  EXPECT_EQ(session->Query(L"SELECT * FROM Users").RowCount(), 4U);
+  EXPECT_EQ(Open()->Query(L"SELECT * FROM Users").RowCount(), 4U);
   std::vector<std::filesystem::path> files;
   for (const auto& entry : std::filesystem::directory_iterator{folder_})
     files.push_back(entry.path());
   EXPECT_EQ(files, std::vector<std::filesystem::path>{file_});
+}
+
+TEST_F(SqliteSessionTest, ReadsBesideAProgramThatWrites) {
+  Make("PRAGMA journal_mode=WAL;");
+  const std::unique_ptr<Session> session = Open();
+  sqlite3* opened = nullptr;
+  ASSERT_EQ(sqlite3_open(file_.string().c_str(), &opened), SQLITE_OK);
+  const SqliteDatabase writer{opened};
+  const auto write = [opened](const char* sql) {
+    EXPECT_EQ(sqlite3_exec(opened, sql, nullptr, nullptr, nullptr), SQLITE_OK) << sql;
+  };
+  write("INSERT INTO Users VALUES (4, 'new')");
+  EXPECT_EQ(session->Query(L"SELECT * FROM Users").RowCount(), 4U);
+  write("BEGIN; INSERT INTO Users VALUES (5, 'uncommitted')");
+  EXPECT_EQ(session->Query(L"SELECT * FROM Users").RowCount(), 4U);
+  EXPECT_EQ(Open()->Query(L"SELECT * FROM Users").RowCount(), 4U);
+}
+
+TEST_F(SqliteSessionTest, WaitsForALockFromTheStart) {
+  sqlite3* opened = nullptr;
+  ASSERT_EQ(sqlite3_open(file_.string().c_str(), &opened), SQLITE_OK);
+  const SqliteDatabase writer{opened};
+  ASSERT_EQ(sqlite3_exec(opened, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr), SQLITE_OK);
+  std::thread release{[opened] {
+    std::this_thread::sleep_for(std::chrono::milliseconds{150});
+    sqlite3_exec(opened, "COMMIT", nullptr, nullptr, nullptr);
+  }};
+  EXPECT_EQ(ErrorOf([&] { Open()->Query(L"SELECT * FROM Users"); }), "");
+  release.join();
 }
 
 TEST_F(SqliteSessionTest, TakesBatches) {
