@@ -23,7 +23,7 @@ struct Servers {
   std::string client_address = "192.0.2.7";
 
   std::string Next() {
-    const std::string step = scripts.front().substr(0, scripts.front().find('|'));
+    std::string step = scripts.front().substr(0, scripts.front().find('|'));
     scripts.front().erase(0, step.size() + 1);
     return step;
   }
@@ -84,15 +84,15 @@ class ScriptedNetwork : public Network {
   ConnectResult Connect(const std::string& /*host*/, std::int32_t /*port*/,
                         const ConnectTimeouts& /*timeouts*/,
                         std::unique_ptr<Transport>& transport) override {
-    static const std::map<std::string, ConnectResult> kFailures = {
+    static const std::map<std::string, ConnectResult> failures = {
         {"unknown name", ConnectResult::kNameUnknown},
         {"name timeout", ConnectResult::kNameTimedOut},
         {"refused", ConnectResult::kRefused},
         {"timeout", ConnectResult::kTimedOut}};
     const std::string& script = servers_.scripts.at(0);
     if (script == "no memory") throw std::bad_alloc();
-    const auto failure = kFailures.find(script);
-    if (failure != kFailures.end()) {
+    const auto failure = failures.find(script);
+    if (failure != failures.end()) {
       servers_.scripts.erase(servers_.scripts.begin());
       return failure->second;
     }
