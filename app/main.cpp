@@ -34,8 +34,7 @@ using MachineComponents = LinuxComponents;
 int Run(Machine& machine) {
   MachineComponents components(machine);
   try {
-    Main(machine.Join(components));
-    return 0;
+    return Main(machine.Join(components));
   } catch (const RuntimeError& error) {
     return Report(machine.TheSystem(), error);
   } catch (const std::bad_alloc&) {

@@ -33,8 +33,8 @@ void LogOutcome(AppendFile& log, const std::wstring& address, std::int16_t resul
 }
 
 // Prepares the mail component and the message body, opens the query and sends a message for each
-// row. `log` is null where the run is not logged.
-void SendMessages(const Platform& platform, const CommandLine& switches, const std::wstring& sql,
+// row. `log` is null where the run is not logged. False where a request to stop came between.
+bool SendMessages(const Platform& platform, const CommandLine& switches, const std::wstring& sql,
                   Connection& connection, Recordset& result_set, AppendFile* log) {
   const CodePage& ansi = platform.ansi;
   const std::unique_ptr<MailComponent> mail = platform.components.NewMailComponent();
@@ -49,15 +49,18 @@ void SendMessages(const Platform& platform, const CommandLine& switches, const s
   result_set.Open(sql, connection, Connection::kOptionUnspecified, Connection::kOptionUnspecified,
                   Connection::kOptionUnspecified);
   result_set.SetSort(L"Email");
-  SendRows(platform.system, platform.regional, ansi, result_set, templates, *mail,
-           [log](const std::wstring& address, std::int16_t result_code) {
-             if (log != nullptr) LogOutcome(*log, address, result_code);
-           });
+  const bool is_complete =
+      SendRows(platform.system, platform.regional, ansi, result_set, templates, *mail,
+               [log](const std::wstring& address, std::int16_t result_code) {
+                 if (log != nullptr) LogOutcome(*log, address, result_code);
+               });
   result_set.Close();
+  return is_complete;
 }
 
-// Fetches the saved query, expands its macros and sends its messages, none for a blank query.
-void RunQuery(const Platform& platform, const CommandLine& switches, AppendFile* log) {
+// Fetches the saved query, expands its macros and sends its messages, none for a blank query. False
+// where a request to stop came between.
+bool RunQuery(const Platform& platform, const CommandLine& switches, AppendFile* log) {
   const std::unique_ptr<Connection> connection = platform.components.NewConnection();
   const std::unique_ptr<Recordset> result_set = platform.components.NewRecordset();
   const std::wstring dsn = GetRegValue(platform.registry, platform.ansi, RegistryRoot::kCurrentUser,
@@ -70,13 +73,15 @@ void RunQuery(const Platform& platform, const CommandLine& switches, AppendFile*
                     switches.user_login);
   const std::wstring sql =
       ExpandDateMacros(platform.system, platform.regional, platform.ansi, saved_query);
-  if (!IsBlank(sql)) SendMessages(platform, switches, sql, *connection, *result_set, log);
+  const bool is_complete =
+      IsBlank(sql) || SendMessages(platform, switches, sql, *connection, *result_set, log);
   connection->Close();
+  return is_complete;
 }
 
 }  // namespace
 
-void Main(const Platform& platform) {
+int Main(const Platform& platform) {
   const std::wstring command_line = platform.system.CommandLine();
   const std::wstring data_folder = GetDataFolder(platform.system, platform.registry, platform.ansi);
   std::unique_ptr<AppendFile> log;
@@ -92,10 +97,11 @@ void Main(const Platform& platform) {
     if (log) WriteLogLine(*log, L"Invalid parameters: " + command_line);
   } else {
     if (log) WriteLogLine(*log, L"Running query: " + switches.query_name);
-    RunQuery(platform, switches, log.get());
+    if (!RunQuery(platform, switches, log.get())) return platform.system.StopStatus().value_or(0);
   }
 
   if (log) WriteEndBlock(*log, platform.system, platform.regional);
+  return 0;
 }
 
 }  // namespace pxscheduler

@@ -1,5 +1,7 @@
 #include "compose/body_template.h"
 
+#include <utility>
+
 #include "config/helper_library.h"
 #include "platform/letter_case.h"
 #include "text/text.h"
@@ -15,29 +17,38 @@ bool IsTemplate(const std::wstring& path) {
          LowerCase(std::wstring_view{path}.substr(path.size() - kExtensionLength)) == L".qzw";
 }
 
-// Converts the template and returns the path of the HTML file, the same in every run.
-std::wstring ConvertToHtml(const System& system, const CodePage& ansi, TextControl& text_control,
-                           const std::wstring& template_path) {
+struct ConvertedFile {
+  std::wstring path;  // the same in every run
+  std::unique_ptr<FolderLock> lock;
+};
+
+ConvertedFile ConvertToHtml(System& system, const CodePage& ansi, TextControl& text_control,
+                            const std::wstring& template_path) {
   text_control.Load(template_path, kTemplateHeaderBytes, TextControl::kFormatRichText);
   for (int index = 0; index < TextControl::kPageValues; ++index) {
     const std::int32_t recorded = text_control.DocumentPageValue(index);
     if (recorded > 0) text_control.SetPageSetting(index, recorded);
   }
-  std::wstring html_path = GetWindowsTempFolder(system, ansi) + L"scheduler.htm";
+  const std::wstring folder = GetWindowsTempFolder(system, ansi);
+  std::wstring html_path = folder + L"scheduler.htm";
   for (int index = 0; index < TextControl::kPageValues; ++index)
     text_control.SetDocumentPageValue(index, text_control.PageSetting(index));
+  std::unique_ptr<FolderLock> lock = system.LockFolder(folder);
   text_control.Save(html_path, 0, TextControl::kFormatHtml);
-  return html_path;
+  return {std::move(html_path), std::move(lock)};
 }
 
 }  // namespace
 
-BodyTexts PrepareMessageBody(const System& system, const CodePage& ansi,
+BodyTexts PrepareMessageBody(System& system, const CodePage& ansi,
                              const std::function<std::unique_ptr<TextControl>()>& new_text_control,
                              MailComponent& mail, const std::wstring& body_file) {
-  std::wstring path = body_file;
-  if (IsTemplate(path)) path = ConvertToHtml(system, ansi, *new_text_control(), path);
-  mail.LoadBodyFromFile(path, MailComponent::kBodyAndAlternative);
+  {
+    const ConvertedFile file = IsTemplate(body_file)
+                                   ? ConvertToHtml(system, ansi, *new_text_control(), body_file)
+                                   : ConvertedFile{body_file, nullptr};
+    mail.LoadBodyFromFile(file.path, MailComponent::kBodyAndAlternative);
+  }
   BodyTexts texts{mail.BodyText(), mail.AlternativeBodyText()};
   if (IsHtmlDocument(texts.body)) mail.SetHtml(1);
   return texts;

@@ -18,10 +18,11 @@ struct BodyTexts {
 };
 
 // Loads the message body file into the mail component and declares an HTML document as one.
-// Converts a ".qzw" template to an HTML file in the temporary folder first. A body file that cannot
-// be read leaves the component's texts as they were. Raises the text control's error for a template
-// that cannot be converted.
-BodyTexts PrepareMessageBody(const System& system, const CodePage& ansi,
+// Converts a ".qzw" template to an HTML file in the temporary folder first, which it locks until
+// the file is loaded, since all runs give it one name. A body file that cannot be read leaves the
+// component's texts as they were. Raises the text control's error for a template that cannot be
+// converted, and the errors of TemporaryFolder and LockFolder.
+BodyTexts PrepareMessageBody(System& system, const CodePage& ansi,
                              const std::function<std::unique_ptr<TextControl>()>& new_text_control,
                              MailComponent& mail, const std::wstring& body_file);
 

@@ -79,12 +79,13 @@ std::int16_t AwaitResultCode(MailComponent& mail) {
 
 }  // namespace
 
-void SendRows(System& system, const Regional& regional, const CodePage& ansi, Recordset& result_set,
+bool SendRows(System& system, const Regional& regional, const CodePage& ansi, Recordset& result_set,
               const MessageTemplates& templates, MailComponent& mail,
               const OutcomeHandler& on_outcome) {
   mail.SetMessageTemplate({.subject = templates.subject.parsed,
                            .body = templates.body.parsed,
                            .alternative_body = templates.alternative_body.parsed});
+  system.HoldStopRequests();
   RunProgress progress{.rows = result_set.RecordCount()};
   const auto count_row = [&] {
     ++progress.rows_done;
@@ -99,6 +100,12 @@ void SendRows(System& system, const Regional& regional, const CodePage& ansi, Re
     ++(result_code == 0 ? progress.sent : progress.failed);
     count_row();
   };
+  const auto tell_of_stop = [&] {
+    system.Warn(L"Stopped on request: " + std::to_wstring(progress.sent) + L" messages sent, " +
+                std::to_wstring(progress.failed) + L" failed, " +
+                std::to_wstring(progress.rows - progress.rows_done) + L" of " +
+                std::to_wstring(progress.rows) + L" clients not reached.");
+  };
   std::wstring last_address;
   std::exception_ptr error;
   while (!error && !result_set.EndOfFile()) {
@@ -106,6 +113,10 @@ void SendRows(System& system, const Regional& regional, const CodePage& ansi, Re
     for (std::optional<std::wstring>& address : rows.addresses) {
       if (address) {
         await_outcome();
+        if (system.StopStatus()) {
+          tell_of_stop();
+          return false;
+        }
         mail.Send();
         sent_address = std::move(address);
       } else {
@@ -116,6 +127,7 @@ void SendRows(System& system, const Regional& regional, const CodePage& ansi, Re
   }
   await_outcome();
   if (error) std::rethrow_exception(error);
+  return true;
 }
 
 }  // namespace pxscheduler

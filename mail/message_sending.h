@@ -28,9 +28,12 @@ using OutcomeHandler = std::function<void(const std::wstring& address, std::int1
 // has an "@" and differs from the last one used, whatever its case. The rows must be sorted by
 // address. While the server handles one message, the next ones are composed.
 //
+// Returns false where a request to stop ended it early: the message in flight has got its outcome
+// by then, no other was begun, and System::Warn has told how far it came.
+//
 // Raises ItemNotFound (3265) for a missing column, and Overflow (6) for a result code beyond 16
 // bits; the rows before the error have got their messages, and `on_outcome` its calls, by then.
-void SendRows(System& system, const Regional& regional, const CodePage& ansi, Recordset& result_set,
+bool SendRows(System& system, const Regional& regional, const CodePage& ansi, Recordset& result_set,
               const MessageTemplates& templates, MailComponent& mail,
               const OutcomeHandler& on_outcome);
 

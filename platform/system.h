@@ -40,6 +40,12 @@ class AppendFile {
   virtual void Append(std::wstring_view text) = 0;
 };
 
+// Keeps everybody else who locks the same folder waiting as long as it lives.
+class FolderLock {
+ public:
+  virtual ~FolderLock() = default;
+};
+
 // The process and the machine around it. Paths are separated by "\".
 class System {
  public:
@@ -52,7 +58,8 @@ class System {
   virtual std::wstring CommandLine() const = 0;
   // The folder that holds the executable, without a trailing "\" except at a root.
   virtual std::wstring ProgramFolder() const = 0;
-  // Ends in "\".
+  // Ends in "\". Raises PermissionDenied, PathNotFound, DiskFull or FileAccessError where there can
+  // be none that is this user's alone.
   virtual std::wstring TemporaryFolder() const = 0;
   // As reported to an old program. Nothing when the system does not answer.
   virtual std::optional<int> OsMajorVersion() const = 0;
@@ -64,6 +71,14 @@ class System {
   // Keeps one line of counts up to date for somebody who watches the run on a terminal: drawn at
   // most ten times a second, and once more when all rows are done. Nothing where nobody watches.
   virtual void ShowProgress(const RunProgress& progress) = 0;
+
+  // From here on a request to stop (SIGTERM, SIGINT, SIGHUP; on Windows Ctrl-C, Ctrl-Break, the
+  // closing of the console, the end of the session) no longer ends the process but is told by
+  // StopStatus.
+  virtual void HoldStopRequests() = 0;
+  // The exit status that a request to stop asks for: 128 and the number of the signal (143 for
+  // SIGTERM, 130 for SIGINT). Nothing where there was none since HoldStopRequests.
+  virtual std::optional<int> StopStatus() const = 0;
 
   // The name of the first file or folder that fits the path, "" where there is none. May raise a
   // RuntimeError where the path cannot be examined.
@@ -80,6 +95,10 @@ class System {
   // Makes these bytes the whole content of the file in one step: a reader sees the old content or
   // the new. Raises PathNotFound, PermissionDenied, DiskFull or FileAccessError.
   virtual void ReplaceContent(const std::wstring& path, std::string_view bytes) = 0;
+  // Waits until no other process and no other caller holds the folder, a minute at most. Raises
+  // PermissionDenied where that is not enough, PathNotFound, PermissionDenied or FileAccessError
+  // where the folder cannot be used.
+  virtual std::unique_ptr<FolderLock> LockFolder(const std::wstring& path) = 0;
 };
 
 }  // namespace pxscheduler

@@ -1,15 +1,18 @@
 #include "platform/linux/linux_system.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
 #include <cerrno>
 #include <climits>
+#include <csignal>
 #include <cstddef>
 #include <cstdlib>
 #include <ctime>
+#include <thread>
 #include <utility>
 
 #include "platform/linux/files.h"
@@ -21,8 +24,16 @@ namespace {
 
 constexpr std::chrono::milliseconds kProgressInterval{100};
 
+constexpr std::array kStopSignals{SIGTERM, SIGINT, SIGHUP};
+constexpr int kEndedBySignal = 128;  // what a shell adds to the signal's number
+
 constexpr mode_t kFolderMode = 0750;
 constexpr mode_t kFileMode = 0640;
+constexpr mode_t kTemporaryFolderMode = 0700;
+constexpr mode_t kOfOthers = 077;  // what the group and everybody else may do
+
+constexpr std::chrono::seconds kLongestWaitForLock{60};
+constexpr std::chrono::milliseconds kLockInterval{10};
 
 class LinuxAppendFile : public AppendFile {
  public:
@@ -39,6 +50,27 @@ class LinuxAppendFile : public AppendFile {
   const CodePage& ansi_;
 };
 
+class LinuxFolderLock : public FolderLock {
+ public:
+  // The lock ends with the descriptor.
+  explicit LinuxFolderLock(FileDescriptor folder) : folder_(std::move(folder)) {}
+
+ private:
+  FileDescriptor folder_;
+};
+
+// Anybody may have put something else there before, where /tmp is shared.
+std::string MakeOwnTemporaryFolder() {
+  std::string path = "/tmp/pxscheduler-" + std::to_string(::geteuid());
+  if (::mkdir(path.c_str(), kTemporaryFolderMode) != 0 && errno != EEXIST)
+    throw ErrorOf(errno, path);
+  struct stat status {};
+  if (::lstat(path.c_str(), &status) != 0) throw ErrorOf(errno, path);
+  if (!S_ISDIR(status.st_mode) || status.st_uid != ::geteuid() || (status.st_mode & kOfOthers) != 0)
+    throw ErrorOf(EACCES, path);
+  return path;
+}
+
 // Text on a terminal must not command it.
 std::string ForTerminal(std::wstring_view text) {
   std::wstring shown(text);
@@ -52,6 +84,14 @@ std::string ForTerminal(std::wstring_view text) {
 void ShowOnStandardError(std::wstring_view text) {
   // Nobody is left to be told where this fails.
   static_cast<void>(WriteAll(STDERR_FILENO, ForTerminal(text)));
+}
+
+// `how` is SIG_BLOCK or SIG_UNBLOCK. Threads that are made later inherit it.
+void MaskStopSignals(int how) {
+  sigset_t signals;
+  ::sigemptyset(&signals);
+  for (const int signal : kStopSignals) ::sigaddset(&signals, signal);
+  ::pthread_sigmask(how, &signals, nullptr);
 }
 
 void WaitForEnter() {
@@ -124,7 +164,7 @@ std::wstring LinuxSystem::ProgramFolder() const {
 
 std::wstring LinuxSystem::TemporaryFolder() const {
   std::string folder = NativeEnvironmentVariable("TMPDIR");
-  if (folder.empty()) folder = "/tmp";
+  if (folder.empty()) folder = MakeOwnTemporaryFolder();
   if (folder.back() != '/') folder += '/';
   return FromNativePath(folder);
 }
@@ -136,6 +176,7 @@ void LinuxSystem::ShowMessageBox(const std::wstring& caption, const std::wstring
   ShowOnStandardError(caption + L"\n" + text + L"\n");
   if (::isatty(STDIN_FILENO) == 0) return;
   ShowOnStandardError(L"Press Enter to go on.\n");
+  MaskStopSignals(SIG_UNBLOCK);
   WaitForEnter();
 }
 
@@ -158,6 +199,16 @@ void LinuxSystem::ShowProgress(const RunProgress& progress) {
 void LinuxSystem::EndProgressLine() {
   if (progress_line_is_open_) ShowOnStandardError(L"\n");
   progress_line_is_open_ = false;
+}
+
+void LinuxSystem::HoldStopRequests() { MaskStopSignals(SIG_BLOCK); }
+
+std::optional<int> LinuxSystem::StopStatus() const {
+  sigset_t pending;
+  if (::sigpending(&pending) != 0) return std::nullopt;
+  for (const int signal : kStopSignals)
+    if (::sigismember(&pending, signal) == 1) return kEndedBySignal + signal;
+  return std::nullopt;
 }
 
 std::wstring LinuxSystem::FirstEntry(const std::wstring& path) const {
@@ -199,6 +250,19 @@ std::wstring LinuxSystem::RealPath(const std::wstring& path) const {
 
 void LinuxSystem::ReplaceContent(const std::wstring& path, std::string_view bytes) {
   ReplaceNativeFile(CheckedPath(path), bytes);
+}
+
+std::unique_ptr<FolderLock> LinuxSystem::LockFolder(const std::wstring& path) {
+  const std::string native = CheckedPath(path);
+  FileDescriptor folder(::open(native.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!folder.IsOpen()) throw ErrorOf(errno, native);
+  const auto deadline = std::chrono::steady_clock::now() + kLongestWaitForLock;
+  while (::flock(folder.Get(), LOCK_EX | LOCK_NB) != 0) {
+    if (errno != EINTR && errno != EWOULDBLOCK) throw ErrorOf(errno, native);
+    if (std::chrono::steady_clock::now() >= deadline) throw ErrorOf(EACCES, native);
+    std::this_thread::sleep_for(kLockInterval);
+  }
+  return std::make_unique<LinuxFolderLock>(std::move(folder));
 }
 
 }  // namespace pxscheduler

@@ -26,6 +26,7 @@ class LinuxSystem : public System {
   std::wstring EnvironmentVariable(const std::wstring& name) const override;
   std::wstring CommandLine() const override;
   std::wstring ProgramFolder() const override;
+  // $TMPDIR, else a folder below /tmp that is this user's alone, made where it is missing.
   std::wstring TemporaryFolder() const override;
   std::optional<int> OsMajorVersion() const override;
 
@@ -34,12 +35,16 @@ class LinuxSystem : public System {
   void Warn(const std::wstring& line) override;
   void ShowProgress(const RunProgress& progress) override;
 
+  void HoldStopRequests() override;
+  std::optional<int> StopStatus() const override;
+
   std::wstring FirstEntry(const std::wstring& path) const override;
   void MakeFolder(const std::wstring& path) override;
   std::unique_ptr<AppendFile> OpenForAppend(const std::wstring& path) override;
   std::string ReadFile(const std::wstring& path) const override;
   std::wstring RealPath(const std::wstring& path) const override;
   void ReplaceContent(const std::wstring& path, std::string_view bytes) override;
+  std::unique_ptr<FolderLock> LockFolder(const std::wstring& path) override;
 
  private:
   void EndProgressLine();

@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <atomic>
 #include <utility>
 
 #include "platform/runtime_error.h"
@@ -12,6 +13,8 @@ namespace pxscheduler {
 namespace {
 
 constexpr std::chrono::milliseconds kProgressInterval{100};
+constexpr std::chrono::seconds kLongestWaitForLock{60};
+constexpr DWORD kLockInterval = 10;    // in milliseconds
 constexpr DWORD kLongestPath = 32768;  // of any path, the terminator included
 
 class WindowsAppendFile : public AppendFile {
@@ -27,6 +30,15 @@ class WindowsAppendFile : public AppendFile {
   FileHandle file_;
   std::wstring path_;
   const CodePage& ansi_;
+};
+
+class WindowsFolderLock : public FolderLock {
+ public:
+  // The file that stands for the lock disappears with its handle.
+  explicit WindowsFolderLock(FileHandle file) : file_(std::move(file)) {}
+
+ private:
+  FileHandle file_;
 };
 
 void ShowOnStandardError(std::wstring_view text) {
@@ -49,6 +61,23 @@ std::chrono::sys_days DayOf(const SYSTEMTIME& time) {
 std::chrono::seconds TimeOfDay(const SYSTEMTIME& time) {
   return std::chrono::hours{time.wHour} + std::chrono::minutes{time.wMinute} +
          std::chrono::seconds{time.wSecond};
+}
+
+// The exit statuses of a Unix shell for the same requests.
+constexpr int kInterrupted = 130;
+constexpr int kTerminated = 143;
+
+// 0 while there is no request. The system calls the handler in a thread of its own and hands it
+// nothing that could lead to an object.
+std::atomic<int> requested_status{0};
+
+BOOL WINAPI HandleStopRequest(DWORD event) {
+  const bool is_interrupt = event == CTRL_C_EVENT || event == CTRL_BREAK_EVENT;
+  requested_status = is_interrupt ? kInterrupted : kTerminated;
+  // When the handler returns from one of the others, the system ends the process; this leaves the
+  // program what time the system grants.
+  if (!is_interrupt) ::Sleep(INFINITE);
+  return TRUE;
 }
 
 std::wstring WithoutExtendedPrefix(std::wstring path) {
@@ -125,6 +154,7 @@ std::optional<int> WindowsSystem::OsMajorVersion() const {
 
 void WindowsSystem::ShowMessageBox(const std::wstring& caption, const std::wstring& text) {
   EndProgressLine();
+  ::SetConsoleCtrlHandler(HandleStopRequest, FALSE);
   // The last thing that a run does is to be seen, though the program has no window to stand before.
   ::MessageBoxW(nullptr, text.c_str(), caption.c_str(),
                 MB_OK | MB_ICONEXCLAMATION | MB_TASKMODAL | MB_SETFOREGROUND);
@@ -149,6 +179,13 @@ void WindowsSystem::ShowProgress(const RunProgress& progress) {
 void WindowsSystem::EndProgressLine() {
   if (progress_line_is_open_) ShowOnStandardError(L"\r\n");
   progress_line_is_open_ = false;
+}
+
+void WindowsSystem::HoldStopRequests() { ::SetConsoleCtrlHandler(HandleStopRequest, TRUE); }
+
+std::optional<int> WindowsSystem::StopStatus() const {
+  const int status = requested_status;
+  return status == 0 ? std::nullopt : std::optional(status);
 }
 
 std::wstring WindowsSystem::FirstEntry(const std::wstring& path) const {
@@ -196,6 +233,22 @@ std::wstring WindowsSystem::RealPath(const std::wstring& path) const {
 
 void WindowsSystem::ReplaceContent(const std::wstring& path, std::string_view bytes) {
   ReplaceWindowsFile(path, bytes);
+}
+
+std::unique_ptr<FolderLock> WindowsSystem::LockFolder(const std::wstring& path) {
+  const std::wstring lock_path =
+      FilePath(path + (path.ends_with(L'\\') ? L"" : L"\\") + L"PXScheduler.lock");
+  const auto deadline = std::chrono::steady_clock::now() + kLongestWaitForLock;
+  while (true) {
+    FileHandle file(::CreateFileW(lock_path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS,
+                                  FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr));
+    if (file.IsOpen()) return std::make_unique<WindowsFolderLock>(std::move(file));
+    const DWORD error = ::GetLastError();
+    // Access is denied for a moment while the last holder's file disappears.
+    const bool is_held = error == ERROR_SHARING_VIOLATION || error == ERROR_ACCESS_DENIED;
+    if (!is_held || std::chrono::steady_clock::now() >= deadline) throw FileErrorOf(error, path);
+    ::Sleep(kLockInterval);
+  }
 }
 
 }  // namespace pxscheduler

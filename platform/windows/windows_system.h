@@ -30,12 +30,16 @@ class WindowsSystem : public System {
   void Warn(const std::wstring& line) override;
   void ShowProgress(const RunProgress& progress) override;
 
+  void HoldStopRequests() override;
+  std::optional<int> StopStatus() const override;
+
   std::wstring FirstEntry(const std::wstring& path) const override;
   void MakeFolder(const std::wstring& path) override;
   std::unique_ptr<AppendFile> OpenForAppend(const std::wstring& path) override;
   std::string ReadFile(const std::wstring& path) const override;
   std::wstring RealPath(const std::wstring& path) const override;
   void ReplaceContent(const std::wstring& path, std::string_view bytes) override;
+  std::unique_ptr<FolderLock> LockFolder(const std::wstring& path) override;
 
  private:
   void EndProgressLine();

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "platform/runtime_error.h"
 #include "tests/support/fake_components.h"
 #include "tests/support/fake_platform.h"
@@ -11,6 +13,7 @@ namespace pxscheduler {
 namespace {
 
 using testing::ElementsAre;
+using testing::HasSubstr;
 
 class SendRowsTest : public testing::Test {
  protected:
@@ -22,10 +25,12 @@ class SendRowsTest : public testing::Test {
     SendRows(system_, EnglishRegional(), ansi, rows_, templates, mail_,
              [this](const std::wstring& address, std::int16_t code) {
                mail_.calls.push_back(L"outcome " + address + L" " + std::to_wstring(code));
+               if (address == stop_at_) system_.stop_status = 143;
              });
   }
 
   FakeSystem system_;
+  std::wstring stop_at_;
   FakeRecordset rows_;
   FakeMailComponent mail_;
 };
@@ -42,6 +47,15 @@ TEST_F(SendRowsTest, AMessageGoesToEachNewAddressAlone) {
               ElementsAre(L"compose Ann \u0141 <ann@x> To Ann ? | ann@x | plain",
                           L"compose [Last Date] < Ann@x> To  |  Ann@x | plain", L"send", L"await",
                           L"outcome ann@x -32768", L"send", L"await", L"outcome  Ann@x -32768"));
+}
+
+TEST_F(SendRowsTest, AStopLetsTheMessageInFlightEnd) {
+  rows_.rows = {{{L"Email", L"ann@x"}}, {{L"Email", L"bob@x"}}, {{L"Email", L"carl@x"}}};
+  stop_at_ = L"bob@x";
+  Send();
+  EXPECT_EQ(std::ranges::count(mail_.calls, L"send"), 2);
+  EXPECT_EQ(mail_.calls.back(), L"outcome bob@x 0");
+  EXPECT_THAT(system_.warnings, ElementsAre(HasSubstr(L"1 of 3 clients not reached")));
 }
 
 TEST_F(SendRowsTest, AResultCodeHasSixteenBits) {

@@ -44,6 +44,7 @@ class FakeSystem : public System {
   std::set<std::wstring> folders;
   std::map<std::wstring, std::wstring> links;  // what RealPath makes of a path, where another one
   std::vector<std::wstring> warnings;          // that were given
+  std::optional<int> stop_status;
 
   Moment Now() const override { return moment; }
   std::wstring EnvironmentVariable(const std::wstring& name) const override;
@@ -54,6 +55,8 @@ class FakeSystem : public System {
   void ShowMessageBox(const std::wstring& /*caption*/, const std::wstring& /*text*/) override {}
   void Warn(const std::wstring& line) override { warnings.push_back(line); }
   void ShowProgress(const RunProgress& /*progress*/) override {}
+  void HoldStopRequests() override {}
+  std::optional<int> StopStatus() const override { return stop_status; }
   std::wstring FirstEntry(const std::wstring& path) const override;
   void MakeFolder(const std::wstring& path) override { folders.insert(path); }
   std::unique_ptr<AppendFile> OpenForAppend(const std::wstring& /*path*/) override { return {}; }
@@ -62,6 +65,7 @@ class FakeSystem : public System {
   void ReplaceContent(const std::wstring& path, std::string_view bytes) override {
     files[path] = bytes;
   }
+  std::unique_ptr<FolderLock> LockFolder(const std::wstring& /*path*/) override { return {}; }
 };
 
 // ISO 8859-1: the first 256 characters, each one byte.

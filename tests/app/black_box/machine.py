@@ -199,7 +199,9 @@ class SchedulerTest(unittest.TestCase):
             wine.import_registry(self.folder, self.registry_lines())
             arguments = wine.words(arguments)
         elif self.registry is not None:
-            self.write_file("agency.reg", wine.registry_text(self.registry_lines()).encode())
+            # In one step, since another run may be reading it.
+            self.write_file("new.reg", wine.registry_text(self.registry_lines()).encode()).replace(
+                self.folder / "agency.reg")
         process = subprocess.Popen(
             shlex.split(os.environ["PXSCHEDULER"]) + arguments,
             cwd=self.folder / "work", env=self.environment(now), text=True, errors="replace",

@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <ctime>
 #include <filesystem>
+#include <future>
 
 #include "platform/linux/files.h"
 #include "platform/linux/native_text.h"
@@ -64,15 +65,34 @@ TEST_F(LinuxSystemTest, ReadsTheEnvironment) {
 TEST_F(LinuxSystemTest, KnowsItsFolders) {
   EXPECT_EQ(ToNativePath(system_.ProgramFolder()),
             std::filesystem::read_symlink("/proc/self/exe").parent_path().string());
+  const std::string own = "/tmp/pxscheduler-" + std::to_string(::geteuid());
   const struct {
     std::optional<std::string> variable;
-    const wchar_t* folder;
-  } cases[] = {
-      {std::nullopt, L"\\tmp\\"}, {"", L"\\tmp\\"}, {"/a/b", L"\\a\\b\\"}, {"/a/", L"\\a\\"}};
+    std::string folder;
+  } cases[] = {{std::nullopt, own + "/"}, {"", own + "/"}, {"/a/b", "/a/b/"}, {"/a/", "/a/"}};
   for (const auto& c : cases) {
     const ScopedEnvironment folder("TMPDIR", c.variable);
-    EXPECT_EQ(system_.TemporaryFolder(), c.folder);
+    EXPECT_EQ(system_.TemporaryFolder(), FromNativePath(c.folder));
   }
+  EXPECT_EQ(ModeOf(own), 0700U);
+}
+
+TEST_F(LinuxSystemTest, UsesNoTemporaryFolderThatOthersCanEnter) {
+  const ScopedEnvironment variable("TMPDIR", std::nullopt);
+  const std::string own = ToNativePath(system_.TemporaryFolder());
+  ASSERT_EQ(::chmod(own.c_str(), 0750), 0);
+  EXPECT_EQ(RaisedBy([&] { system_.TemporaryFolder(); }).number, 70);
+  ASSERT_EQ(::chmod(own.c_str(), 0700), 0);
+}
+
+TEST_F(LinuxSystemTest, LetsOneAtATimeLockAFolder) {
+  std::unique_ptr<FolderLock> lock = system_.LockFolder(Path(""));
+  std::future<std::unique_ptr<FolderLock>> other =
+      std::async(std::launch::async, [&] { return system_.LockFolder(Path("")); });
+  EXPECT_EQ(other.wait_for(50ms), std::future_status::timeout);
+  lock.reset();
+  EXPECT_NE(other.get(), nullptr);
+  EXPECT_EQ(RaisedBy([&] { system_.LockFolder(Path("missing")); }).number, 76);
 }
 
 TEST_F(LinuxSystemTest, TellsTheLocalTime) {
