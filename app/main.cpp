@@ -18,6 +18,7 @@ constexpr int kEndedByError = 1;
 
 // Shows an error that ended the run and returns the exit status.
 int Report(System& system, const RuntimeError& error) {
+  if (!error.details.empty()) system.Warn(error.details);
   system.ShowMessageBox(kApplicationTitle, L"Run-time error '" + std::to_wstring(error.number) +
                                                L"':\n\n" + error.description);
   return kEndedByError;

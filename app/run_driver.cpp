@@ -15,6 +15,7 @@
 #include "mail/mail_settings.h"
 #include "mail/message_sending.h"
 #include "mail/smtp_errors.h"
+#include "platform/runtime_error.h"
 #include "query/date_macros.h"
 
 namespace pxscheduler {
@@ -38,7 +39,8 @@ bool SendMessages(const Platform& platform, const CommandLine& switches, const s
                   Connection& connection, Recordset& result_set, AppendFile* log) {
   const CodePage& ansi = platform.ansi;
   const std::unique_ptr<MailComponent> mail = platform.components.NewMailComponent();
-  ApplyMailSettings(platform.registry, ansi, platform.passwords, connection, *mail);
+  ApplyMailSettings(platform.system, platform.registry, ansi, platform.passwords, connection,
+                    *mail);
   const BodyTexts texts = PrepareMessageBody(
       platform.system, ansi, [&platform] { return platform.components.NewTextControl(); }, *mail,
       switches.body_file);
@@ -46,8 +48,11 @@ bool SendMessages(const Platform& platform, const CommandLine& switches, const s
                                    PrepareMergeTemplate(ansi, texts.body),
                                    PrepareMergeTemplate(ansi, texts.alternative)};
 
-  result_set.Open(sql, connection, Connection::kOptionUnspecified, Connection::kOptionUnspecified,
-                  Connection::kOptionUnspecified);
+  WithDetails([&sql] { return L"The query, with its macros expanded: " + sql; },
+              [&] {
+                result_set.Open(sql, connection, Connection::kOptionUnspecified,
+                                Connection::kOptionUnspecified, Connection::kOptionUnspecified);
+              });
   result_set.SetSort(L"Email");
   const bool is_complete =
       SendRows(platform.system, platform.regional, ansi, result_set, templates, *mail,
@@ -58,6 +63,13 @@ bool SendMessages(const Platform& platform, const CommandLine& switches, const s
   return is_complete;
 }
 
+void WarnOfMissingQuery(System& system, const CommandLine& switches) {
+  system.Warn(L"No saved query \"" + switches.query_name + L"\" with a text was found " +
+              (IsBlank(switches.user_login) ? L"among those of everybody (no \"/U\")"
+                                            : L"of the user \"" + switches.user_login + L"\"") +
+              L": nothing is sent.");
+}
+
 // Fetches the saved query, expands its macros and sends its messages, none for a blank query. False
 // where a request to stop came between.
 bool RunQuery(const Platform& platform, const CommandLine& switches, AppendFile* log) {
@@ -65,12 +77,14 @@ bool RunQuery(const Platform& platform, const CommandLine& switches, AppendFile*
   const std::unique_ptr<Recordset> result_set = platform.components.NewRecordset();
   const std::wstring dsn = GetRegValue(platform.registry, platform.ansi, RegistryRoot::kCurrentUser,
                                        kProductKey, L"DSN", L"");
-  OpenDatabase(platform.registry, platform.ansi, platform.passwords, *connection, dsn);
+  OpenDatabase(platform.system, platform.registry, platform.ansi, platform.passwords, *connection,
+               dsn);
   connection->SetCursorLocation(Connection::kUseClient);
 
   const std::wstring saved_query =
       GetSavedQuery(platform.ansi, platform.regional, *connection, *result_set, switches.query_name,
                     switches.user_login);
+  if (saved_query.empty()) WarnOfMissingQuery(platform.system, switches);
   const std::wstring sql =
       ExpandDateMacros(platform.system, platform.regional, platform.ansi, saved_query);
   const bool is_complete =

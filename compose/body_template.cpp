@@ -4,6 +4,7 @@
 
 #include "config/helper_library.h"
 #include "platform/letter_case.h"
+#include "platform/runtime_error.h"
 #include "text/text.h"
 
 namespace pxscheduler {
@@ -38,6 +39,21 @@ ConvertedFile ConvertToHtml(System& system, const CodePage& ansi, TextControl& t
   return {std::move(html_path), std::move(lock)};
 }
 
+void WarnOfMissingLetter(System& system, const std::wstring& path) {
+  bool exists = true;
+  try {
+    exists = !system.FirstEntry(path).empty();
+  } catch (const RuntimeError&) {
+    // There is something that cannot be examined.
+  }
+  std::wstring line = L"The letter " + system.ShownPath(path) +
+                      (exists ? L" cannot be read" : L" does not exist") +
+                      L": every client gets an empty message.";
+  if (path.starts_with(L'"'))
+    line += L" The quotation marks behind \"/F\" count as part of its name.";
+  system.Warn(line);
+}
+
 }  // namespace
 
 BodyTexts PrepareMessageBody(System& system, const CodePage& ansi,
@@ -47,7 +63,8 @@ BodyTexts PrepareMessageBody(System& system, const CodePage& ansi,
     const ConvertedFile file = IsTemplate(body_file)
                                    ? ConvertToHtml(system, ansi, *new_text_control(), body_file)
                                    : ConvertedFile{body_file, nullptr};
-    mail.LoadBodyFromFile(file.path, MailComponent::kBodyAndAlternative);
+    if (mail.LoadBodyFromFile(file.path, MailComponent::kBodyAndAlternative) != 0)
+      WarnOfMissingLetter(system, file.path);
   }
   BodyTexts texts{mail.BodyText(), mail.AlternativeBodyText()};
   if (IsHtmlDocument(texts.body)) mail.SetHtml(1);

@@ -1,5 +1,7 @@
 #include "config/data_folder.h"
 
+#include <optional>
+
 #include "config/helper_library.h"
 #include "platform/runtime_error.h"
 
@@ -24,6 +26,33 @@ std::wstring ExpandEnvironmentReferences(const System& system, const CodePage& a
   }
 }
 
+// False for what cannot be examined, which may still be created.
+bool Exists(const System& system, const std::wstring& path) {
+  try {
+    return !system.FirstEntry(path).empty();
+  } catch (const RuntimeError&) {
+    return false;
+  }
+}
+
+// The error of the first folder that could not be made; those below it are tried all the same.
+std::optional<RuntimeError> MakeMissingFolders(System& system, const std::wstring& path) {
+  const std::size_t separator = path.rfind(L'\\');
+  std::optional<RuntimeError> first_error;
+  if (separator != std::wstring::npos)
+    first_error = MakeMissingFolders(system, path.substr(0, separator));
+  if (path.empty() || path.back() == L'\\') return first_error;
+
+  if (Exists(system, path)) return first_error;
+  try {
+    system.MakeFolder(path);
+  } catch (const RuntimeError& error) {
+    // Another run may have made it meanwhile.
+    if (!first_error && !Exists(system, path)) first_error = error;
+  }
+  return first_error;
+}
+
 }  // namespace
 
 std::wstring GetDataFolder(System& system, const Registry& registry, const CodePage& ansi) {
@@ -33,7 +62,9 @@ std::wstring GetDataFolder(System& system, const Registry& registry, const CodeP
     folder = Stuff(ansi, folder, L"[PROGRAM PATH]", system.ProgramFolder());
     // "[DATABASE]" stands for the name of the open database, and none is open this early: the
     // setting ends the run whether or not it holds the placeholder.
-    throw ObjectRequired();
+    throw Explained(ObjectRequired(),
+                    PlaceOf(registry, RegistryRoot::kLocalMachine, kProductKey, L"DataFolder") +
+                        L" is set, which ends every run: remove it.");
   }
 
   folder =
@@ -55,22 +86,8 @@ std::wstring GetDataFolder(System& system, const Registry& registry, const CodeP
 }
 
 void CreateFolder(System& system, const std::wstring& path) {
-  const std::size_t separator = path.rfind(L'\\');
-  if (separator != std::wstring::npos) CreateFolder(system, path.substr(0, separator));
-  if (path.empty() || path.back() == L'\\') return;
-
-  bool exists = false;
-  try {
-    exists = !system.FirstEntry(path).empty();
-  } catch (const RuntimeError&) {
-    // What cannot be examined may still be created.
-  }
-  if (exists) return;
-  try {
-    system.MakeFolder(path);
-  } catch (const RuntimeError&) {
-    // Opening the log shows whether the folder is there.
-  }
+  const std::optional<RuntimeError> error = MakeMissingFolders(system, path);
+  if (error) system.Warn(L"The folder of the run log could not be made. " + error->description);
 }
 
 }  // namespace pxscheduler

@@ -12,7 +12,8 @@ namespace pxscheduler {
 // Raises ObjectRequired (424) whenever the "DataFolder" setting is not empty.
 std::wstring GetDataFolder(System& system, const Registry& registry, const CodePage& ansi);
 
-// Creates a folder and its missing parents. Never reports a failure.
+// Creates a folder and its missing parents. Never raises: System::Warn tells what could not be
+// made.
 void CreateFolder(System& system, const std::wstring& path);
 
 }  // namespace pxscheduler

@@ -5,6 +5,7 @@
 
 #include "config/helper_library.h"
 #include "data/value.h"
+#include "platform/runtime_error.h"
 
 namespace pxscheduler {
 namespace {
@@ -13,24 +14,42 @@ constexpr std::int32_t kSmtpPort = 25;
 
 }  // namespace
 
-void ApplyMailSettings(const Registry& registry, const CodePage& ansi, const Passwords& passwords,
-                       Connection& connection, MailComponent& mail) {
+void ApplyMailSettings(System& system, const Registry& registry, const CodePage& ansi,
+                       const Passwords& passwords, Connection& connection, MailComponent& mail) {
   // Each value asks for the database anew: the settings follow the connection.
+  const auto key = [&connection] {
+    return std::wstring{kProductKey} + L"\\" + connection.DefaultDatabase();
+  };
   const auto setting = [&](const std::wstring& name, const std::wstring& default_value = L"") {
-    const std::wstring key = std::wstring{kProductKey} + L"\\" + connection.DefaultDatabase();
-    return GetRegValue(registry, ansi, RegistryRoot::kLocalMachine, key, name, default_value);
+    return GetRegValue(registry, ansi, RegistryRoot::kLocalMachine, key(), name, default_value);
+  };
+  const auto place = [&](const std::wstring& name) {
+    return PlaceOf(registry, RegistryRoot::kLocalMachine, key(), name);
   };
 
   const std::wstring server = setting(L"EmailServer");
   const std::size_t colon = server.find(L':');
+  if (server.empty())
+    system.Warn(L"No mail server: " + place(L"EmailServer") + L" is missing. Every message fails.");
   mail.SetServerHost(server.substr(0, colon));
-  mail.SetServerPort(
-      colon == std::wstring::npos
-          ? kSmtpPort
-          : ToWholeNumber(LeadingNumber(std::wstring_view{server}.substr(colon + 1))));
+  mail.SetServerPort(WithDetails(
+      [&] {
+        return L"The port in " + place(L"EmailServer") + L" is no port: \"" + server + L"\".";
+      },
+      [&] {
+        return colon == std::wstring::npos
+                   ? kSmtpPort
+                   : ToWholeNumber(LeadingNumber(std::wstring_view{server}.substr(colon + 1)));
+      }));
   mail.SetSenderAddress(setting(L"EmailFrom"));
 
-  if (BooleanFromText(setting(L"EmailAuthenticate", L"0"))) {
+  const std::wstring authenticate = setting(L"EmailAuthenticate", L"0");
+  if (WithDetails(
+          [&] {
+            return place(L"EmailAuthenticate") + L" must be -1, 0, True or False; it is \"" +
+                   authenticate + L"\".";
+          },
+          [&] { return BooleanFromText(authenticate); })) {
     mail.SetAuthenticationMode(MailComponent::kAuthenticateLogin);
     mail.SetAuthenticationOption(MailComponent::kAuthenticationOption);
     mail.SetUserName(setting(L"EmailUser"));

@@ -24,7 +24,14 @@ std::optional<std::wstring> ComposeRow(const Regional& regional, const CodePage&
                                        std::wstring& last_address) {
   using namespace std::string_view_literals;
   std::wstring address = TextOf(regional, result_set.Fields(L"Email"sv));
-  const bool is_marked = IsTrue(result_set.Fields(L"SendEmail"sv));
+  const Value mark = result_set.Fields(L"SendEmail"sv);
+  const bool is_marked = WithDetails(
+      [&] {
+        return L"\"SendEmail\" of the client \"" + address +
+               L"\" is neither a number nor True or " + L"False: \"" + TextOf(regional, mark) +
+               L"\".";
+      },
+      [&] { return IsTrue(mark); });
   std::wstring lower_address = LowerCase(address);
   if (!is_marked || address.find(L'@') == std::wstring::npos || lower_address == last_address)
     return std::nullopt;

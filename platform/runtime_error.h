@@ -2,15 +2,36 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 
 namespace pxscheduler {
 
-// An error raised by the platform or by one of its components. Nothing but main() catches one,
-// apart from the two places that discard errors by design (opening the connection, making folders).
+// An error raised by the platform or by one of its components. Nothing but main() ends one, apart
+// from the two places that go on by design (opening the connection, making folders).
 struct RuntimeError {
   std::int32_t number;
   std::wstring description;
+  // What was being done to what, and what to do about it, on one line: for standard error. "" where
+  // the description says it all.
+  std::wstring details{};
 };
+
+inline RuntimeError Explained(RuntimeError error, std::wstring details) {
+  error.details = std::move(details);
+  return error;
+}
+
+// Takes the step and returns its result. An error that it raises without details gets what
+// `details` returns.
+template <typename Details, typename Step>
+decltype(auto) WithDetails(const Details& details, const Step& step) {
+  try {
+    return step();
+  } catch (RuntimeError& error) {
+    if (error.details.empty()) error.details = details();
+    throw;
+  }
+}
 
 // The errors that the platform itself raises, each with the platform's number and text.
 RuntimeError InvalidProcedureCall();  // 5

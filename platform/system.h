@@ -80,6 +80,8 @@ class System {
   // SIGTERM, 130 for SIGINT). Nothing where there was none since HoldStopRequests.
   virtual std::optional<int> StopStatus() const = 0;
 
+  // The path as an operator writes it on this machine.
+  virtual std::wstring ShownPath(const std::wstring& path) const = 0;
   // The name of the first file or folder that fits the path, "" where there is none. May raise a
   // RuntimeError where the path cannot be examined.
   virtual std::wstring FirstEntry(const std::wstring& path) const = 0;

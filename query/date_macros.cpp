@@ -1,8 +1,11 @@
 #include "query/date_macros.h"
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string_view>
+#include <thread>
+#include <utility>
 
 #include "config/helper_library.h"
 #include "data/value.h"
@@ -93,13 +96,19 @@ constexpr DateMacro kDateMacros[] = {
 
 constexpr int kAnniversaries[] = {1, 5, 10, 15, 20, 25, 30, 35, 40, 45, 50, 55, 60, 65, 70, 75};
 
+constexpr std::chrono::seconds kPauseOfEndlessMacro{1};
+
 bool IsNumbered(const DateMacro& macro) {
   return macro.rule == Rule::kNumberedDays || macro.rule == Rule::kNumberedMonths;
 }
 
 sys_days ReadDay(const Regional& regional, const std::wstring& text) {
   const std::optional<DateTime> value = regional.ReadDate(text);
-  if (!value) throw TypeMismatch();
+  if (!value)
+    throw Explained(TypeMismatch(),
+                    text.empty() ? L"A macro of a single day stands after Birthdate or "
+                                   L"AnniversaryDate, and no macro before it gives a last day."
+                                 : L"\"" + text + L"\" is no date by the regional settings.");
   return value->date;
 }
 
@@ -223,6 +232,17 @@ std::wstring Caption(const Regional& regional, const DateMacroExpansion& expansi
   return caption;
 }
 
+std::wstring EndlessMacro(const DateMacroExpansion& expansion) {
+  const std::wstring_view macro = kDateMacros[expansion.slot].key;
+  return L"The query holds a date macro that ends in \"" + std::wstring(macro) + L"\" (character " +
+         std::to_wstring(expansion.text.find(macro) + 1) +
+         L") and has none of the columns Birthdate, AnniversaryDate, TravelDate, ReturnDate, "
+         L"FirstDate "
+         L"and LastDate, in this case of letters, where it is looked for before the macro: this "
+         L"run "
+         L"never ends. Stop it and correct the query.";
+}
+
 }  // namespace
 
 bool ExpandNextDateMacro(const System& system, const Regional& regional, const CodePage& ansi,
@@ -273,10 +293,15 @@ std::wstring ExpandAnniversaryMacros(const CodePage& ansi, std::wstring text) {
   return text;
 }
 
-std::wstring ExpandDateMacros(const System& system, const Regional& regional, const CodePage& ansi,
+std::wstring ExpandDateMacros(System& system, const Regional& regional, const CodePage& ansi,
                               const std::wstring& sql) {
   DateMacroExpansion expansion{.text = sql, .start_date = {}, .end_date = {}};
-  while (ExpandNextDateMacro(system, regional, ansi, expansion)) {
+  bool is_told = false;
+  for (std::wstring before = sql; ExpandNextDateMacro(system, regional, ansi, expansion);
+       before = expansion.text) {
+    if (expansion.text != before) continue;
+    if (!std::exchange(is_told, true)) system.Warn(EndlessMacro(expansion));
+    std::this_thread::sleep_for(kPauseOfEndlessMacro);
   }
   return ExpandAnniversaryMacros(ansi, std::move(expansion.text));
 }

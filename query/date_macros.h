@@ -20,9 +20,10 @@ struct DateMacroExpansion {
 
 // The saved query's SQL text with every date and anniversary macro resolved against today's date.
 // Never returns for a text with a date macro that neither begins it nor follows one of the six
-// columns that macros are written for. Raises TypeMismatch (13) for a single-date macro after a
-// birthday or anniversary column when no macro before it gave an end date.
-std::wstring ExpandDateMacros(const System& system, const Regional& regional, const CodePage& ansi,
+// columns that macros are written for, which System::Warn tells. Raises TypeMismatch (13) for a
+// single-date macro after a birthday or anniversary column when no macro before it gave an end
+// date.
+std::wstring ExpandDateMacros(System& system, const Regional& regional, const CodePage& ansi,
                               const std::wstring& sql);
 
 // One step of the expansion: finds the next date macro, computes its dates and replaces it. False,

@@ -16,6 +16,7 @@ class ColumnNames {
   explicit ColumnNames(std::vector<std::wstring> names);
 
   std::size_t Count() const { return names_.size(); }
+  const std::vector<std::wstring>& All() const { return names_; }
   // 0-based. Of several columns with one name it is the first.
   std::optional<std::size_t> Find(std::wstring_view name) const;
 

@@ -6,6 +6,17 @@
 #include "platform/runtime_error.h"
 
 namespace pxscheduler {
+namespace {
+
+RuntimeError MissingColumn(std::wstring_view name, const RowStore& rows) {
+  std::wstring columns;
+  for (const std::wstring& column : rows.ColumnNames())
+    columns += (columns.empty() ? L"\"" : L", \"") + column + L"\"";
+  return Explained(ItemNotFound(), L"The query gives no column \"" + std::wstring(name) +
+                                       L"\"; it gives " + columns + L".");
+}
+
+}  // namespace
 
 void DataRecordset::Open(const std::wstring& source, Connection& connection, int /*cursor_type*/,
                          int /*lock_type*/, int /*options*/) {
@@ -26,14 +37,14 @@ std::size_t DataRecordset::RecordCount() const { return RequireRows().RowCount()
 Value DataRecordset::Fields(std::wstring_view name) const {
   const RowStore& rows = RequireRows();
   const std::optional<std::size_t> column = rows.FindColumn(name);
-  if (!column) throw ItemNotFound();
+  if (!column) throw MissingColumn(name, rows);
   if (current_row_ >= rows.RowCount()) throw NoCurrentRecord();
   return RowStore::Read(current_cells_[*column]);
 }
 
 void DataRecordset::SetSort(const std::wstring& column) {
   const std::optional<std::size_t> found = RequireRows().FindColumn(column);
-  if (!found) throw ItemNotFound();
+  if (!found) throw MissingColumn(column, *rows_);
   rows_->Sort(*found);
   GoTo(0);
 }

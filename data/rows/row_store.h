@@ -38,6 +38,7 @@ class RowStore {
 
   std::size_t ColumnCount() const { return columns_.Count(); }
   std::size_t RowCount() const { return row_count_; }
+  const std::vector<std::wstring>& ColumnNames() const { return columns_.All(); }
   // 0-based; names compare without case, and of several columns with one name it is the first.
   std::optional<std::size_t> FindColumn(std::wstring_view name) const {
     return columns_.Find(name);
@@ -67,7 +68,7 @@ class RowStore {
 
   static constexpr std::size_t kPositionsInChunk = std::size_t{1} << 16;
 
-  ColumnNames columns_;
+  class ColumnNames columns_;
   ByteArena cells_;
   std::vector<std::unique_ptr<ByteArena::Position[]>> positions_;  // of the rows, in their order
   std::size_t row_count_ = 0;

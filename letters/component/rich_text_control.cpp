@@ -59,7 +59,7 @@ std::wstring Explanation(PictureProblem problem) {
 // One line for each kind of picture that the message cannot carry as the document has it.
 void WarnOfPictures(const Document& document, const std::wstring& path, System& system) {
   for (const auto& [problem, count] : document.picture_problems)
-    system.Warn(path + L": " +
+    system.Warn(system.ShownPath(path) + L": " +
                 (count == 1 ? L"a picture is " : std::to_wstring(count) + L" pictures are ") +
                 Explanation(problem));
 }
@@ -73,10 +73,11 @@ RichTextControl::RichTextControl(System& system, const CodePages& code_pages,
 void RichTextControl::Load(const std::wstring& path, std::int16_t offset, std::int16_t) {
   const std::string bytes = system_.ReadFile(path);
   if (offset < 0 || bytes.size() < static_cast<std::size_t>(offset))
-    throw InvalidFileFormat(path + L": shorter than its header");
+    throw InvalidFileFormat(system_.ShownPath(path) + L": shorter than its header");
   const std::string_view document =
       std::string_view(bytes).substr(static_cast<std::size_t>(offset));
-  if (document.size() > kLargestDocument) throw InvalidFileFormat(path + L": too large");
+  if (document.size() > kLargestDocument)
+    throw InvalidFileFormat(system_.ShownPath(path) + L": too large");
   document_page_ = {};
   if (document.starts_with("{\\rtf")) {
     Document read = ReadRtf(document, code_pages_);
@@ -88,7 +89,7 @@ void RichTextControl::Load(const std::wstring& path, std::int16_t offset, std::i
   } else if (!HasControlCharacters(document)) {
     document_ = code_pages_.Ansi().FromBytes(document);
   } else {
-    throw InvalidFileFormat(path + L": not a document of a known form");
+    throw InvalidFileFormat(system_.ShownPath(path) + L": not a document of a known form");
   }
   path_ = path;
 }

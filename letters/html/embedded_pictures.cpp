@@ -84,8 +84,8 @@ class PictureEmbedder {
 
  private:
   void Warn(std::wstring_view address, const std::wstring& reason) {
-    system_.Warn(path_ + L": the picture " + std::wstring(address) + L" is not embedded: " +
-                 reason);
+    system_.Warn(system_.ShownPath(path_) + L": the picture " + std::wstring(address) +
+                 L" is not embedded: " + reason);
   }
 
   // "" where the letter's folder cannot be examined.

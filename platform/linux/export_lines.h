@@ -17,6 +17,8 @@ class ExportLines {
   // that are no text.
   bool Next(std::wstring& line);
 
+  const std::string& File() const { return file_; }
+
   // Raises InvalidFileFormat (321) with the file, the number of the line that Next gave last and
   // what is wrong with it.
   [[noreturn]] void Fail(std::wstring_view reason) const;

@@ -1,6 +1,7 @@
 #include "platform/linux/file_registry.h"
 
 #include "platform/linux/files.h"
+#include "platform/linux/native_text.h"
 #include "platform/linux/registry_export.h"
 
 namespace pxscheduler {
@@ -14,9 +15,15 @@ FileRegistry::FileRegistry(const std::vector<std::string>& paths) {
 
 std::optional<std::wstring> FileRegistry::Value(RegistryRoot root, std::wstring_view key,
                                                 std::wstring_view name) const {
-  const std::wstring* text = content_.Find(root, key, name);
-  if (text == nullptr) return std::nullopt;
-  return *text;
+  const RegistryValue* value = content_.Find(root, key, name);
+  if (value == nullptr) return std::nullopt;
+  return value->text;
+}
+
+std::wstring FileRegistry::FileOf(RegistryRoot root, std::wstring_view key,
+                                  std::wstring_view name) const {
+  const RegistryValue* value = content_.Find(root, key, name);
+  return value == nullptr ? L"" : FromNative(value->file);
 }
 
 std::vector<std::string> RegistryFiles(const std::string& only, const std::string& home) {

@@ -18,6 +18,8 @@ class FileRegistry : public Registry {
 
   std::optional<std::wstring> Value(RegistryRoot root, std::wstring_view key,
                                     std::wstring_view name) const override;
+  std::wstring FileOf(RegistryRoot root, std::wstring_view key,
+                      std::wstring_view name) const override;
 
  private:
   RegistryContent content_;

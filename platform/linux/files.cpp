@@ -32,7 +32,7 @@ bool FolderExists(const std::string& path) {
 
 // C functions would end a path at its first NUL and use another file.
 void RequireNoNul(const std::string& path) {
-  if (path.find('\0') != std::string::npos) throw FileAccessError(FromNativePath(path));
+  if (path.find('\0') != std::string::npos) throw FileAccessError(FromNative(path));
 }
 
 std::string ReadToEnd(int descriptor, const std::string& path) {
@@ -61,7 +61,7 @@ FileDescriptor::~FileDescriptor() {
 bool FileDescriptor::Close() { return ::close(std::exchange(descriptor_, -1)) == 0; }
 
 RuntimeError ErrorOf(int error_number, std::string_view native_path) {
-  const std::wstring path = FromNativePath(native_path);
+  const std::wstring path = FromNative(native_path);
   switch (error_number) {
     case ENOENT:
     case ENOTDIR:
@@ -102,8 +102,8 @@ std::optional<std::string> ReadNativeFileIfAny(const std::string& path) {
 std::string ReadNativeFile(const std::string& path) {
   std::optional<std::string> bytes = ReadNativeFileIfAny(path);
   if (bytes) return *std::move(bytes);
-  if (FolderExists(FolderOf(path))) throw FileNotFound(FromNativePath(path));
-  throw PathNotFound(FromNativePath(path));
+  if (FolderExists(FolderOf(path))) throw FileNotFound(FromNative(path));
+  throw PathNotFound(FromNative(path));
 }
 
 void ReplaceNativeFile(const std::string& path, std::string_view bytes) {

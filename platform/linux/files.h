@@ -29,7 +29,7 @@ class FileDescriptor {
   int descriptor_;
 };
 
-// The error that errno means for a path, which it names with "\". A missing entry is PathNotFound.
+// The error that errno means for a path. A missing entry is PathNotFound.
 RuntimeError ErrorOf(int error_number, std::string_view native_path);
 
 // Writes all bytes, going on after an interruption or a partial write. False with errno set.

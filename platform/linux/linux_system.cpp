@@ -106,7 +106,7 @@ void WaitForEnter() {
 std::string CheckedPath(const std::wstring& path) {
   std::string native = ToNativePath(path);
   // C functions would end the path there and use another file.
-  if (native.find('\0') != std::string::npos) throw FileAccessError(path);
+  if (native.find('\0') != std::string::npos) throw FileAccessError(FromNative(native));
   return native;
 }
 
@@ -209,6 +209,10 @@ std::optional<int> LinuxSystem::StopStatus() const {
   for (const int signal : kStopSignals)
     if (::sigismember(&pending, signal) == 1) return kEndedBySignal + signal;
   return std::nullopt;
+}
+
+std::wstring LinuxSystem::ShownPath(const std::wstring& path) const {
+  return FromNative(ToNativePath(path));
 }
 
 std::wstring LinuxSystem::FirstEntry(const std::wstring& path) const {

@@ -40,8 +40,8 @@ void RegistryContent::DeleteKey(RegistryRoot root, std::wstring_view path) {
   keys_.erase(first, keys_.lower_bound(key));
 }
 
-const std::wstring* RegistryContent::Find(RegistryRoot root, std::wstring_view path,
-                                          std::wstring_view name) const {
+const RegistryValue* RegistryContent::Find(RegistryRoot root, std::wstring_view path,
+                                           std::wstring_view name) const {
   const auto key = keys_.find(Folded(root, path));
   if (key == keys_.end()) return nullptr;
   const auto value = key->second.find(LowerCase(name));

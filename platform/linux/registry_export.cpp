@@ -162,7 +162,7 @@ void ExportReader::ReadValue(std::wstring_view line) {
     lines_.Fail(L"unknown kind of value");
   }
   if (text)
-    (*values_)[LowerCase(name)] = *std::move(text);
+    (*values_)[LowerCase(name)] = {*std::move(text), lines_.File()};
   else
     values_->erase(LowerCase(name));
 }

@@ -10,6 +10,10 @@ class WindowsRegistry : public Registry {
  public:
   std::optional<std::wstring> Value(RegistryRoot root, std::wstring_view key,
                                     std::wstring_view name) const override;
+  std::wstring FileOf(RegistryRoot /*root*/, std::wstring_view /*key*/,
+                      std::wstring_view /*name*/) const override {
+    return L"";
+  }
 };
 
 }  // namespace pxscheduler

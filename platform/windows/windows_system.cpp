@@ -188,6 +188,8 @@ std::optional<int> WindowsSystem::StopStatus() const {
   return status == 0 ? std::nullopt : std::optional(status);
 }
 
+std::wstring WindowsSystem::ShownPath(const std::wstring& path) const { return path; }
+
 std::wstring WindowsSystem::FirstEntry(const std::wstring& path) const {
   if (path.empty()) return L"";
   WIN32_FIND_DATAW found{};

@@ -33,6 +33,7 @@ class WindowsSystem : public System {
   void HoldStopRequests() override;
   std::optional<int> StopStatus() const override;
 
+  std::wstring ShownPath(const std::wstring& path) const override;
   std::wstring FirstEntry(const std::wstring& path) const override;
   void MakeFolder(const std::wstring& path) override;
   std::unique_ptr<AppendFile> OpenForAppend(const std::wstring& path) override;

@@ -30,7 +30,8 @@ TEST(Database, TheMachinesDataSourceOrWithoutADatabaseTheUsersIsOpened) {
     set(RegistryRoot::kLocalMachine, c.machine);
     set(RegistryRoot::kCurrentUser, c.user);
     FakeConnection connection;
-    OpenDatabase(registry, Latin1CodePage(), FakePasswords(), connection, L"agency");
+    FakeSystem system;
+    OpenDatabase(system, registry, Latin1CodePage(), FakePasswords(), connection, L"agency");
     EXPECT_EQ(connection.connection_string,
               L"Provider=SQLOLEDB;Persist Security Info=False;User ID=appuser;"
               L"Password=database secret;" +

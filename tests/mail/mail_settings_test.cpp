@@ -19,7 +19,8 @@ class MailSettings : public testing::Test {
   std::vector<std::wstring> Applied() {
     FakeConnection connection;
     FakeMailComponent mail;
-    ApplyMailSettings(registry_, Latin1CodePage(), FakePasswords(), connection, mail);
+    FakeSystem system;
+    ApplyMailSettings(system, registry_, Latin1CodePage(), FakePasswords(), connection, mail);
     return mail.calls;
   }
 

@@ -28,6 +28,10 @@ class FakeRegistry : public Registry {
   }
   std::optional<std::wstring> Value(RegistryRoot root, std::wstring_view key,
                                     std::wstring_view name) const override;
+  std::wstring FileOf(RegistryRoot /*root*/, std::wstring_view /*key*/,
+                      std::wstring_view /*name*/) const override {
+    return L"";
+  }
 
  private:
   std::map<std::tuple<RegistryRoot, std::wstring, std::wstring>, std::wstring> values_;
@@ -61,6 +65,7 @@ class FakeSystem : public System {
   void MakeFolder(const std::wstring& path) override { folders.insert(path); }
   std::unique_ptr<AppendFile> OpenForAppend(const std::wstring& /*path*/) override { return {}; }
   std::string ReadFile(const std::wstring& path) const override;
+  std::wstring ShownPath(const std::wstring& path) const override { return path; }
   std::wstring RealPath(const std::wstring& path) const override;
   void ReplaceContent(const std::wstring& path, std::string_view bytes) override {
     files[path] = bytes;

@@ -42,7 +42,8 @@ class Machine(FailureTest):
         for value in (r"[PROGRAM PATH]\Logs", str(self.folder / "logs"), " "):
             self.registry[PRODUCT] = {"DataFolder": value}
             for switches in (COMMAND, COMMAND + " /NOLOG", ""):
-                self.assert_stopped(self.run_scheduler(switches), 424, "Object required")
+                self.assert_stopped(self.run_scheduler(switches), 424, "Object required",
+                                    '"DataFolder" under ' + PRODUCT, "agency.reg", "remove it")
         self.assertFalse((self.folder / "logs").exists())
         self.assertFalse(self.log_file.exists())
         self.assert_nothing_sent()
@@ -57,7 +58,8 @@ class Machine(FailureTest):
 
     def test_data_folder_that_cannot_be_made(self):
         self.write_file("home/Documents", "a file in the way")
-        self.assert_stopped(self.run_scheduler(), "(70|75|76)")
+        self.assert_stopped(self.run_scheduler(), "(70|75|76)", "could not be made",
+                            self.path_text(self.log_file.parent.parent))
         self.assert_nothing_sent()
 
     def test_log_on_a_full_disk(self):
@@ -88,18 +90,19 @@ class Machine(FailureTest):
 class Database(FailureTest):
     def test_database_that_cannot_be_opened(self):
         self.registry[DATA_SOURCE]["Server"] = "sqlite:" + str(self.folder / "missing.db")
-        self.assert_stopped_while_running(3709)
+        self.assert_stopped_while_running(
+            3709, '"Sunset Travel"', "missing.db", '(data source "agency")', "there is no such file")
         self.assertFalse((self.folder / "missing.db").exists())
 
     def test_statements_that_are_rejected(self):
         for sql in ("SELEKT * FROM Clients", "[TODAY]"):
             with self.subTest(sql=sql):
                 self.save_query(sql)
-                self.assert_stopped_while_running(REJECTED_SQL)
+                self.assert_stopped_while_running(REJECTED_SQL, "macros expanded: ")
 
     def test_lock_time_out_that_is_not_a_number(self):
         self.registry[PRODUCT] = {"LockTimeout": "a while"}
-        self.assert_stopped_while_running(REJECTED_SQL)
+        self.assert_stopped_while_running(REJECTED_SQL, '"LockTimeout" under', '"a while"')
 
     def test_missing_columns(self):
         # The sort needs the address even where there are no rows; the rest is read with a row.
@@ -108,7 +111,8 @@ class Database(FailureTest):
                     "SELECT Email, SendEmail, FullName FROM Clients"):
             with self.subTest(sql=sql):
                 self.save_query(sql)
-                self.assert_stopped_while_running(3265)
+                self.assert_stopped_while_running(3265, "The query gives no column", '"FirstName"'
+                                                  if "FirstName" in sql else '"FullName"')
 
     def test_missing_columns_matter_only_for_a_row_that_is_mailed(self):
         self.save_query("SELECT Email, 0 AS SendEmail FROM Clients")
@@ -117,18 +121,19 @@ class Database(FailureTest):
     def test_row_that_ends_the_run_takes_no_outcome_with_it(self):
         self.add_client("bob@example.com")
         self.add_client("carl@example.com", SendEmail="perhaps")
-        self.assert_stopped(self.run_scheduler(), 13)
+        self.assert_stopped(self.run_scheduler(), 13, '"SendEmail"', "carl@", '"perhaps"')
         self.assert_log(
             *unfinished_block(RUNNING, "Sent: ann@example.com", "Sent: bob@example.com"))
 
     def test_single_day_beside_a_birthday(self):
         self.save_query("SELECT * FROM Clients WHERE DAY(Birthdate) IN [3 DAYS AGO]")
-        self.assert_stopped_while_running(13, "Type mismatch")
+        self.assert_stopped_while_running(13, "Type mismatch", "macro of a single day")
 
     def test_macro_without_a_column_never_ends(self):
         self.save_query("SELECT * FROM Clients WHERE Profile IN [NEXT7DAYS]")
         process = self.start()
-        time.sleep(1)
+        self.assertIn("never ends", process.stderr.readline())
+        time.sleep(0.2)
         self.assertIsNone(process.poll(), "ended by itself")
         self.assert_log(*unfinished_block(RUNNING))
 
@@ -159,17 +164,18 @@ class Mail(SchedulerTest):
                                     ("EmailAuthenticate", "perhaps", 13)):
             with self.subTest(name):
                 self.registry[MAIL] = {**settings, name: value}
-                self.assert_stopped(self.run_scheduler(), number)
+                self.assert_stopped(self.run_scheduler(), number, f'"{name}" under {MAIL}',
+                                    f'"{value}"')
                 self.assert_log(*unfinished_block(RUNNING))
 
     def test_servers_that_cannot_be_reached(self):
-        for server, text in (
-                ("", "No mail server specified."),
+        for server, text, *warning in (
+                ("", "No mail server specified.", '"EmailServer" under ' + MAIL),
                 ("127.0.0.1:9", "There was an error connecting to the SMTP mail server."),
                 ("no..such..host", "Could not resolve host.")):
             with self.subTest(server=server):
                 self.registry[MAIL]["EmailServer"] = server
-                self.assert_sends("Failed: ann@example.com", text)
+                self.assert_sends("Failed: ann@example.com", text, warning=warning)
 
     def test_servers_that_refuse_or_break_off(self):
         for steps, action, text in (

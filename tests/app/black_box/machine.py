@@ -242,8 +242,12 @@ class SchedulerTest(unittest.TestCase):
 
     # What must hold afterwards
 
-    def assert_ended_well(self, result):
-        self.assertEqual((result.returncode, result.stdout, result.stderr), (0, "", ""))
+    def assert_ended_well(self, result, *warning):
+        """Status 0, and nothing on standard error or one line with these words."""
+        self.assertEqual((result.returncode, result.stdout), (0, ""), result.stderr)
+        self.assertEqual(result.stderr.count("\n"), 1 if warning else 0, result.stderr)
+        for word in warning:
+            self.assertIn(word, result.stderr)
 
     def assert_stopped(self, result, number, *words):
         """The runtime's error report with this number, and status 1."""
@@ -267,7 +271,7 @@ class SchedulerTest(unittest.TestCase):
         self.assertEqual(self.log_file.read_bytes(), expected)
         self.log_file.unlink()
 
-    def assert_sends(self, *outcomes, command_line=COMMAND):
+    def assert_sends(self, *outcomes, command_line=COMMAND, warning=()):
         """A run of the query ends as it should and has these outcomes in the log."""
-        self.assert_ended_well(self.run_scheduler(command_line))
+        self.assert_ended_well(self.run_scheduler(command_line), *warning)
         self.assert_log(*log_block(RUNNING, *outcomes))

@@ -41,7 +41,8 @@ class Ends(SchedulerTest):
         self.save_query("", "Empty text")
         self.save_query("SELECT * FROM Clients WHERE 1=0", "No rows")
         for name in ("Unknown", "No text", "Empty text", "No rows", "O'Brien's", "x' OR ''='"):
-            self.assert_ended_well(self.run_scheduler(f'"/Q{name} " /SHello /F{{body}}'))
+            warning = [f'No saved query "{name}"', "everybody"] if name != "No rows" else []
+            self.assert_ended_well(self.run_scheduler(f'"/Q{name} " /SHello /F{{body}}'), *warning)
             self.assert_log(*log_block("Running query: " + name))
         self.assertEqual(server.messages, [])
 
@@ -58,7 +59,8 @@ class Ends(SchedulerTest):
         for login, *found in (("admin", "admin"), ("jsmith", "jsmith"), ("trainee",), ("short",),
                               ("idle",), ("nobody",), ("x' OR '1'='1",), ("", "everybody")):
             self.assert_sends(*[f"Sent: {user}@example.com" for user in found],
-                              command_line=COMMAND + f' "/U{login}"')
+                              command_line=COMMAND + f' "/U{login}"',
+                              warning=() if found else (f'of the user "{login}"',))
 
 
 class Rows(SchedulerTest):
@@ -118,10 +120,10 @@ class Rows(SchedulerTest):
 
 
 class Messages(SchedulerTest):
-    def message_to_ann(self, command_line=COMMAND, **values):
+    def message_to_ann(self, command_line=COMMAND, warning=(), **values):
         server = self.start_mail_server()
         self.add_client("Ann@Example.com", **values)
-        self.assert_sends("Sent: Ann@Example.com", command_line=command_line)
+        self.assert_sends("Sent: Ann@Example.com", command_line=command_line, warning=warning)
         (message,) = server.messages
         self.assertEqual(message.envelope["from"], "office@sunset.example")
         self.assertEqual(message.envelope["to"], ["Ann@Example.com"])
@@ -167,7 +169,8 @@ class Messages(SchedulerTest):
         self.assertNotIn(b"\0", message.raw)
 
     def test_missing_body_file_goes_on(self):
-        message = self.message_to_ann('/QMailing "/SHello [First Name]" /Fqzw')
+        message = self.message_to_ann('/QMailing "/SHello [First Name]" /Fqzw',
+                                      warning=["The letter qzw does not exist", "empty message"])
         self.assertEqual(message.parsed["Subject"], "Hello Ann")
         self.assertEqual(message.text.strip(), "")
 

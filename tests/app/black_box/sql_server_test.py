@@ -48,7 +48,8 @@ class Access(SqlServerTest):
                 ("/QIt's ours", "-1", "'It''s ours'" + SHARED)):
             self.server_log.unlink(missing_ok=True)
             self.registry[PRODUCT] = {} if time_out == "60000" else {"LockTimeout": time_out}
-            self.assert_ended_well(self.run_scheduler(f'"{switches}" /SHello /F{{body}}'))
+            self.assert_ended_well(self.run_scheduler(f'"{switches}" /SHello /F{{body}}'),
+                                   *([] if rest else ["No saved query"]))
             statements = [text for text, in self.logged("statement") if text != "SELECT DB_NAME()"]
             self.assertEqual(statements, ["SET LOCK_TIMEOUT " + time_out, LOOKUP + lookup, *rest])
 

@@ -19,7 +19,7 @@ constexpr char kOpenWith[] =
 class AdoTest : public ComFixture {
  protected:
   AdoTest() { InstallDataObjects(); }
-  void Open() { OpenDatabase(registry_, ansi_, passwords_, *connection_, L"agency"); }
+  void Open() { OpenDatabase(system_, registry_, ansi_, passwords_, *connection_, L"agency"); }
   void Query(const std::wstring& sql) { result_set_->Open(sql, *connection_, -1, -1, -1); }
 
   FakeRegistry registry_;

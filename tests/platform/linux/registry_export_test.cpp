@@ -28,8 +28,8 @@ RegistryContent Read(const std::string& bytes) {
 // "(none)" for nothing.
 std::wstring ValueOf(const RegistryContent& content, const wchar_t* name,
                      RegistryRoot root = kMachine, const wchar_t* key = L"K") {
-  const std::wstring* text = content.Find(root, key, name);
-  return text == nullptr ? L"(none)" : *text;
+  const RegistryValue* value = content.Find(root, key, name);
+  return value == nullptr ? L"(none)" : value->text;
 }
 
 TEST(RegistryExport, ReadsEveryKindOfValue) {
