@@ -11,6 +11,19 @@ namespace pxscheduler {
 namespace {
 
 constexpr std::int32_t kSmtpPort = 25;
+constexpr wchar_t kPasswordValue[] = L"EmailPassword";
+constexpr wchar_t kEncipheredMark[] = L"v1:";
+
+void WarnOfClearPassword(System& system, const Registry& registry, const std::wstring& key,
+                         const std::wstring& stored) {
+  const std::wstring file = registry.FileOf(RegistryRoot::kLocalMachine, key, kPasswordValue);
+  if (stored.empty() || stored.starts_with(kEncipheredMark) || file.empty() ||
+      !system.IsReadableByAll(file))
+    return;
+  system.Warn(L"The mail password stands in the clear in a file that everybody may read: " +
+              PlaceOf(registry, RegistryRoot::kLocalMachine, key, kPasswordValue) +
+              L". Encipher it (pxsecret encipher), and change it.");
+}
 
 }  // namespace
 
@@ -53,7 +66,9 @@ void ApplyMailSettings(System& system, const Registry& registry, const CodePage&
     mail.SetAuthenticationMode(MailComponent::kAuthenticateLogin);
     mail.SetAuthenticationOption(MailComponent::kAuthenticationOption);
     mail.SetUserName(setting(L"EmailUser"));
-    mail.SetPassword(Decrypt10(passwords, ansi, setting(L"EmailPassword")));
+    const std::wstring password = setting(kPasswordValue);
+    mail.SetPassword(Decrypt10(passwords, ansi, password));
+    WarnOfClearPassword(system, registry, key(), password);
   } else {
     mail.SetAuthenticationMode(MailComponent::kAuthenticateNone);
   }

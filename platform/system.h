@@ -91,6 +91,8 @@ class System {
   virtual std::unique_ptr<AppendFile> OpenForAppend(const std::wstring& path) = 0;
   // The bytes of a file. Raises FileNotFound, PathNotFound, PermissionDenied or FileAccessError.
   virtual std::string ReadFile(const std::wstring& path) const = 0;
+  // Whether every user of the machine may read the file. False where that cannot be told.
+  virtual bool IsReadableByAll(const std::wstring& path) const = 0;
   // The same file or folder by an absolute path without links, "." and "..", so that two paths name
   // one file where they are equal. Raises PathNotFound, PermissionDenied or FileAccessError.
   virtual std::wstring RealPath(const std::wstring& path) const = 0;

@@ -245,6 +245,11 @@ std::string LinuxSystem::ReadFile(const std::wstring& path) const {
   return ReadNativeFile(CheckedPath(path));
 }
 
+bool LinuxSystem::IsReadableByAll(const std::wstring& path) const {
+  struct stat status {};
+  return ::stat(CheckedPath(path).c_str(), &status) == 0 && (status.st_mode & S_IROTH) != 0;
+}
+
 std::wstring LinuxSystem::RealPath(const std::wstring& path) const {
   const std::string native = CheckedPath(path);
   std::array<char, PATH_MAX> real;

@@ -43,6 +43,7 @@ class LinuxSystem : public System {
   void MakeFolder(const std::wstring& path) override;
   std::unique_ptr<AppendFile> OpenForAppend(const std::wstring& path) override;
   std::string ReadFile(const std::wstring& path) const override;
+  bool IsReadableByAll(const std::wstring& path) const override;
   std::wstring RealPath(const std::wstring& path) const override;
   void ReplaceContent(const std::wstring& path, std::string_view bytes) override;
   std::unique_ptr<FolderLock> LockFolder(const std::wstring& path) override;

@@ -8,7 +8,7 @@
 namespace pxscheduler {
 namespace {
 
-constexpr std::size_t kMostBytes = 65536;  // of a value, far above any password
+constexpr std::size_t kMostBytes = 2 * kMostEncipheredBytes;  // of a value
 
 // Nothing unless the text is the base64 of some bytes letter by letter.
 std::optional<std::string> FromBase64(std::string_view text) {
@@ -55,7 +55,7 @@ std::string SecretKey::Text() const {
 }
 
 std::optional<std::string> Encipher(const SecretKey& key, std::string_view clear_text) {
-  if (clear_text.size() > kMostBytes / 2) return std::nullopt;
+  if (clear_text.size() > kMostEncipheredBytes) return std::nullopt;
   std::array<unsigned char, AesGcm::kNonceBytes> random{};
   if (!FillWithRandomBytes(random)) return std::nullopt;
   const std::string nonce(random.begin(), random.end());

@@ -34,8 +34,11 @@ class SecretKey {
   std::array<unsigned char, kBytes> bytes_{};
 };
 
+inline constexpr std::size_t kMostEncipheredBytes = 32768;  // far above any password
+
 // "v1:" and the base64 of a fresh nonce of 12 bytes, the ciphertext and the tag of 16 bytes:
 // AES-256-GCM (NIST SP 800-38D) without additional data. Nothing where the cipher is not available.
+// The text has at most kMostEncipheredBytes.
 std::optional<std::string> Encipher(const SecretKey& key, std::string_view clear_text);
 
 // The clear text of such a value; nothing where it is malformed, was changed, or belongs to another

@@ -38,6 +38,8 @@ class WindowsSystem : public System {
   void MakeFolder(const std::wstring& path) override;
   std::unique_ptr<AppendFile> OpenForAppend(const std::wstring& path) override;
   std::string ReadFile(const std::wstring& path) const override;
+  // Always false: access is by lists that the settings, which are no files here, have of their own.
+  bool IsReadableByAll(const std::wstring& /*path*/) const override { return false; }
   std::wstring RealPath(const std::wstring& path) const override;
   void ReplaceContent(const std::wstring& path, std::string_view bytes) override;
   std::unique_ptr<FolderLock> LockFolder(const std::wstring& path) override;

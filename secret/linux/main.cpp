@@ -21,13 +21,10 @@
 #include "platform/linux/native_text.h"
 #include "platform/runtime_error.h"
 #include "platform/secrets/secret_box.h"
+#include "secret/encipherment.h"
 
 namespace pxscheduler {
 namespace {
-
-constexpr int kDone = 0;
-constexpr int kFailed = 1;
-constexpr int kMisused = 2;
 
 constexpr std::string_view kUsage =
     "Usage: pxsecret new-key FILE\n"
@@ -40,11 +37,6 @@ constexpr std::string_view kUsage =
     "          for the password twice and does not show it.\n"
     "\n"
     "Exit status: 0 done, 1 failed, 2 wrong usage.\n";
-
-int Fail(const std::string& reason) {
-  std::cerr << "pxsecret: " << reason << '\n';
-  return kFailed;
-}
 
 int FailWithErrno(const std::string& path) {
   return Fail(path + ": " + std::strerror(errno));  // NOLINT(concurrency-mt-unsafe): one thread
@@ -75,9 +67,11 @@ std::optional<SecretKey> ReadKey(const std::string& path) {
   return key;
 }
 
-// Nothing where it is not given, or not twice the same.
+constexpr std::size_t kMostBytesTyped = 1023;
+
+// Nothing where it is not given, not twice the same, or longer than kMostBytesTyped.
 std::optional<std::string> AskForPassword() {
-  std::array<char, 1024> buffer{};
+  std::array<char, kMostBytesTyped + 1> buffer{};
   constexpr int kVerify = 1;
   const int failed =
       EVP_read_pw_string(buffer.data(), static_cast<int>(buffer.size()), "Password: ", kVerify);
@@ -103,15 +97,10 @@ int EncipherPassword(const std::string& key_path) {
   if (!key) return Fail(key_path + " holds no key");
   std::optional<std::string> password =
       ::isatty(STDIN_FILENO) != 0 ? AskForPassword() : std::optional(ReadStandardInput());
-  if (!password || password->empty()) return Fail("no password given");
-  const bool is_text = IsPasswordText(*password);
-  std::optional<std::string> value;
-  if (is_text) value = Encipher(*key, *password);
-  Wipe(*password);
-  if (!is_text) return Fail("a password is one line of UTF-8 text");
-  if (!value) return Fail("the cipher is not available");
-  std::cout << *value << std::endl;
-  return std::cout ? kDone : Fail("standard output cannot be written");
+  if (!password)
+    return Fail("no password given, not the same twice, or one of more than " +
+                std::to_string(kMostBytesTyped) + " bytes, which only fits through a pipe");
+  return PrintEnciphered(*key, *password);
 }
 
 int Run(const std::vector<std::string>& arguments) {

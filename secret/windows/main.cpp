@@ -1,6 +1,8 @@
 // Keeps the product's secrets in the Credential Manager, and enciphers the mail password.
 
 #include <windows.h>
+// Needs the types of the header above.
+#include <wincred.h>
 
 #include <array>
 #include <iostream>
@@ -12,14 +14,13 @@
 #include "platform/secrets/credential_passwords.h"
 #include "platform/secrets/secret_box.h"
 #include "platform/windows/windows_passwords.h"
+#include "secret/encipherment.h"
 #include "text/utf8.h"
 
 namespace pxscheduler {
 namespace {
 
-constexpr int kDone = 0;
-constexpr int kFailed = 1;
-constexpr int kMisused = 2;
+constexpr std::size_t kMostCharactersTyped = 1024;  // the end of the line included
 
 constexpr std::string_view kUsage =
     "Usage: pxsecret store appuser\n"
@@ -37,11 +38,6 @@ constexpr std::string_view kUsage =
     "the user who runs this: run it as the user whom the scheduler runs as.\n"
     "\n"
     "Exit status: 0 done, 1 failed, 2 wrong usage.\n";
-
-int Fail(const std::string& reason) {
-  std::cerr << "pxsecret: " << reason << '\n';
-  return kFailed;
-}
 
 int FailWithLastError(const std::string& action) {
   return Fail(action + ": error " + std::to_string(::GetLastError()));
@@ -67,17 +63,21 @@ class SilentConsole {
   bool is_console_ = false;
 };
 
-std::string ReadConsoleLine(HANDLE input, std::string_view prompt) {
+// Nothing for a line that is too long.
+std::optional<std::string> ReadConsoleLine(HANDLE input, std::string_view prompt) {
   std::cerr << prompt << std::flush;
-  std::array<wchar_t, 1024> buffer{};
+  std::array<wchar_t, kMostCharactersTyped> buffer{};
   DWORD count = 0;
   ::ReadConsoleW(input, buffer.data(), static_cast<DWORD>(buffer.size()), &count, nullptr);
+  const bool is_whole = count < buffer.size() || buffer.back() == L'\n';
   std::string line = ToUtf8({buffer.data(), count});
   ::SecureZeroMemory(buffer.data(), sizeof buffer);
   std::cerr << '\n';
   const std::size_t length = WithoutLineEnd(line).size();
   line.resize(length);
-  return line;
+  if (is_whole) return line;
+  Wipe(line);
+  return std::nullopt;
 }
 
 std::string ReadStandardInput(HANDLE input) {
@@ -94,29 +94,33 @@ std::string ReadStandardInput(HANDLE input) {
   return text;
 }
 
-// Nothing, and a message, where it is no password or was not typed twice the same.
+// Typed twice. Nothing, and a message, where it is too long or not the same.
+std::optional<std::string> AskForPassword(HANDLE input) {
+  std::optional<std::string> password = ReadConsoleLine(input, "Password: ");
+  std::optional<std::string> again = ReadConsoleLine(input, "Again: ");
+  const bool is_whole = password && again;
+  const bool is_same = password == again;
+  if (again) Wipe(*again);
+  if (is_whole && is_same) return password;
+  if (password) Wipe(*password);
+  Fail(is_whole ? "the two are not the same"
+                : "a password of more than 1,022 characters only fits through a pipe");
+  return std::nullopt;
+}
+
 std::optional<std::string> ReadPassword() {
   const HANDLE input = ::GetStdHandle(STD_INPUT_HANDLE);
   const SilentConsole console(input);
-  std::string password =
-      console.IsConsole() ? ReadConsoleLine(input, "Password: ") : ReadStandardInput(input);
-  bool same = true;
-  if (console.IsConsole()) {
-    std::string again = ReadConsoleLine(input, "Again: ");
-    same = again == password;
-    Wipe(again);
-  }
-  if (same && IsPasswordText(password)) return password;
-  Wipe(password);
-  Fail(same ? "a password is one line of UTF-8 text" : "the two are not the same");
-  return std::nullopt;
+  return console.IsConsole() ? AskForPassword(input) : std::optional(ReadStandardInput(input));
 }
 
 int Store(const std::string& name) {
   std::optional<std::string> password = ReadPassword();
   if (!password) return kFailed;
-  const bool written = WriteWindowsCredential(name, *password);
+  const auto problem = PasswordProblem(*password, CRED_MAX_CREDENTIAL_BLOB_SIZE);
+  const bool written = !problem && WriteWindowsCredential(name, *password);
   Wipe(*password);
+  if (problem) return Fail(*problem);
   return written ? kDone : FailWithLastError("the credential cannot be written");
 }
 
@@ -143,12 +147,7 @@ int EncipherPassword() {
   Wipe(*key_text);
   if (!key) return Fail("the credential \"Orbalis/mailkey\" is not a key");
   std::optional<std::string> password = ReadPassword();
-  if (!password) return kFailed;
-  const std::optional<std::string> value = Encipher(*key, *password);
-  Wipe(*password);
-  if (!value) return Fail("the cipher is not available");
-  std::cout << *value << std::endl;
-  return std::cout ? kDone : Fail("standard output cannot be written");
+  return password ? PrintEnciphered(*key, *password) : kFailed;
 }
 
 int Run(const std::vector<std::string>& arguments) {

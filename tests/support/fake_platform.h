@@ -66,6 +66,7 @@ class FakeSystem : public System {
   std::unique_ptr<AppendFile> OpenForAppend(const std::wstring& /*path*/) override { return {}; }
   std::string ReadFile(const std::wstring& path) const override;
   std::wstring ShownPath(const std::wstring& path) const override { return path; }
+  bool IsReadableByAll(const std::wstring& /*path*/) const override { return false; }
   std::wstring RealPath(const std::wstring& path) const override;
   void ReplaceContent(const std::wstring& path, std::string_view bytes) override {
     files[path] = bytes;

@@ -211,6 +211,16 @@ class Mail(SchedulerTest):
                 self.start_mail_server(**script)
                 self.assert_sends("Failed: ann@example.com", text)
 
+    @wine.not_under("the settings are no file")
+    def test_a_password_that_everybody_may_read_is_warned_of(self):
+        self.registry[MAIL].update(EmailAuthenticate="-1", EmailUser="office", EmailPassword="x")
+        self.registry_mode = 0o644
+        self.start_mail_server(extensions=["AUTH PLAIN"], users={"office": "x"})
+        self.assert_sends("Sent: ann@example.com",
+                          warning=['"EmailPassword" under ' + MAIL, "agency.reg"])
+        self.registry[MAIL]["EmailPassword"] = self.encipher("x")
+        self.assert_sends("Sent: ann@example.com")
+
     def test_a_failure_is_one_client_only(self):
         server = self.start_mail_server(faults=[{"at": "RCPT", "match": "bob@", "do": "550 no"}])
         for email in ("bob@example.com", "carl@example.com",

@@ -107,6 +107,7 @@ class SchedulerTest(unittest.TestCase):
             (self.folder / name).mkdir()
         self.log_file = self.folder / "home" / "Documents" / "Orbalis CS" / "PXScheduler.log"
         self.body_file = self.write_file("work/letter.txt", "Dear [Salutation],\r\nhello.\r\n")
+        self.registry_mode = 0o600
         self.registry = {
             USER_PRODUCT: {"DSN": "agency"},
             DATA_SOURCE: {
@@ -200,8 +201,9 @@ class SchedulerTest(unittest.TestCase):
             arguments = wine.words(arguments)
         elif self.registry is not None:
             # In one step, since another run may be reading it.
-            self.write_file("new.reg", wine.registry_text(self.registry_lines()).encode()).replace(
-                self.folder / "agency.reg")
+            file = self.write_file("new.reg", wine.registry_text(self.registry_lines()).encode())
+            file.chmod(self.registry_mode)
+            file.replace(self.folder / "agency.reg")
         process = subprocess.Popen(
             shlex.split(os.environ["PXSCHEDULER"]) + arguments,
             cwd=self.folder / "work", env=self.environment(now), text=True, errors="replace",

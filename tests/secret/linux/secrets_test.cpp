@@ -80,11 +80,14 @@ TEST_F(CredentialsTest, AreMadeByPxsecret) {
   const std::string_view value = WithoutLineEnd(enciphered.output);
   EXPECT_EQ(Passwords().Decipher(std::wstring(value.begin(), value.end())), L"hunter2");
 
-  for (const char* bad : {"printf ''", "printf 'two\\nlines\\n'", "printf '\\377'"}) {
-    const Finished refused =
-        RunShell(bad + (" | " + program) + " encipher " + key + " 2>/dev/null");
+  for (const auto& [bad, reason] : {std::pair{"printf ''", "no password given"},
+                                    {"printf 'two\\nlines\\n'", "is one line"},
+                                    {"printf '\\377'", "UTF-8"},
+                                    {"head -c 32769 /dev/zero | tr '\\0' x", "too long: 32769"}}) {
+    const Finished refused = RunShell(bad + (" | " + program) + " encipher " + key);
     EXPECT_EQ(refused.status, 1) << bad;
-    EXPECT_EQ(refused.output, "") << bad;
+    EXPECT_THAT(refused.output, testing::HasSubstr(reason));
+    EXPECT_THAT(refused.output, testing::StartsWith("pxsecret: "));
   }
   EXPECT_EQ(RunShell(program + " encipher " + first_.Path("missing") + " </dev/null").status, 1);
   EXPECT_EQ(RunShell(program + " encipher " + key + " hunter2").status, 2);
