@@ -31,15 +31,16 @@ class Network {
   virtual ~Network() = default;
 
   // Connects to a host name or a numeric address (IPv4 or IPv6); the addresses of a name are tried
-  // in turn. Sets `transport` when connected.
+  // in turn. Sets `transport` when connected, else `problem` to the machine's words for why not.
   virtual ConnectResult Connect(const std::string& host, std::int32_t port,
                                 const ConnectTimeouts& timeouts,
-                                std::unique_ptr<Transport>& transport) = 0;
+                                std::unique_ptr<Transport>& transport, std::string& problem) = 0;
 
   // Replaces `transport` by a TLS connection over it, in which the server is called `host`. Where
-  // it fails nothing but the handshake has left, and `transport` is of no more use.
+  // it fails nothing but the handshake has left, `transport` is of no more use, and `problem` says
+  // why, for instance what is wrong with which certificate.
   virtual IoResult StartTls(std::unique_ptr<Transport>& transport, const std::string& host,
-                            CertificateCheck check, Deadline deadline) = 0;
+                            CertificateCheck check, Deadline deadline, std::string& problem) = 0;
 
   // What the machine calls itself; "" where it has no name.
   virtual std::string HostName() const = 0;

@@ -30,9 +30,10 @@ class Resolver {
   Resolver(const Resolver&) = delete;
   Resolver& operator=(const Resolver&) = delete;
 
-  // Sets `addresses`, at least one, in the order in which they are to be tried. Their port is 0.
+  // Sets `addresses`, at least one, in the order in which they are to be tried, else `problem` to
+  // the system's words for why there is none. Their port is 0.
   ResolveResult Resolve(const std::string& host, std::chrono::milliseconds time,
-                        std::vector<SocketAddress>& addresses);
+                        std::vector<SocketAddress>& addresses, std::string& problem);
 
  private:
   struct Lookup;

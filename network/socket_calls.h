@@ -13,6 +13,7 @@
 #include <chrono>
 #include <cstddef>
 #include <span>
+#include <string>
 #include <string_view>
 
 // What differs between the sockets of POSIX and those of Windows. All else about them (addresses,
@@ -71,9 +72,14 @@ PollResult PollSockets(std::span<const SocketHandle> sockets, SocketEvent event,
 enum class ConnectStart { kConnected, kUnderWay, kFailed };
 
 ConnectStart StartConnecting(SocketHandle socket, const sockaddr_storage& address, socklen_t size);
-// Whether a connection that was under way came about, once the socket is writable or in error. One
-// that was accepted and reset at once did; reading from it tells the rest.
-bool HasConnected(SocketHandle socket);
+// 0 where a connection that was under way came about, once the socket is writable or in error, else
+// the system's number of the error. One that was accepted and reset at once did; reading from it
+// tells the rest.
+int ConnectError(SocketHandle socket);
+// The number of the error of the call that failed last.
+int LastSocketError();
+// The system's words for what getaddrinfo returned.
+std::string ResolverErrorText(int error);
 
 enum class TransferResult { kDone, kNotYet, kFailed };
 

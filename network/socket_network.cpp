@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <span>
+#include <system_error>
 #include <utility>
 
 #include "network/resolver.h"
@@ -19,6 +20,17 @@ constexpr std::int32_t kHighestPort = 65535;
 
 milliseconds TimeUntil(Deadline deadline) {
   return std::chrono::ceil<milliseconds>(deadline - std::chrono::steady_clock::now());
+}
+
+// "192.0.2.1", "2001:db8::1"; "" for an address of another kind.
+std::string NumericText(const sockaddr_storage& address) {
+  std::array<char, INET6_ADDRSTRLEN> text{};
+  const void* number =
+      address.ss_family == AF_INET6
+          ? static_cast<const void*>(&reinterpret_cast<const sockaddr_in6*>(&address)->sin6_addr)
+          : static_cast<const void*>(&reinterpret_cast<const sockaddr_in*>(&address)->sin_addr);
+  const char* const written = inet_ntop(address.ss_family, number, text.data(), text.size());
+  return written == nullptr ? "" : written;
 }
 
 // Waits until the socket is ready for the event or in error.
@@ -69,20 +81,18 @@ class SocketTransport : public Transport {
     }
   }
 
-  std::string LocalAddress() const override {
-    sockaddr_storage address{};
-    socklen_t size = sizeof(address);
-    if (getsockname(socket_.Handle(), reinterpret_cast<sockaddr*>(&address), &size) != 0) return {};
-    std::array<char, INET6_ADDRSTRLEN> text{};
-    const void* number =
-        address.ss_family == AF_INET6
-            ? static_cast<const void*>(&reinterpret_cast<sockaddr_in6*>(&address)->sin6_addr)
-            : static_cast<const void*>(&reinterpret_cast<sockaddr_in*>(&address)->sin_addr);
-    const char* const written = inet_ntop(address.ss_family, number, text.data(), text.size());
-    return written == nullptr ? "" : written;
-  }
+  std::string LocalAddress() const override { return AddressBy(getsockname); }
+  std::string PeerAddress() const override { return AddressBy(getpeername); }
 
  private:
+  template <typename Function>
+  std::string AddressBy(Function* function) const {
+    sockaddr_storage address{};
+    socklen_t size = sizeof(address);
+    if (function(socket_.Handle(), reinterpret_cast<sockaddr*>(&address), &size) != 0) return {};
+    return NumericText(address);
+  }
+
   IoResult WaitIfLittleTime(SocketEvent event, Deadline deadline) const {
     return TimeUntil(deadline) > granule_ ? IoResult::kDone
                                           : Wait(socket_.Handle(), event, deadline);
@@ -93,26 +103,30 @@ class SocketTransport : public Transport {
   milliseconds granule_;
 };
 
-IoResult ConnectSocket(SocketHandle socket, const SocketAddress& address, Deadline deadline) {
+// Where it breaks, `error` is the system's number.
+IoResult ConnectSocket(SocketHandle socket, const SocketAddress& address, Deadline deadline,
+                       int& error) {
   switch (StartConnecting(socket, address.storage, address.size)) {
     case ConnectStart::kConnected:
       return IoResult::kDone;
     case ConnectStart::kFailed:
+      error = LastSocketError();
       return IoResult::kBroken;
     case ConnectStart::kUnderWay:
       break;
   }
   const IoResult ready = Wait(socket, SocketEvent::kWritable, deadline);
   if (ready != IoResult::kDone) return ready;
-  return HasConnected(socket) ? IoResult::kDone : IoResult::kBroken;
+  error = ConnectError(socket);
+  return error == 0 ? IoResult::kDone : IoResult::kBroken;
 }
 
 class SocketNetwork : public Network {
  public:
   ConnectResult Connect(const std::string& host, std::int32_t port, const ConnectTimeouts& timeouts,
-                        std::unique_ptr<Transport>& transport) override {
+                        std::unique_ptr<Transport>& transport, std::string& problem) override {
     std::vector<SocketAddress> addresses;
-    switch (resolver_.Resolve(host, timeouts.resolve, addresses)) {
+    switch (resolver_.Resolve(host, timeouts.resolve, addresses, problem)) {
       case ResolveResult::kUnknown:
         return ConnectResult::kNameUnknown;
       case ResolveResult::kTimedOut:
@@ -120,7 +134,10 @@ class SocketNetwork : public Network {
       case ResolveResult::kResolved:
         break;
     }
-    if (port < 1 || port > kHighestPort) return ConnectResult::kRefused;
+    if (port < 1 || port > kHighestPort) {
+      problem = "there is no such port";
+      return ConnectResult::kRefused;
+    }
     const milliseconds granule = std::max(milliseconds(1), timeouts.shortest_step / 4);
     bool timed_out = false;
     // Every address has its share of what is left, so that one that never answers does not use up
@@ -131,20 +148,25 @@ class SocketNetwork : public Network {
       const auto now = std::chrono::steady_clock::now();
       const Deadline share = now + (deadline - now) / static_cast<long>(addresses.size() - i);
       Socket socket(addresses[i].storage.ss_family, SOCK_STREAM);
-      if (!socket.IsOpen()) continue;
-      const IoResult result = ConnectSocket(socket.Handle(), addresses[i], share);
+      int error = LastSocketError();
+      const IoResult result = socket.IsOpen()
+                                  ? ConnectSocket(socket.Handle(), addresses[i], share, error)
+                                  : IoResult::kBroken;
       if (result == IoResult::kDone) {
         transport = std::make_unique<SocketTransport>(std::move(socket), granule);
         return ConnectResult::kConnected;
       }
       timed_out = timed_out || result == IoResult::kTimedOut;
+      problem +=
+          (problem.empty() ? "" : "; ") + NumericText(addresses[i].storage) + ": " +
+          (result == IoResult::kTimedOut ? "no answer" : std::system_category().message(error));
     }
     return timed_out ? ConnectResult::kTimedOut : ConnectResult::kRefused;
   }
 
   IoResult StartTls(std::unique_ptr<Transport>& transport, const std::string& host,
-                    CertificateCheck check, Deadline deadline) override {
-    return StartTlsOver(transport, host, check, deadline);
+                    CertificateCheck check, Deadline deadline, std::string& problem) override {
+    return StartTlsOver(transport, host, check, deadline, problem);
   }
 
   std::string HostName() const override {

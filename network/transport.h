@@ -23,11 +23,14 @@ class Transport {
 
   // Sends all the bytes. Where it fails, any number of them may have left.
   virtual IoResult Send(std::string_view bytes, Deadline deadline) = 0;
-  // Waits for at least one byte and hands out at most `size`; `received` says how many.
+  // Waits for at least one byte and hands out at most `size`; sets `received` to how many, 0 where
+  // it fails.
   virtual IoResult Receive(char* bytes, std::size_t size, std::size_t& received,
                            Deadline deadline) = 0;
   // This side's numeric address: "192.0.2.1", "2001:db8::1". "" where it is not known.
   virtual std::string LocalAddress() const = 0;
+  // The other side's, in the same form.
+  virtual std::string PeerAddress() const = 0;
 };
 
 }  // namespace pxscheduler

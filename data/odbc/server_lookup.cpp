@@ -68,9 +68,10 @@ std::uint16_t AwaitPort(const std::vector<Socket>& sockets, milliseconds wait) {
 
 ResolvedHost ResolveHost(Resolver& resolver, const std::wstring& name, milliseconds timeout) {
   ResolvedHost host{.name = name, .addresses = {}};
-  switch (resolver.Resolve(ToUtf8(name), timeout, host.addresses)) {
+  std::string problem;
+  switch (resolver.Resolve(ToUtf8(name), timeout, host.addresses, problem)) {
     case ResolveResult::kUnknown:
-      throw ProviderFailure(L"The server " + name + L" is unknown.");
+      throw ProviderFailure(L"The server " + name + L" is unknown: " + FromUtf8(problem) + L".");
     case ResolveResult::kTimedOut:
       throw ProviderFailure(L"Looking up the address of the server " + name + L" took too long.");
     case ResolveResult::kResolved:

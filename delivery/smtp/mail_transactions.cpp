@@ -11,8 +11,23 @@ namespace {
 constexpr int kStartMailInput = 354;
 // For the reply of a server that breaks off in the middle of a message.
 constexpr std::chrono::milliseconds kLastReplyTime{2000};
+constexpr std::string_view kMessageStep = "the message";
 
 }  // namespace
+
+std::string_view MailTransactions::NameOf(StepKind step) {
+  switch (step) {
+    case StepKind::kReset:
+      return "RSET";
+    case StepKind::kSender:
+      return "MAIL";
+    case StepKind::kRecipient:
+      return "RCPT";
+    case StepKind::kData:
+      break;
+  }
+  return "DATA";
+}
 
 MailTransactions::MailTransactions(std::unique_ptr<SmtpSession> session)
     : session_(std::move(session)) {}
@@ -20,14 +35,19 @@ MailTransactions::MailTransactions(std::unique_ptr<SmtpSession> session)
 Submission MailTransactions::Submit(const Envelope& envelope, std::string_view wire) {
   const ServerExtensions& extensions = session_->Extensions();
   if (!extensions.international || !extensions.eight_bit) {
-    if (!envelope.sender_is_ascii) return {.failure = SendOutcome::kSenderRefused};
-    if (!envelope.recipient_is_ascii) return {.failure = SendOutcome::kRecipientRefused};
+    const char* const words = "the server takes no addresses beyond ASCII";
+    if (!envelope.sender_is_ascii) return {.failure = Fault(SendOutcome::kSenderRefused, words)};
+    if (!envelope.recipient_is_ascii)
+      return {.failure = Fault(SendOutcome::kRecipientRefused, words)};
   }
   if (extensions.largest_message > 0 && wire.size() > extensions.largest_message)
-    return {.failure = SendOutcome::kMessageRefused};
+    return {.failure = Fault(SendOutcome::kMessageRefused,
+                             "the message has " + std::to_string(wire.size()) +
+                                 " bytes, and the server takes " +
+                                 std::to_string(extensions.largest_message) + " at most")};
   WriteCommands(envelope, wire.size());
   const Progress progress = SendCommands();
-  if (!progress.failure) return {.failure = SendMessage(wire)};
+  if (!progress.failure) return {.failure = SendMessage(wire), .sender_accepted = true};
   return Fail(progress);
 }
 
@@ -66,14 +86,17 @@ MailTransactions::Progress MailTransactions::SendCommands() {
     Failure failure;
     if (sent < step.end) {
       const std::size_t end = pipelining ? commands_.size() : step.end;
-      failure = session_->Send(std::string_view(commands_).substr(sent, end - sent), time);
+      failure = session_->Send(NameOf(step.kind),
+                               std::string_view(commands_).substr(sent, end - sent), time);
       sent = end;
     }
-    if (!failure) failure = session_->ReadReply(time);
-    if (!failure)
+    if (!failure) failure = session_->ReadReply(NameOf(step.kind), time);
+    if (!failure) {
       Judge(step.kind, progress);
-    else if (!progress.failure)
-      progress.failure = failure;
+    } else if (!progress.failure) {
+      progress.connection_ended = failure == SendOutcome::kConnectionFailed;
+      progress.failure = std::move(failure);
+    }
     if (session_->IsClosed() || (progress.failure && !pipelining)) break;
   }
   return progress;
@@ -105,8 +128,11 @@ void MailTransactions::Judge(StepKind step, Progress& progress) {
       break;
   }
   const bool out_of_step = !accepted && !reply.IsRefusal();
-  if (!accepted && !progress.failure)
-    progress.failure = out_of_step ? SendOutcome::kNotSmtp : refusal;
+  if (!accepted && !progress.failure) {
+    progress.failure =
+        session_->FaultOfReply(out_of_step ? SendOutcome::kNotSmtp : refusal, NameOf(step));
+    progress.connection_ended = reply.IsClosing() || step == StepKind::kReset;
+  }
   // After a reply that does not fit its command no later one can be trusted to fit. A server that
   // closes the connection, or cannot even reset, takes no more messages.
   if (out_of_step || reply.IsClosing() || (!accepted && step == StepKind::kReset))
@@ -115,12 +141,14 @@ void MailTransactions::Judge(StepKind step, Progress& progress) {
 
 Submission MailTransactions::Fail(const Progress& progress) {
   RecoverFrom(progress);
-  const SendOutcome outcome = *progress.failure;
-  if (progress.sender_accepted ||
-      (outcome != SendOutcome::kConnectionFailed && outcome != SendOutcome::kSenderRefused))
-    return {.failure = outcome};
-  if (has_accepted_sender_) (void)session_->Close(outcome);
-  return {.failure = outcome, .may_try_again = session_->IsClosed()};
+  Submission submission{.failure = progress.failure, .sender_accepted = progress.sender_accepted};
+  if (progress.connection_ended) {
+    submission.may_try_again = true;
+  } else if (progress.failure == SendOutcome::kSenderRefused && has_accepted_sender_) {
+    (void)session_->Close(*progress.failure);
+    submission.may_try_again = true;
+  }
+  return submission;
 }
 
 // Brings the dialogue back to where the next message may begin.
@@ -130,31 +158,33 @@ void MailTransactions::RecoverFrom(const Progress& progress) {
   if (!progress.wants_data) return;
   // The server waits for a message that it must not get. Without a recipient an empty message is
   // harmless and ends the waiting (RFC 2920 section 3.1); otherwise only closing does.
-  if (progress.recipient_accepted || session_->Exchange(".") || session_->LastReply().IsClosing())
+  if (progress.recipient_accepted || session_->Exchange("an empty message", ".") ||
+      session_->LastReply().IsClosing())
     (void)session_->Close(*progress.failure);
 }
 
 Failure MailTransactions::SendMessage(std::string_view wire) {
   needs_reset_ = false;
   const Timeouts& timeouts = session_->StepTimeouts();
-  const Failure failure = session_->Send(wire, timeouts.data);
+  Failure failure = session_->Send(kMessageStep, wire, timeouts.data);
   // A server may say why it breaks off.
   if (failure == SendOutcome::kConnectionFailed &&
-      !session_->ReadReply(std::min(kLastReplyTime, timeouts.reply)) &&
+      !session_->ReadReply(kMessageStep, std::min(kLastReplyTime, timeouts.reply)) &&
       session_->LastReply().IsRefusal())
-    return SendOutcome::kMessageRefused;
+    return session_->FaultOfReply(SendOutcome::kMessageRefused, kMessageStep);
   return failure;
 }
 
-SendOutcome MailTransactions::AwaitAcceptance() {
-  if (const Failure failure = session_->ReadReply(session_->StepTimeouts().acceptance))
-    return *failure;
+Failure MailTransactions::AwaitAcceptance() {
+  if (Failure failure = session_->ReadReply(kMessageStep, session_->StepTimeouts().acceptance))
+    return failure;
   const Reply& reply = session_->LastReply();
-  if (reply.IsPositive()) return SendOutcome::kDelivered;
-  if (!reply.IsRefusal()) return *session_->Close(SendOutcome::kNotSmtp);
+  if (reply.IsPositive()) return std::nullopt;
+  if (!reply.IsRefusal())
+    return session_->Close(session_->FaultOfReply(SendOutcome::kNotSmtp, kMessageStep));
   needs_reset_ = true;
-  if (reply.IsClosing()) (void)session_->Close(SendOutcome::kMessageRefused);
-  return SendOutcome::kMessageRefused;
+  Fault refusal = session_->FaultOfReply(SendOutcome::kMessageRefused, kMessageStep);
+  return reply.IsClosing() ? session_->Close(std::move(refusal)) : Failure(std::move(refusal));
 }
 
 }  // namespace pxscheduler

@@ -24,7 +24,8 @@ struct Submission {
   // Nothing where the whole message was sent: AwaitAcceptance then tells what the server makes of
   // it.
   Failure failure;
-  // The connection ended before the server accepted the sender, or the server now refuses a sender
+  bool sender_accepted = false;
+  // The connection ended before any of the message was sent, or the server now refuses a sender
   // that it accepted before (it may limit the messages of a connection). The session is closed; in
   // a new one the message may be sent again without any risk that it arrives twice.
   bool may_try_again = false;
@@ -42,7 +43,8 @@ class MailTransactions {
   // any of it may have left, it must not be submitted again, whatever the outcome.
   Submission Submit(const Envelope& envelope, std::string_view wire);
   // Waits for the reply to a message that Submit sent; due before the next one is submitted.
-  SendOutcome AwaitAcceptance();
+  // Nothing where the server has accepted it.
+  Failure AwaitAcceptance();
 
  private:
   enum class StepKind { kReset, kSender, kRecipient, kData };
@@ -52,12 +54,14 @@ class MailTransactions {
   };
   // How far the server accepted a message.
   struct Progress {
-    Failure failure;  // the first
+    Failure failure;                // the first
+    bool connection_ended = false;  // which was that failure
     bool sender_accepted = false;
     bool recipient_accepted = false;
     bool wants_data = false;
   };
 
+  static std::string_view NameOf(StepKind step);
   void WriteCommands(const Envelope& envelope, std::size_t message_size);
   Progress SendCommands();
   void Judge(StepKind step, Progress& progress);

@@ -163,30 +163,13 @@ std::unique_ptr<SaslExchange> Make(const Credentials& credentials) {
   return std::make_unique<Exchange>(credentials);
 }
 
-struct KnownMechanism {
-  std::string_view name;
-  std::unique_ptr<SaslExchange> (*make)(const Credentials&);
-};
-
-// Mechanisms that keep the password from a listener come first.
-constexpr KnownMechanism kKnownMechanisms[] = {{"SCRAM-SHA-256", Make<ScramSha256Exchange>},
-                                               {"CRAM-MD5", Make<CramMd5Exchange>},
-                                               {"PLAIN", Make<PlainExchange>},
-                                               {"LOGIN", Make<LoginExchange>}};
+constexpr SaslMechanism kMechanisms[] = {{"SCRAM-SHA-256", false, Make<ScramSha256Exchange>},
+                                         {"CRAM-MD5", false, Make<CramMd5Exchange>},
+                                         {"PLAIN", true, Make<PlainExchange>},
+                                         {"LOGIN", true, Make<LoginExchange>}};
 
 }  // namespace
 
-std::vector<std::string_view> SaslMechanisms() {
-  std::vector<std::string_view> names;
-  for (const KnownMechanism& known : kKnownMechanisms) names.push_back(known.name);
-  return names;
-}
-
-std::unique_ptr<SaslExchange> NewSaslExchange(std::string_view mechanism,
-                                              const Credentials& credentials) {
-  for (const KnownMechanism& known : kKnownMechanisms)
-    if (known.name == mechanism) return known.make(credentials);
-  return nullptr;
-}
+std::span<const SaslMechanism> SaslMechanisms() { return kMechanisms; }
 
 }  // namespace pxscheduler

@@ -2,9 +2,9 @@
 
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace pxscheduler {
 
@@ -28,11 +28,14 @@ class SaslExchange {
   virtual bool IsComplete() const = 0;
 };
 
-// The names of the supported mechanisms, strongest first.
-std::vector<std::string_view> SaslMechanisms();
+struct SaslMechanism {
+  std::string_view name;
+  bool shows_password;  // to the server, and to whoever listens
+  // The credentials must not contain a NUL.
+  std::unique_ptr<SaslExchange> (*make)(const Credentials& credentials);
+};
 
-// An exchange of one of these mechanisms. `credentials` must not contain a NUL.
-std::unique_ptr<SaslExchange> NewSaslExchange(std::string_view mechanism,
-                                              const Credentials& credentials);
+// The supported mechanisms, strongest first.
+std::span<const SaslMechanism> SaslMechanisms();
 
 }  // namespace pxscheduler

@@ -2,6 +2,8 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
+#include <utility>
 
 namespace pxscheduler {
 
@@ -27,7 +29,23 @@ enum class SendOutcome : std::int32_t {
   kReplyTimedOut = 27,
 };
 
+// What ended a delivery, and why.
+struct Fault {
+  // NOLINTNEXTLINE(google-explicit-constructor): an outcome is a fault of which nobody said more
+  Fault(SendOutcome fault_outcome, std::string fault_words = {})
+      : outcome(fault_outcome), words(std::move(fault_words)) {}
+
+  SendOutcome outcome;
+  // For an operator, in UTF-8: what was being done, and the words of the server, of TLS or of the
+  // resolver for what came of it; never a credential. "" where it has been told already.
+  std::string words;
+
+  friend bool operator==(const Fault& fault, SendOutcome outcome) {
+    return fault.outcome == outcome;
+  }
+};
+
 // Why a step failed; nothing where it succeeded.
-using Failure = std::optional<SendOutcome>;
+using Failure = std::optional<Fault>;
 
 }  // namespace pxscheduler

@@ -1,5 +1,6 @@
 #include "delivery/smtp/smtp_mail_component.h"
 
+#include <algorithm>
 #include <new>
 #include <utility>
 
@@ -26,14 +27,22 @@ Failure FailureOf(const Step& step) {
   }
 }
 
+// An address that may be no address, for an operator.
+std::string WithoutControls(std::wstring address) {
+  std::replace_if(
+      address.begin(), address.end(), [](wchar_t c) { return c < L' ' || c == 0x7F; }, L'?');
+  return ToUtf8(address);
+}
+
 }  // namespace
 
-SmtpMailComponent::SmtpMailComponent(const System& system, LetterReader read_letter,
+SmtpMailComponent::SmtpMailComponent(System& system, LetterReader read_letter,
                                      std::unique_ptr<Network> network, const Timeouts& timeouts)
     : system_(system),
       read_letter_(std::move(read_letter)),
       network_(std::move(network)),
-      composer_(RandomToken().substr(0, kBoundaryDigits)) {
+      composer_(RandomToken().substr(0, kBoundaryDigits)),
+      report_(system) {
   server_.timeouts = timeouts;
 }
 
@@ -114,7 +123,10 @@ void SmtpMailComponent::Compose(const std::wstring& display_name, const std::wst
   message.wire.Clear();
   message.failure = FailureOf([&]() -> Failure {
     std::optional<Address> recipient = ParseAddress(address);
-    if (!recipient) return SendOutcome::kRecipientRefused;
+    if (!recipient) {
+      message.recipient.text = WithoutControls(address);
+      return Fault(SendOutcome::kRecipientRefused, "the address is malformed");
+    }
     message.recipient = *std::move(recipient);
     composer_.Compose({.recipient = {display_name, message.recipient},
                        .date = system_.Now(),
@@ -128,35 +140,54 @@ void SmtpMailComponent::Compose(const std::wstring& display_name, const std::wst
 }
 
 void SmtpMailComponent::Send() {
+  is_replied_to_ = true;
   if (queue_.IsEmpty()) {
-    send_outcome_ = SendOutcome::kOtherError;  // no message is sent twice
+    failure_ = SendOutcome::kOtherError;  // no message is sent twice
     return;
   }
   ComposedMessage& message = queue_.Pop();
-  send_outcome_ = FailureOf([&] { return Submit(message); });
+  recipient_ = message.recipient.text;
+  failure_ = FailureOf([&] { return Submit(message); });
+  is_replied_to_ = failure_.has_value();
   DropUnusableSession();
 }
 
 std::int32_t SmtpMailComponent::AwaitResult() {
-  if (!send_outcome_) {
-    send_outcome_ = FailureOf([this] { return Failure(session_->AwaitAcceptance()); });
+  if (!is_replied_to_) {
+    failure_ = FailureOf([this] { return session_->AwaitAcceptance(); });
+    is_replied_to_ = true;
     DropUnusableSession();
   }
-  return static_cast<std::int32_t>(*send_outcome_);
+  if (!failure_) return static_cast<std::int32_t>(SendOutcome::kDelivered);
+  TellOf(*failure_);
+  return static_cast<std::int32_t>(failure_->outcome);
 }
 
 Failure SmtpMailComponent::Submit(ComposedMessage& message) {
   if (host_.empty()) return SendOutcome::kNoServer;
-  if (!sender_) return SendOutcome::kSenderRefused;
+  if (!sender_) return Fault(SendOutcome::kSenderRefused, "\"EmailFrom\" is no address");
   if (message.failure) return message.failure;
+  if (Failure standing = server_faults_.Standing()) {
+    report_.TellOfStandingFault(*standing, recipient_);
+    return Fault(standing->outcome);
+  }
+  Submission submission = SubmitToServer(message);
+  if (submission.sender_accepted)
+    server_faults_.Forget();
+  else if (submission.failure)
+    server_faults_.Count(*submission.failure);
+  return std::move(submission.failure);
+}
+
+Submission SmtpMailComponent::SubmitToServer(ComposedMessage& message) {
   const bool was_open = session_.has_value();
   if (!was_open) {
-    if (const Failure failure = OpenSession()) return failure;
+    if (Failure failure = OpenSession()) return {.failure = std::move(failure)};
   }
-  const Submission submission = SubmitInSession(message);
-  if (!submission.may_try_again || !was_open) return submission.failure;
-  if (const Failure failure = OpenSession()) return failure;
-  return SubmitInSession(message).failure;
+  Submission submission = SubmitInSession(message);
+  if (!submission.may_try_again || !was_open) return submission;
+  if (Failure failure = OpenSession()) return {.failure = std::move(failure)};
+  return SubmitInSession(message);
 }
 
 // The message may have been composed before it was known what the server offers.
@@ -173,15 +204,19 @@ Submission SmtpMailComponent::SubmitInSession(ComposedMessage& message) {
 Failure SmtpMailComponent::OpenSession() {
   session_.reset();
   server_.host = ResolvableHost(host_);
-  if (server_.host.empty()) return SendOutcome::kNameUnknown;
+  if (server_.host.empty())
+    return Fault(SendOutcome::kNameUnknown, "the name of the server is no host name");
   server_.credentials.reset();
   if (authenticates_) {
     if ((user_name_ + password_).find(L'\0') != std::wstring::npos)
-      return SendOutcome::kCredentialsRefused;  // no mechanism can carry it
+      return Fault(SendOutcome::kCredentialsRefused,
+                   "no login can carry the NUL in the user name or password");
     server_.credentials = {ToUtf8(user_name_), ToUtf8(password_)};
   }
   std::unique_ptr<SmtpSession> opened;
-  if (const Failure failure = SmtpSession::Open(*network_, server_, opened)) return failure;
+  Failure failure = SmtpSession::Open(*network_, server_, login_history_, opened);
+  if (login_history_.password_was_shown) report_.TellOfShownPassword(ServerName());
+  if (failure) return failure;
   composer_.SetEightBit(opened->Extensions().eight_bit);
   session_.emplace(std::move(opened));
   return std::nullopt;
@@ -190,17 +225,26 @@ Failure SmtpMailComponent::OpenSession() {
 // A session is unusable once it is closed, and where an exception left it in the middle of a step.
 void SmtpMailComponent::DropUnusableSession() {
   const bool was_thrown =
-      send_outcome_ == SendOutcome::kOutOfMemory || send_outcome_ == SendOutcome::kOtherError;
+      failure_ == SendOutcome::kOutOfMemory || failure_ == SendOutcome::kOtherError;
   if (session_ && (was_thrown || session_->Session().IsClosed())) session_.reset();
 }
 
 void SmtpMailComponent::EndSession() {
-  if (!send_outcome_) send_outcome_ = SendOutcome::kConnectionFailed;
+  if (!is_replied_to_) failure_ = SendOutcome::kConnectionFailed;
+  is_replied_to_ = true;
   session_.reset();
+  server_faults_.Forget();
 }
 
-std::unique_ptr<MailComponent> NewSmtpMailComponent(const System& system,
-                                                    LetterReader read_letter) {
+void SmtpMailComponent::TellOf(const Fault& fault) {
+  report_.Tell(fault, recipient_, ServerName());
+}
+
+std::string SmtpMailComponent::ServerName() const {
+  return ToUtf8(host_) + " port " + std::to_string(server_.port);
+}
+
+std::unique_ptr<MailComponent> NewSmtpMailComponent(System& system, LetterReader read_letter) {
   return std::make_unique<SmtpMailComponent>(system, std::move(read_letter), NewSocketNetwork(),
                                              ReadTimeouts(system));
 }

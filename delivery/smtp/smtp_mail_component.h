@@ -8,9 +8,11 @@
 
 #include "delivery/mail_component.h"
 #include "delivery/mime/message_composer.h"
+#include "delivery/smtp/fault_report.h"
 #include "delivery/smtp/mail_transactions.h"
 #include "delivery/smtp/message_queue.h"
 #include "delivery/smtp/random_tokens.h"
+#include "delivery/smtp/server_faults.h"
 #include "delivery/smtp/server_settings.h"
 #include "platform/system.h"
 #include "text/letter.h"
@@ -25,8 +27,8 @@ using LetterReader = std::function<std::optional<Letter>(const std::wstring& pat
 class SmtpMailComponent : public MailComponent {
  public:
   // The references must outlive the component.
-  SmtpMailComponent(const System& system, LetterReader read_letter,
-                    std::unique_ptr<Network> network, const Timeouts& timeouts);
+  SmtpMailComponent(System& system, LetterReader read_letter, std::unique_ptr<Network> network,
+                    const Timeouts& timeouts);
   ~SmtpMailComponent() override;
 
   void SetServerHost(const std::wstring& host) override;
@@ -62,7 +64,11 @@ class SmtpMailComponent : public MailComponent {
   void DropUnusableSession();
   void EndSession();
 
-  const System& system_;
+  Submission SubmitToServer(ComposedMessage& message);
+  void TellOf(const Fault& fault);
+  std::string ServerName() const;
+
+  System& system_;
   LetterReader read_letter_;
   std::unique_ptr<Network> network_;
 
@@ -78,12 +84,17 @@ class SmtpMailComponent : public MailComponent {
   RandomTokens message_ids_;
   MessageQueue queue_;
   std::optional<MailTransactions> session_;
-  // Of the message that was sent last; nothing until the server replies to it.
-  std::optional<SendOutcome> send_outcome_ = SendOutcome::kOtherError;
+  LoginHistory login_history_;
+  ServerFaults server_faults_;
+  FaultReport report_;
+  // Of the message that was sent last.
+  std::string recipient_;  // in UTF-8, with "?" for control characters
+  bool is_replied_to_ = true;
+  Failure failure_ = SendOutcome::kOtherError;
 };
 
 // The component as a run uses it: over the machine's sockets, with the time-outs of the
 // environment.
-std::unique_ptr<MailComponent> NewSmtpMailComponent(const System& system, LetterReader read_letter);
+std::unique_ptr<MailComponent> NewSmtpMailComponent(System& system, LetterReader read_letter);
 
 }  // namespace pxscheduler

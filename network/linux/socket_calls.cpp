@@ -64,12 +64,16 @@ ConnectStart StartConnecting(SocketHandle socket, const sockaddr_storage& addres
   return errno == EINPROGRESS || errno == EINTR ? ConnectStart::kUnderWay : ConnectStart::kFailed;
 }
 
-bool HasConnected(SocketHandle socket) {
+int ConnectError(SocketHandle socket) {
   int error = 0;
   socklen_t size = sizeof(error);
   getsockopt(socket, SOL_SOCKET, SO_ERROR, &error, &size);
-  return error == 0 || error == ECONNRESET;
+  return error == ECONNRESET ? 0 : error;
 }
+
+int LastSocketError() { return errno; }
+
+std::string ResolverErrorText(int error) { return gai_strerror(error); }
 
 TransferResult SendSome(SocketHandle socket, std::string_view bytes, std::size_t& sent) {
   return Transferred(send(socket, bytes.data(), bytes.size(), MSG_NOSIGNAL), sent);

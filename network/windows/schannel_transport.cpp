@@ -2,7 +2,9 @@
 #include <array>
 #include <cstring>
 #include <memory>
+#include <optional>
 #include <string>
+#include <system_error>
 #include <utility>
 
 #include "network/socket_calls.h"
@@ -57,10 +59,13 @@ class SchannelTransport : public Transport {
     if (is_open_) SayFarewell();
   }
 
-  IoResult Handshake(const std::string& host, CertificateCheck check, Deadline deadline) {
+  IoResult Handshake(const std::string& host, CertificateCheck check, Deadline deadline,
+                     std::string& problem) {
     host_ = host;
     check_ = check;
     const IoResult result = Negotiate(deadline);
+    if (result == IoResult::kTimedOut) problem = "no answer";
+    if (result == IoResult::kBroken) problem = problem_.empty() ? "the connection broke" : problem_;
     is_open_ =
         result == IoResult::kDone &&
         QueryContextAttributesW(context_.Get(), SECPKG_ATTR_STREAM_SIZES, &sizes_) == SEC_E_OK;
@@ -91,6 +96,7 @@ class SchannelTransport : public Transport {
   }
 
   std::string LocalAddress() const override { return transport_->LocalAddress(); }
+  std::string PeerAddress() const override { return transport_->PeerAddress(); }
 
  private:
   // Handshakes: at the start, and again whenever the server wants to. What has arrived for it is
@@ -113,7 +119,10 @@ class SchannelTransport : public Transport {
       }
       if (status == SEC_E_OK) return IsAcceptable(deadline) ? IoResult::kDone : IoResult::kBroken;
       const bool goes_on = status == SEC_I_CONTINUE_NEEDED || status == SEC_E_INCOMPLETE_MESSAGE;
-      if (!goes_on) return IoResult::kBroken;
+      if (!goes_on) {
+        problem_ = std::system_category().message(static_cast<int>(status));
+        return IoResult::kBroken;
+      }
       if (pending_.empty() || status == SEC_E_INCOMPLETE_MESSAGE) {
         const IoResult read = ReadMore(deadline);
         if (read != IoResult::kDone) return read;
@@ -152,7 +161,9 @@ class SchannelTransport : public Transport {
       return false;
     const std::unique_ptr<const CERT_CONTEXT, decltype(&CertFreeCertificateContext)> owner(
         certificate, &CertFreeCertificateContext);
-    return IsTrusted(*certificate, host_, deadline);
+    const std::optional<std::string> distrust = ReasonOfDistrust(*certificate, host_, deadline);
+    if (distrust) problem_ = "certificate: " + *distrust;
+    return !distrust;
   }
 
   // Decrypts one record of `pending_`, or reads the rest of it.
@@ -235,15 +246,16 @@ class SchannelTransport : public Transport {
   std::string pending_;    // received and not yet decrypted
   std::string decrypted_;  // and not yet handed out
   std::string records_;    // to be sent
+  std::string problem_;    // of a handshake that failed
   bool is_open_ = false;
 };
 
 }  // namespace
 
 IoResult StartTlsOver(std::unique_ptr<Transport>& transport, const std::string& host,
-                      CertificateCheck check, Deadline deadline) {
+                      CertificateCheck check, Deadline deadline, std::string& problem) {
   auto secure = std::make_unique<SchannelTransport>(std::move(transport));
-  const IoResult result = secure->Handshake(host, check, deadline);
+  const IoResult result = secure->Handshake(host, check, deadline, problem);
   transport = std::move(secure);
   return result;
 }

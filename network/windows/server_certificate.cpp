@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 #include <string_view>
+#include <system_error>
 
 #include "network/socket_calls.h"
 
@@ -46,7 +47,7 @@ Chain BuildChain(const CERT_CONTEXT& certificate, Deadline deadline) {
 }
 
 // `name`, where it is not empty, is the host that the certificate must be made out to.
-bool MeetsPolicy(const Chain& chain, std::wstring name) {
+std::optional<std::string> PolicyViolation(const Chain& chain, std::wstring name) {
   SSL_EXTRA_CERT_CHAIN_POLICY_PARA ssl{};
   ssl.cbSize = sizeof(ssl);
   ssl.dwAuthType = AUTHTYPE_SERVER;
@@ -57,9 +58,11 @@ bool MeetsPolicy(const Chain& chain, std::wstring name) {
   parameters.pvExtraPolicyPara = &ssl;
   CERT_CHAIN_POLICY_STATUS status{};
   status.cbSize = sizeof(status);
-  return CertVerifyCertificateChainPolicy(CERT_CHAIN_POLICY_SSL, chain.get(), &parameters,
-                                          &status) != FALSE &&
-         status.dwError == 0;
+  if (CertVerifyCertificateChainPolicy(CERT_CHAIN_POLICY_SSL, chain.get(), &parameters, &status) ==
+      FALSE)
+    return "it cannot be checked";
+  if (status.dwError == 0) return std::nullopt;
+  return std::system_category().message(static_cast<int>(status.dwError));
 }
 
 // The bytes of a numeric address as a certificate holds them (RFC 5280 section 4.2.1.6).
@@ -98,13 +101,16 @@ bool NamesAddress(const CERT_CONTEXT& certificate, std::string_view address) {
 
 bool IsNumericHost(const std::string& host) { return AddressBytes(host).has_value(); }
 
-bool IsTrusted(const CERT_CONTEXT& certificate, const std::string& host, Deadline deadline) {
+std::optional<std::string> ReasonOfDistrust(const CERT_CONTEXT& certificate,
+                                            const std::string& host, Deadline deadline) {
   const Chain chain = BuildChain(certificate, deadline);
-  if (!chain) return false;
+  if (!chain || host.empty()) return "it cannot be checked";
+  const std::optional<std::string> address = AddressBytes(host);
+  if (!address) return PolicyViolation(chain, std::wstring(host.begin(), host.end()));
   // The system compares names only.
-  if (const std::optional<std::string> address = AddressBytes(host))
-    return MeetsPolicy(chain, {}) && NamesAddress(certificate, *address);
-  return !host.empty() && MeetsPolicy(chain, std::wstring(host.begin(), host.end()));
+  if (const auto violation = PolicyViolation(chain, {})) return violation;
+  if (NamesAddress(certificate, *address)) return std::nullopt;
+  return "it was not made out to " + host;
 }
 
 }  // namespace pxscheduler

@@ -4,6 +4,7 @@
 // Needs the types of the header above.
 #include <wincrypt.h>
 
+#include <optional>
 #include <string>
 
 #include "network/transport.h"
@@ -14,9 +15,10 @@ namespace pxscheduler {
 // SocketLibrary.
 bool IsNumericHost(const std::string& host);
 
-// Whether the machine's certificate stores trust a TLS server's certificate, which came with those
-// in its store, and whether it was made out to `host`, an ASCII name or a numeric address. Looking
-// for certificates that are missing between them ends at the deadline.
-bool IsTrusted(const CERT_CONTEXT& certificate, const std::string& host, Deadline deadline);
+// Nothing where the machine's certificate stores trust a TLS server's certificate, which came with
+// those in its store, and it was made out to `host`, an ASCII name or a numeric address; else why
+// not. Looking for certificates that are missing between them ends at the deadline.
+std::optional<std::string> ReasonOfDistrust(const CERT_CONTEXT& certificate,
+                                            const std::string& host, Deadline deadline);
 
 }  // namespace pxscheduler

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <system_error>
 #include <utility>
 
 namespace pxscheduler {
@@ -80,12 +81,16 @@ ConnectStart StartConnecting(SocketHandle socket, const sockaddr_storage& addres
   return WSAGetLastError() == WSAEWOULDBLOCK ? ConnectStart::kUnderWay : ConnectStart::kFailed;
 }
 
-bool HasConnected(SocketHandle socket) {
+int ConnectError(SocketHandle socket) {
   int error = 0;
   socklen_t size = sizeof(error);
   getsockopt(socket, SOL_SOCKET, SO_ERROR, reinterpret_cast<char*>(&error), &size);
-  return error == 0 || error == WSAECONNRESET;
+  return error == WSAECONNRESET ? 0 : error;
 }
+
+int LastSocketError() { return WSAGetLastError(); }
+
+std::string ResolverErrorText(int error) { return std::system_category().message(error); }
 
 TransferResult SendSome(SocketHandle socket, std::string_view bytes, std::size_t& sent) {
   return Transferred(send(socket, bytes.data(), TransferSize(bytes.size()), 0), sent);

@@ -67,15 +67,15 @@ std::chrono::seconds TimeOfDay(const SYSTEMTIME& time) {
 constexpr int kInterrupted = 130;
 constexpr int kTerminated = 143;
 
-// 0 while there is no request. The system calls the handler in a thread of its own and hands it
-// nothing that could lead to an object.
-std::atomic<int> requested_status{0};
+// Of a program with a console; 0 while there is no request. The system calls the handler in a
+// thread of its own and hands it nothing that could lead to an object.
+std::atomic<int> status_asked_by_console{0};
 
-BOOL WINAPI HandleStopRequest(DWORD event) {
+BOOL WINAPI HandleConsoleEvent(DWORD event) {
   const bool is_interrupt = event == CTRL_C_EVENT || event == CTRL_BREAK_EVENT;
-  requested_status = is_interrupt ? kInterrupted : kTerminated;
-  // When the handler returns from one of the others, the system ends the process; this leaves the
-  // program what time the system grants.
+  status_asked_by_console = is_interrupt ? kInterrupted : kTerminated;
+  // When the handler returns from one of the others, the system ends the process; it grants some
+  // seconds.
   if (!is_interrupt) ::Sleep(INFINITE);
   return TRUE;
 }
@@ -154,7 +154,8 @@ std::optional<int> WindowsSystem::OsMajorVersion() const {
 
 void WindowsSystem::ShowMessageBox(const std::wstring& caption, const std::wstring& text) {
   EndProgressLine();
-  ::SetConsoleCtrlHandler(HandleStopRequest, FALSE);
+  ::SetConsoleCtrlHandler(HandleConsoleEvent, FALSE);
+  stop_window_.reset();
   // The last thing that a run does is to be seen, though the program has no window to stand before.
   ::MessageBoxW(nullptr, text.c_str(), caption.c_str(),
                 MB_OK | MB_ICONEXCLAMATION | MB_TASKMODAL | MB_SETFOREGROUND);
@@ -181,11 +182,15 @@ void WindowsSystem::EndProgressLine() {
   progress_line_is_open_ = false;
 }
 
-void WindowsSystem::HoldStopRequests() { ::SetConsoleCtrlHandler(HandleStopRequest, TRUE); }
+void WindowsSystem::HoldStopRequests() {
+  ::SetConsoleCtrlHandler(HandleConsoleEvent, TRUE);
+  if (stop_window_ == nullptr) stop_window_ = std::make_unique<StopWindow>();
+}
 
 std::optional<int> WindowsSystem::StopStatus() const {
-  const int status = requested_status;
-  return status == 0 ? std::nullopt : std::optional(status);
+  if (const int status = status_asked_by_console; status != 0) return status;
+  if (stop_window_ != nullptr && stop_window_->IsStopRequested()) return kTerminated;
+  return std::nullopt;
 }
 
 std::wstring WindowsSystem::ShownPath(const std::wstring& path) const { return path; }

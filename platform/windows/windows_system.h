@@ -9,6 +9,7 @@
 
 #include "platform/code_page.h"
 #include "platform/system.h"
+#include "platform/windows/stop_window.h"
 
 namespace pxscheduler {
 
@@ -48,6 +49,7 @@ class WindowsSystem : public System {
   void EndProgressLine();
 
   std::function<const CodePage&()> ansi_;
+  std::unique_ptr<StopWindow> stop_window_;
   bool is_watched_;  // standard error is a console
   bool progress_line_is_open_ = false;
   std::chrono::steady_clock::time_point next_drawing_;

@@ -4,7 +4,8 @@ import resource
 import time
 
 import wine
-from machine import COMMAND, DATA_SOURCE, MAIL, PRODUCT, RUNNING, SchedulerTest, unfinished_block
+from machine import (
+    COMMAND, DATA_SOURCE, MAIL, PRODUCT, RUNNING, SchedulerTest, log_block, unfinished_block)
 
 REJECTED_SQL = -2147217900
 
@@ -171,8 +172,9 @@ class Mail(SchedulerTest):
     def test_servers_that_cannot_be_reached(self):
         for server, text, *warning in (
                 ("", "No mail server specified.", '"EmailServer" under ' + MAIL),
-                ("127.0.0.1:9", "There was an error connecting to the SMTP mail server."),
-                ("no..such..host", "Could not resolve host.")):
+                ("127.0.0.1:9", "There was an error connecting to the SMTP mail server.",
+                 "127.0.0.1 port 9: no connection"),
+                ("no..such..host", "Could not resolve host.", "no..such..host")):
             with self.subTest(server=server):
                 self.registry[MAIL]["EmailServer"] = server
                 self.assert_sends("Failed: ann@example.com", text, warning=warning)
@@ -195,7 +197,8 @@ class Mail(SchedulerTest):
             with self.subTest(steps=steps, action=action):
                 self.start_mail_server(
                     faults=[{"at": step, "do": action} for step in steps.split()])
-                self.assert_sends("Failed: ann@example.com", text)
+                self.assert_sends("Failed: ann@example.com", text, warning=(
+                    "the connection broke" if action == "close" else f'was answered "{action}"',))
 
     def test_logins_that_fail(self):
         secret = "S3cret"
@@ -209,7 +212,7 @@ class Mail(SchedulerTest):
                 ({}, "The selected ESMTP Authentication mode;is not supported by the server.")):
             with self.subTest(script=script):
                 self.start_mail_server(**script)
-                self.assert_sends("Failed: ann@example.com", text)
+                self.assert_sends("Failed: ann@example.com", text, warning=["by 127.0.0.1 port "])
 
     @wine.not_under("the settings are no file")
     def test_a_password_that_everybody_may_read_is_warned_of(self):
@@ -228,8 +231,13 @@ class Mail(SchedulerTest):
             self.add_client(email)
         refused = ("An error was reported in response to a recipient address.;"
                    "The SMTP server may refuse to handle mail for unknown recipients.")
-        self.assert_sends(
-            "Sent: ann@example.com", "Failed: bob@example.com", refused, "Sent: carl@example.com",
-            "Failed: eve@example.com>", "RCPT TO:<all@example.com", refused)
+        result = self.run_scheduler()
+        self.assertEqual(result.returncode, 0)
+        self.assertRegex(result.stderr, r"\AMail to bob@example.com by .*: RCPT was answered .*\n"
+                         r"Mail to eve@example.com>\?\?RCPT .*: the address is malformed\.\n\Z")
+        self.assert_log(*log_block(
+            RUNNING, "Sent: ann@example.com", "Failed: bob@example.com", refused,
+            "Sent: carl@example.com", "Failed: eve@example.com>", "RCPT TO:<all@example.com",
+            refused))
         self.assertEqual([message.envelope["to"] for message in server.messages],
                          [["ann@example.com"], ["carl@example.com"]])

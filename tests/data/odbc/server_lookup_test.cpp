@@ -100,7 +100,8 @@ TEST(ServerLookupTest, GivesUp) {
   const auto look_up = [&](const wchar_t* name, int timeout) {
     return RaisedBy([&] { ResolveHost(resolver, name, milliseconds(timeout)); }).description;
   };
-  EXPECT_EQ(look_up(L"no host at all", 5000), L"The server no host at all is unknown.");
+  EXPECT_TRUE(
+      look_up(L"no host at all", 5000).starts_with(L"The server no host at all is unknown: "));
   EXPECT_EQ(look_up(L"host.invalid", 0),
             L"Looking up the address of the server host.invalid took too long.");
 }

@@ -30,6 +30,7 @@ class TestMail {
   }
 
   SmtpMailComponent& Component() { return component_; }
+  const std::vector<std::wstring>& Warnings() const { return system_.warnings; }
 
   std::map<std::wstring, std::optional<Letter>> letters;  // by path
 

@@ -1,3 +1,4 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <map>
@@ -8,9 +9,14 @@
 #include <vector>
 
 #include "tests/delivery/smtp/mail_fixture.h"
+#include "text/utf8.h"
 
 namespace pxscheduler {
 namespace {
+
+using ::testing::AllOf;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 
 // A network of servers that follow a script, whatever they are sent. The script of a connection is
 // its replies, separated by "|"; in place of one "timeout" or "exception". At its end the
@@ -21,6 +27,7 @@ struct Servers {
   std::vector<std::string> lines{};
   std::string client_name{};
   std::string client_address = "192.0.2.7";
+  std::string server_address = "127.0.0.1";
 
   std::string Next() {
     std::string step = scripts.front().substr(0, scripts.front().find('|'));
@@ -71,6 +78,7 @@ class ScriptedTransport : public Transport {
   }
 
   std::string LocalAddress() const override { return servers_.client_address; }
+  std::string PeerAddress() const override { return servers_.server_address; }
 
  private:
   Servers& servers_;
@@ -82,8 +90,8 @@ class ScriptedNetwork : public Network {
   explicit ScriptedNetwork(Servers& servers) : servers_(servers) {}
 
   ConnectResult Connect(const std::string& /*host*/, std::int32_t /*port*/,
-                        const ConnectTimeouts& /*timeouts*/,
-                        std::unique_ptr<Transport>& transport) override {
+                        const ConnectTimeouts& /*timeouts*/, std::unique_ptr<Transport>& transport,
+                        std::string& problem) override {
     static const std::map<std::string, ConnectResult> failures = {
         {"unknown name", ConnectResult::kNameUnknown},
         {"name timeout", ConnectResult::kNameTimedOut},
@@ -94,6 +102,7 @@ class ScriptedNetwork : public Network {
     const auto failure = failures.find(script);
     if (failure != failures.end()) {
       servers_.scripts.erase(servers_.scripts.begin());
+      problem = "as the machine says";
       return failure->second;
     }
     transport = std::make_unique<ScriptedTransport>(servers_);
@@ -101,7 +110,8 @@ class ScriptedNetwork : public Network {
   }
 
   IoResult StartTls(std::unique_ptr<Transport>& /*transport*/, const std::string& /*host*/,
-                    CertificateCheck check, Deadline /*deadline*/) override {
+                    CertificateCheck check, Deadline /*deadline*/, std::string& problem) override {
+    problem = "as TLS says";
     servers_.commands += check == CertificateCheck::kNone ? " tls" : " checked-tls";
     return Servers::ResultOf(servers_.Next());
   }
@@ -309,7 +319,16 @@ TEST(DialogueTest, OneMoreTry) {
       {{first + "451", first}, {0, 0}, once + " MAIL/" + once + " QUIT/"},
       {{first + "timeout"}, {0, 27}, once + " MAIL/"},
       {{first + "354"}, {0, 18}, once + " MAIL/"},
-      {{first + "250|"}, {0, 16}, once + " MAIL RCPT/"},
+      {{first + "250|", first}, {0, 0}, once + " MAIL RCPT/" + once + " QUIT/"},
+      {{first + "250|421", first}, {0, 0}, once + " MAIL RCPT/" + once + " QUIT/"},
+      {{first + "250|250|421", first}, {0, 0}, once + " MAIL RCPT DATA/" + once + " QUIT/"},
+      {{first + "250|250|354|"}, {0, 16}, once + sent + "/"},
+      {{kPipelining + kAccepts + "250|421", kHello + kAccepts},
+       {0, 0},
+       " EHLO MAIL+RCPT+DATA message MAIL+RCPT+DATA/" + once + " QUIT/"},
+      {{kPipelining + kAccepts + "250|550|421"},
+       {0, 8},
+       " EHLO MAIL+RCPT+DATA message MAIL+RCPT+DATA/"},
       {{first + "250|550"}, {0, 8}, once + " MAIL RCPT QUIT/"},
       {{first, "refused"}, {0, 9}, once + " MAIL/"},
       {{first, kHello}, {0, 16}, once + " MAIL/ EHLO MAIL/"},
@@ -318,6 +337,96 @@ TEST(DialogueTest, OneMoreTry) {
       {{kHello + "250|550|502", first}, {8, 0}, " EHLO MAIL RCPT RSET/" + once + " QUIT/"},
       {{kHello + "250|550|timeout"}, {8, 27}, " EHLO MAIL RCPT RSET/"},
   });
+}
+
+// What fails three times in a row before MAIL is accepted is not tried again.
+TEST(DialogueTest, FaultsOfTheServer) {
+  Expect({
+      {{"refused", "timeout|", "554"}, {9, 27, 18, 18, 18}, "//"},
+      {{"refused", "refused", kHello + kAccepts, "refused"},
+       {9, 9, 0, 9},
+       " EHLO MAIL RCPT DATA message MAIL/"},
+      {{"refused", "refused", kHello + "250|550|", "refused"},
+       {9, 9, 8, 9},
+       " EHLO MAIL RCPT RSET/"},
+      {{kHello + "timeout", kHello + "timeout", kHello + "timeout"},
+       {27, 27, 27, 27},
+       " EHLO MAIL/ EHLO MAIL/ EHLO MAIL/"},
+      {{kHello + "550|250|550|250|550|250|550"},
+       {7, 7, 7, 7},
+       " EHLO MAIL RSET MAIL RSET MAIL RSET MAIL QUIT/"},
+  });
+}
+
+TEST(DialogueTest, PasswordsAndWhereTheyGo) {
+  const std::string delivers = " MAIL RCPT DATA message QUIT/";
+  const std::string tls = "220|250-x\r\n250 STARTTLS|220|done|";
+  const std::string all = "250-x\r\n250 AUTH SCRAM-SHA-256 CRAM-MD5 PLAIN LOGIN|";
+  const auto password_in_clear = [](const std::string& address, const wchar_t* security) {
+    Servers servers{.scripts = {"220|250-x\r\n250 AUTH PLAIN|235|" + kAccepts},
+                    .server_address = address};
+    TestMail mail(25, kNoTime, std::make_unique<ScriptedNetwork>(servers));
+    mail.UsePassword(L"secret");
+    mail.Component().SetSecurity(security);
+    const std::int32_t code = mail.SendTo(L"ann@example.com");
+    return std::pair(code, mail.Warnings().size());
+  };
+  for (const char* address : {"192.0.2.1", "11.0.0.1", "172.32.0.1", "172.15.0.1", "192.169.0.1",
+                              "2001:db8::1", "fec0::1", "::ffff:192.0.2.1", ""})
+    EXPECT_EQ(password_in_clear(address, L""), std::pair(25, std::size_t{1})) << address;
+  for (const char* address : {"10.1.2.3", "172.16.0.1", "172.31.9.9", "192.168.7.7", "169.254.1.1",
+                              "fd00::1", "fe80::1%eth0", "::ffff:10.0.0.1"})
+    EXPECT_EQ(password_in_clear(address, L""), std::pair(0, std::size_t{1})) << address;
+  for (const char* address : {"127.0.0.1", "127.9.9.9", "::1", "::ffff:127.0.0.1"})
+    EXPECT_EQ(password_in_clear(address, L""), std::pair(0, std::size_t{0})) << address;
+  EXPECT_EQ(password_in_clear("192.0.2.1", L"none"), std::pair(0, std::size_t{0}));
+  Expect(
+      {
+          // A refused challenge is not the last word: the password follows once, inside TLS alone.
+          {{tls + all + "535|235|" + kAccepts + "|", tls + all + "235|" + kAccepts},
+           {0, 0},
+           " EHLO STARTTLS checked-tls EHLO AUTH AUTH MAIL RCPT DATA message MAIL/"
+           " EHLO STARTTLS checked-tls EHLO AUTH" +
+               delivers},
+          {{tls + all + "535|535", tls + all + "535"},
+           {24, 24},
+           " EHLO STARTTLS checked-tls EHLO AUTH AUTH/ EHLO STARTTLS checked-tls EHLO AUTH/"},
+          {{tls + all + "421"}, {24}, " EHLO STARTTLS checked-tls EHLO AUTH/"},
+          {{"220|" + all + "535"}, {24}, " EHLO AUTH/"},
+      },
+      L"secret");
+}
+
+TEST(DialogueTest, WhatAnOperatorIsTold) {
+  const auto told = [](const std::vector<std::string>& scripts,
+                       const std::vector<std::wstring>& recipients,
+                       const std::wstring& password = L"") {
+    Servers servers{.scripts = scripts};
+    TestMail mail(25, kNoTime, std::make_unique<ScriptedNetwork>(servers));
+    if (!password.empty()) mail.UsePassword(password);
+    mail.SendToEach(recipients);
+    std::vector<std::string> lines;
+    for (const std::wstring& line : mail.Warnings()) lines.push_back(ToUtf8(line));
+    return lines;
+  };
+  const std::string place = " by 127.0.0.1 port 25: ";
+  // Each cause once, whatever the server adds to it.
+  EXPECT_THAT(
+      told({kHello + "250|450 4.2.0 <a@x>: Greylisted, see id 17|250|"
+                     "250|450 4.2.0 <b@x>: Greylisted, see id 18|250|250|550 5.1.1 Unknown"},
+           {L"a@x", L"b@x", L"c@x"}),
+      ElementsAre(
+          "Mail to a@x" + place + "RCPT was answered \"450 4.2.0 <a@x>: Greylisted, see id 17\".",
+          "Mail to c@x" + place + "RCPT was answered \"550 5.1.1 Unknown\"."));
+  EXPECT_THAT(told({"refused", "refused", "refused"}, {L"a@x", L"b@x", L"c@x", L"d@x", L"e@x"}),
+              ElementsAre("Mail to a@x" + place + "no connection (as the machine says).",
+                          AllOf(HasSubstr("three times in a row"), HasSubstr("from d@x on"))));
+  EXPECT_THAT(told({"220|250-x\r\n250 STARTTLS|220|"}, {L"a@x"}),
+              ElementsAre(HasSubstr("TLS could not be started: as TLS says")));
+  EXPECT_THAT(told({kHello}, {L"a\r\nSent: b@x"}),
+              ElementsAre("Mail to a??Sent: b@x" + place + "the address is malformed."));
+  EXPECT_THAT(told({"220|250-x\r\n250 AUTH PLAIN|535 no AHVzZXIAc2VjcmV0"}, {L"a@x"}, L"secret"),
+              ElementsAre(HasSubstr("AUTH PLAIN was answered \"535 (and words that repeat the")));
 }
 
 TEST(DialogueTest, WhatTheClientSays) {

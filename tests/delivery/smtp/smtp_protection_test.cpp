@@ -134,13 +134,13 @@ class Detour : public Network {
  public:
   explicit Detour(int port) : port_(port) {}
   ConnectResult Connect(const std::string& host, std::int32_t /*port*/,
-                        const ConnectTimeouts& timeouts,
-                        std::unique_ptr<Transport>& transport) override {
-    return network_->Connect(host, port_, timeouts, transport);
+                        const ConnectTimeouts& timeouts, std::unique_ptr<Transport>& transport,
+                        std::string& problem) override {
+    return network_->Connect(host, port_, timeouts, transport, problem);
   }
   IoResult StartTls(std::unique_ptr<Transport>& transport, const std::string& host,
-                    CertificateCheck check, Deadline deadline) override {
-    return network_->StartTls(transport, host, check, deadline);
+                    CertificateCheck check, Deadline deadline, std::string& problem) override {
+    return network_->StartTls(transport, host, check, deadline, problem);
   }
   std::string HostName() const override { return "client.example.com"; }
 

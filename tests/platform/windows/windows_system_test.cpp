@@ -36,6 +36,16 @@ TEST(WindowsSystem, TellsOfTheProcess) {
   EXPECT_GE(system.OsMajorVersion().value_or(0), 5);
 }
 
+TEST(WindowsSystem, HearsThatTheSessionEnds) {
+  WindowsSystem system([]() -> const CodePage& { throw RuntimeError{}; });
+  system.HoldStopRequests();
+  EXPECT_EQ(system.StopStatus(), std::nullopt);
+  const HWND window = ::FindWindowW(L"PXScheduler stop requests", nullptr);
+  ASSERT_NE(window, nullptr);
+  EXPECT_NE(::SendMessageW(window, WM_QUERYENDSESSION, 0, 0), 0);
+  EXPECT_EQ(system.StopStatus(), 143);
+}
+
 TEST(WindowsRegional, NamesMonthsAndDays) {
   const RegionalSettings settings = WindowsRegionalSettings();
   EXPECT_NE(settings.short_date.find(L'M'), std::wstring::npos);
