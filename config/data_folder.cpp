@@ -47,8 +47,7 @@ std::optional<RuntimeError> MakeMissingFolders(System& system, const std::wstrin
   try {
     system.MakeFolder(path);
   } catch (const RuntimeError& error) {
-    // Another run may have made it meanwhile.
-    if (!first_error && !Exists(system, path)) first_error = error;
+    if (!first_error) first_error = error;
   }
   return first_error;
 }
@@ -87,7 +86,9 @@ std::wstring GetDataFolder(System& system, const Registry& registry, const CodeP
 
 void CreateFolder(System& system, const std::wstring& path) {
   const std::optional<RuntimeError> error = MakeMissingFolders(system, path);
-  if (error) system.Warn(L"The folder of the run log could not be made. " + error->description);
+  // A drive, which cannot be made, may be there, and another run may have made the rest meanwhile.
+  if (error && !Exists(system, path.substr(0, path.find_last_not_of(L'\\') + 1)))
+    system.Warn(L"The folder of the run log could not be made. " + error->description);
 }
 
 }  // namespace pxscheduler

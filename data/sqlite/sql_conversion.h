@@ -6,35 +6,42 @@
 #include <string_view>
 #include <variant>
 
+#include "data/sqlite/sql_dates.h"
+#include "data/sqlite/sql_type.h"
+
 namespace pxscheduler {
 
-// A value of the embedded engine, text as UTF-8. std::monostate is Null.
+// A value while a statement runs: text as UTF-8, a date as its milliseconds since 1970.
+// std::monostate is Null.
 using SqlValue = std::variant<std::monostate, std::int64_t, double, std::string>;
 
-// A type as CONVERT and CAST name it: VARCHAR(30), DECIMAL(10,2). The length or precision and the
-// scale are absent where they are not given, and kMaximum stands for "max".
-struct SqlType {
-  static constexpr std::int64_t kMaximum = -1;
-
-  std::string name;
-  std::optional<std::int64_t> length;
-  std::optional<std::int64_t> scale;
-};
-
-// What a function of the engine cannot do; the text is SQL Server's own where it has one.
+// What a statement cannot do with a value, with SQL Server's text and number.
 struct SqlFunctionError {
   std::string description;
+
+  SqlFunctionError(const std::string& text, int number)
+      : description(text + " (SQL Server error " + std::to_string(number) + ")") {}
 };
 
-// The value converted to the type as CONVERT does; Null stays Null. `style` is the number of a date
-// form, 0 where none is given. Text that is no date becomes Null instead of an error, so that one
-// spoilt row does not end a run. Dates are held as text ("2026-11-16 15:07:41").
-// Raises SqlFunctionError for other texts that cannot be converted, unknown types and unknown
-// styles.
-SqlValue ConvertSqlValue(const SqlValue& value, const SqlType& type,
+std::int64_t MillisecondsOf(SqlMoment moment);
+SqlMoment MomentAt(std::int64_t milliseconds);
+
+// The value of the kind `from` converted as CONVERT does; Null stays Null. `style` is the number of
+// a form of dates, if one is given. Raises SqlFunctionError where SQL Server does.
+SqlValue ConvertSqlValue(const SqlValue& value, SqlKind from, const SqlType& to,
                          std::optional<std::int64_t> style);
 
-// The text of a value as the engine writes it, Null as "".
-std::string SqlTextOf(const SqlValue& value);
+// The same to the plain type of a kind, text of any length.
+SqlValue ConvertToKind(const SqlValue& value, SqlKind from, SqlKind to);
+
+// The date that a text stands for as a value of the kind. Raises SqlFunctionError (241, 242).
+SqlMoment DateOfText(std::string_view text, SqlKind kind, std::int64_t style);
+
+// The date in a column, as a value of the column's kind. Raises SqlFunctionError (241) for a text
+// that is none in a form of ISO 8601.
+SqlMoment DateInColumn(std::string_view text, SqlKind kind);
+
+// 0 where they compare equal: texts without case, a number with a text that is one.
+int CompareSqlValues(const SqlValue& left, const SqlValue& right);
 
 }  // namespace pxscheduler

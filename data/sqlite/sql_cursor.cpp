@@ -2,9 +2,11 @@
 
 #include <algorithm>
 
+#include "text/utf8.h"
+
 namespace pxscheduler {
 
-SqlCursor::SqlCursor(std::string_view sql) {
+SqlCursor::SqlCursor(std::string_view sql) : sql_(sql) {
   std::string unclosed;
   tokens_ = ReadSqlTokens(sql, unclosed);
   if (!unclosed.empty())
@@ -14,11 +16,6 @@ SqlCursor::SqlCursor(std::string_view sql) {
 
 const SqlToken& SqlCursor::Peek(std::size_t ahead) const {
   return tokens_[std::min(at_ + ahead, tokens_.size() - 1)];
-}
-
-bool SqlCursor::SeesName(std::size_t ahead) const {
-  const SqlTokenKind kind = Peek(ahead).kind;
-  return kind == SqlTokenKind::kName || kind == SqlTokenKind::kQuotedName;
 }
 
 bool SqlCursor::SeesSymbol(std::string_view symbol, std::size_t ahead) const {
@@ -67,8 +64,15 @@ void SqlCursor::SkipParentheses() {
 }
 
 void SqlCursor::RaiseSyntaxError() const {
-  const std::string& near = IsAtEnd() && at_ > 0 ? tokens_[at_ - 1].text : Peek().text;
-  throw SqlSyntaxError{"Incorrect syntax near '" + near + "'."};
+  const SqlToken& near = IsAtEnd() && at_ > 0 ? tokens_[at_ - 1] : Peek();
+  throw SqlSyntaxError{"Incorrect syntax near '" + near.text + "'" + PlaceOf(near.place) + "."};
+}
+
+std::string SqlCursor::PlaceOf(std::size_t place) const {
+  const std::string_view before = std::string_view(sql_).substr(0, place);
+  const std::size_t line_start = before.rfind('\n') + 1;  // 0 on the first line
+  return " (line " + std::to_string(std::ranges::count(before, '\n') + 1) + ", character " +
+         std::to_string(FromUtf8(before.substr(line_start)).size() + 1) + ")";
 }
 
 }  // namespace pxscheduler

@@ -23,8 +23,6 @@ class SqlCursor {
 
   const SqlToken& Peek(std::size_t ahead = 0) const;
   bool IsAtEnd() const { return Peek().kind == SqlTokenKind::kEnd; }
-  // A column's, table's, type's or function's name, quoted or not.
-  bool SeesName(std::size_t ahead = 0) const;
   bool SeesSymbol(std::string_view symbol, std::size_t ahead = 0) const;
   bool SeesWord(std::string_view word, std::size_t ahead = 0) const;
 
@@ -40,9 +38,13 @@ class SqlCursor {
   // From the "(" that is seen behind the ")" that closes it.
   void SkipParentheses();
 
+  // Of the token that is seen: " (line 2, character 7)", both counted from 1.
+  std::string Place() const { return PlaceOf(Peek().place); }
+  std::string PlaceOf(std::size_t place) const;
   [[noreturn]] void RaiseSyntaxError() const;
 
  private:
+  std::string sql_;
   std::vector<SqlToken> tokens_;
   std::size_t at_ = 0;
 };

@@ -1,11 +1,12 @@
 #include "data/sqlite/sql_dates.h"
 
+#include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstdio>
 #include <utility>
 
 #include "data/sqlite/sql_token.h"
+#include "text/ascii_case.h"
 
 namespace pxscheduler {
 namespace {
@@ -18,8 +19,12 @@ using std::chrono::seconds;
 using std::chrono::sys_days;
 using std::chrono::year_month_day;
 
-constexpr std::array<std::string_view, 12> kMonths = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
-                                                      "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+constexpr std::array<std::string_view, 12> kMonths = {
+    "January", "February", "March",     "April",   "May",      "June",
+    "July",    "August",   "September", "October", "November", "December"};
+constexpr std::array<std::string_view, 7> kWeekdays = {"Sunday",   "Monday", "Tuesday", "Wednesday",
+                                                       "Thursday", "Friday", "Saturday"};
+constexpr std::size_t kShortName = 3;  // letters of a month's abbreviation
 
 sys_days DayOf(SqlMoment moment) { return std::chrono::floor<days>(moment); }
 
@@ -70,18 +75,52 @@ std::optional<SqlMoment> AddUnits(SqlMoment moment, std::int64_t count, millisec
   return IsInRange(result) ? std::optional{result} : std::nullopt;
 }
 
-// Reads a date from its start to its end, dropping what it has read.
+bool IsDigit(char character) { return character >= '0' && character <= '9'; }
+
+int FullYear(int year, std::size_t digits) {
+  if (digits > 2) return year;
+  return year + (year < 50 ? 2000 : 1900);
+}
+
+std::optional<sys_days> Day(int year, int month, int day) {
+  const year_month_day date{std::chrono::year{year},
+                            std::chrono::month{static_cast<unsigned>(month)},
+                            std::chrono::day{static_cast<unsigned>(day)}};
+  if (!date.ok() || year < 1) return std::nullopt;
+  return sys_days{date};
+}
+
+// Reads a date text from its start to its end, dropping what it has read.
 class DateReader {
  public:
   explicit DateReader(std::string_view text) : rest_{text} {}
 
-  std::optional<SqlMoment> Read(DateFieldOrder order) {
+  DateText Read(DateFieldOrder order) {
     SkipBlanks();
-    const std::optional<year_month_day> date = ReadDay(order);
-    if (!date || !date->ok() || static_cast<int>(date->year()) < 1) return std::nullopt;
-    const std::optional<milliseconds> time = ReadTime();
-    if (!time) return std::nullopt;
-    return sys_days{*date} + *time;
+    DateText result{sys_days{std::chrono::year{1900} / 1 / 1}};
+    std::optional<milliseconds> time{0};
+    if (!rest_.empty() && !SeesTime()) {
+      std::optional<sys_days> date;
+      result.fault = DateTextFault::kNoDate;
+      if (!ReadDay(order, date)) return result;
+      result.fault = date ? DateTextFault::kNone : DateTextFault::kOutOfRange;
+      result.moment = date.value_or(sys_days{});
+    }
+    if (!rest_.empty()) {
+      if (rest_[0] == 'T' || rest_[0] == 't')
+        rest_.remove_prefix(1);
+      else
+        SkipBlanks();
+    }
+    bool is_time = true;
+    if (!rest_.empty()) is_time = ReadTime(time, result.has_long_fraction);
+    if (!is_time || !rest_.empty())
+      result.fault = DateTextFault::kNoDate;
+    else if (!time)
+      result.fault = DateTextFault::kOutOfRange;
+    else
+      result.moment += *time;
+    return result;
   }
 
  private:
@@ -95,83 +134,199 @@ class DateReader {
     return true;
   }
 
+  // Whether a time stands here: "15:" or "3 PM".
+  bool SeesTime() const {
+    const std::size_t digits = std::min(rest_.find_first_not_of("0123456789"), rest_.size());
+    if (digits == 0 || digits > 2) return false;
+    std::string_view behind = rest_.substr(digits);
+    while (behind.starts_with(' ')) behind.remove_prefix(1);
+    return behind.starts_with(':') || IsHalfOfDay(behind);
+  }
+
+  static bool IsHalfOfDay(std::string_view text) {
+    const std::string half = UpperAscii(text.substr(0, 2));
+    return half == "AM" || half == "PM";
+  }
+
   // A number of at most `most` digits; `digits` is how many it has, 0 where there is none.
   int Number(std::size_t most, std::size_t& digits) {
     int number = 0;
-    for (digits = 0; digits < most && !rest_.empty() && rest_[0] >= '0' && rest_[0] <= '9';
-         ++digits) {
+    for (digits = 0; digits < most && !rest_.empty() && IsDigit(rest_[0]); ++digits) {
       number = number * 10 + (rest_[0] - '0');
       rest_.remove_prefix(1);
     }
     return number;
   }
 
-  static year_month_day Day(int year, int month, int day) {
-    return {std::chrono::year{year}, std::chrono::month{static_cast<unsigned>(month)},
-            std::chrono::day{static_cast<unsigned>(day)}};
-  }
-
-  std::optional<year_month_day> ReadDay(DateFieldOrder order) {
-    std::size_t digits = 0;
-    const int first = Number(8, digits);
-    if (digits == 8) return Day(first / 10000, first / 100 % 100, first % 100);
-    const bool year_comes_first = digits == 4;
-    if (!year_comes_first && digits != 1 && digits != 2) return std::nullopt;
-    const char separator = rest_.empty() ? '\0' : rest_[0];
-    if (separator != '-' && separator != '/' && separator != '.') return std::nullopt;
-    Take(separator);
-    const int second = Number(2, digits);
-    if (digits == 0 || !Take(separator)) return std::nullopt;
-    int third = Number(4, digits);
-    if (year_comes_first) {
-      if (digits != 1 && digits != 2) return std::nullopt;
-      return Day(first, second, third);
-    }
-    if (digits != 2 && digits != 4) return std::nullopt;
-    if (digits == 2) third += third < 50 ? 2000 : 1900;
-    return order == DateFieldOrder::kMonthDayYear ? Day(third, first, second)
-                                                  : Day(third, second, first);
-  }
-
-  std::optional<milliseconds> ReadTime() {
-    if (!Take('T')) {
-      SkipBlanks();
-      if (rest_.empty()) return milliseconds{0};
-    }
-    std::size_t digits = 0;
-    int hour = Number(2, digits);
-    if (digits == 0 || !Take(':')) return std::nullopt;
-    const int minute = Number(2, digits);
-    if (digits != 2) return std::nullopt;
-    int second = 0;
-    int thousandths = 0;
-    if (Take(':')) {
-      second = Number(2, digits);
-      if (digits != 2) return std::nullopt;
-      if (Take('.')) {
-        thousandths = Number(3, digits);
-        if (digits == 0) return std::nullopt;
-        for (; digits < 3; ++digits) thousandths *= 10;
-        Number(6, digits);  // finer than a datetime can tell
+  // The month that a word names, 1 to 12; 0 for any other word.
+  int Month() {
+    std::size_t length = 0;
+    while (length < rest_.size() && IsAsciiLetter(rest_[length])) ++length;
+    const std::string word = LowerAscii(rest_.substr(0, length));
+    for (std::size_t i = 0; i < kMonths.size(); ++i) {
+      const std::string name = LowerAscii(kMonths[i]);
+      if (word == name || word == name.substr(0, kShortName)) {
+        rest_.remove_prefix(length);
+        return static_cast<int>(i + 1);
       }
     }
-    Take('Z');
-    SkipBlanks();
-    if (!rest_.empty() && !TakeHalfOfDay(hour)) return std::nullopt;
-    if (hour > 23 || minute > 59 || second > 59) return std::nullopt;
-    return hours{hour} + minutes{minute} + seconds{second} + milliseconds{thousandths};
+    return 0;
   }
 
-  bool TakeHalfOfDay(int& hour) {
-    const std::string half = UpperAscii(rest_.substr(0, rest_.find_last_not_of(' ') + 1));
-    if (half.empty()) return true;
-    if ((half != "AM" && half != "PM") || hour < 1 || hour > 12) return false;
-    hour = hour % 12 + (half == "PM" ? 12 : 0);
+  // False for what has no form of a date; nothing in `date` for a day that there is not.
+  bool ReadDay(DateFieldOrder order, std::optional<sys_days>& date) {
+    const std::string_view all = rest_;
+    std::size_t digits = 0;
+    const int first = Number(8, digits);
+    const char separator = rest_.empty() ? '\0' : rest_[0];
+    const bool is_whole = separator == '\0' || separator == ' ' || separator == 'T';
+    if (digits == 8 && is_whole) {
+      date = Day(first / 10000, first / 100 % 100, first % 100);
+      return true;
+    }
+    if (digits == 6 && is_whole) {
+      date = Day(FullYear(first / 10000, 2), first / 100 % 100, first % 100);
+      return true;
+    }
+    if (digits == 4 && rest_.empty()) {
+      date = Day(first, 1, 1);
+      return true;
+    }
+    const bool is_number = digits == 1 || digits == 2 || digits == 4;
+    if (is_number && (separator == '-' || separator == '/' || separator == '.') &&
+        rest_.size() > 1 && IsDigit(rest_[1]))
+      return ReadNumbers(first, digits, separator, order, date);
+    rest_ = all;
+    return ReadNamedMonth(date);
+  }
+
+  bool ReadNumbers(int first, std::size_t first_digits, char separator, DateFieldOrder order,
+                   std::optional<sys_days>& date) {
+    Take(separator);
+    std::size_t digits = 0;
+    const int second = Number(2, digits);
+    if (digits == 0 || !Take(separator)) return false;
+    const int third = Number(4, digits);
+    if (digits != 1 && digits != 2 && digits != 4) return false;
+    const bool year_comes_first = first_digits == 4 || order == DateFieldOrder::kYearMonthDay;
+    if (year_comes_first) {
+      if (digits == 4) return false;
+      date = Day(FullYear(first, first_digits), second, third);
+      return true;
+    }
+    if (digits == 1) return false;
+    const int year = FullYear(third, digits);
+    date = order == DateFieldOrder::kMonthDayYear ? Day(year, first, second)
+                                                  : Day(year, second, first);
+    return true;
+  }
+
+  // A month by its name, a year, and a day or none, in any order.
+  bool ReadNamedMonth(std::optional<sys_days>& date) {
+    int month = 0;
+    int year = 0;
+    int day = 0;
+    for (int part = 0; part < 3 && !SeesTime(); ++part) {
+      std::size_t digits = 0;
+      const int number = Number(4, digits);
+      if (digits == 4 && year == 0) {
+        year = number;
+      } else if (digits == 1 || digits == 2) {
+        if (day == 0)
+          day = number;
+        else if (year == 0)
+          year = FullYear(number, digits);
+        else
+          return false;
+      } else if (digits != 0 || month != 0 || (month = Month()) == 0) {
+        return false;
+      }
+      const std::string_view before = rest_;
+      SkipBlanks();
+      if (Take(',') || Take('-') || Take('/') || Take('.')) SkipBlanks();
+      if (rest_.empty() || (!IsDigit(rest_[0]) && !IsAsciiLetter(rest_[0]))) {
+        rest_ = before;
+        break;
+      }
+    }
+    if (month == 0 || year == 0) return false;
+    SkipBlanks();
+    date = Day(year, month, day == 0 ? 1 : day);
+    return true;
+  }
+
+  // False for what has no form of a time; nothing in `time` for a time that there is not.
+  bool ReadTime(std::optional<milliseconds>& time, bool& has_long_fraction) {
+    std::size_t digits = 0;
+    int hour = Number(2, digits);
+    if (digits == 0) return false;
+    int minute = 0;
+    int second = 0;
+    int thousandths = 0;
+    const bool has_minutes = Take(':');
+    if (has_minutes) {
+      minute = Number(2, digits);
+      if (digits == 0) return false;
+      if (Take(':')) {
+        second = Number(2, digits);
+        if (digits == 0) return false;
+        if (!ReadFraction(thousandths, has_long_fraction)) return false;
+      }
+    }
+    SkipBlanks();
+    bool is_possible = hour < 24 && minute < 60 && second < 60;
+    if (IsHalfOfDay(rest_)) {
+      is_possible = is_possible && hour >= 1 && hour <= 12;
+      hour = hour % 12 + (rest_[0] == 'P' || rest_[0] == 'p' ? 12 : 0);
+      rest_.remove_prefix(2);
+    } else if (!has_minutes) {
+      return false;
+    } else if (Take('Z')) {
+      has_long_fraction = false;
+    }
+    SkipBlanks();
+    time.reset();
+    if (is_possible)
+      time = hours{hour} + minutes{minute} + seconds{second} + milliseconds{thousandths};
+    return true;
+  }
+
+  // ".250", or ":250", which counts thousandths.
+  bool ReadFraction(int& thousandths, bool& has_long_fraction) {
+    const bool counts = Take(':');
+    if (!counts && !Take('.')) return true;
+    std::size_t digits = 0;
+    thousandths = Number(3, digits);
+    if (digits == 0) return false;
+    for (std::size_t place = digits; !counts && place < 3; ++place) thousandths *= 10;
+    Number(6, digits);
+    has_long_fraction = digits > 0;
     return true;
   }
 
   std::string_view rest_;
 };
+
+// Digits at fixed places: -1 for anything else.
+int DigitsAt(std::string_view text, std::size_t at, std::size_t count) {
+  int number = 0;
+  for (std::size_t i = at; i < at + count; ++i) {
+    if (i >= text.size() || !IsDigit(text[i])) return -1;
+    number = number * 10 + (text[i] - '0');
+  }
+  return number;
+}
+
+// "Z", "+01:00", "-0130" or nothing.
+bool IsZone(std::string_view text) {
+  while (text.starts_with(' ')) text.remove_prefix(1);
+  while (text.ends_with(' ')) text.remove_suffix(1);
+  if (text.empty() || text == "Z") return true;
+  if (text[0] != '+' && text[0] != '-') return false;
+  const std::size_t minutes_at = text.find(':') == 3 ? 4 : 3;
+  return DigitsAt(text, 1, 2) >= 0 && (text.size() == 3 || (text.size() == minutes_at + 2 &&
+                                                            DigitsAt(text, minutes_at, 2) >= 0));
+}
 
 template <typename... Arguments>
 std::string Print(const char* format, Arguments... arguments) {
@@ -291,9 +446,53 @@ std::int64_t DatePartOf(DatePart part, SqlMoment moment) {
   return time.subseconds().count();
 }
 
-std::optional<SqlMoment> ReadSqlDate(std::string_view text, DateFieldOrder order) {
+DateText ReadDateText(std::string_view text, DateFieldOrder order) {
+  while (text.ends_with(' ')) text.remove_suffix(1);
   return DateReader{text}.Read(order);
 }
+
+std::optional<SqlMoment> ReadStoredDate(std::string_view text) {
+  constexpr std::size_t kDay = 10;      // "2026-11-16"
+  constexpr std::size_t kMinutes = 16;  // "2026-11-16 15:07"
+  constexpr std::size_t kSeconds = 19;
+  if (text.size() < kDay || text[4] != '-' || text[7] != '-') return std::nullopt;
+  const std::optional<sys_days> day =
+      Day(DigitsAt(text, 0, 4), DigitsAt(text, 5, 2), DigitsAt(text, 8, 2));
+  if (!day) return std::nullopt;
+  if (text.size() == kDay) return *day;
+  const int hour = DigitsAt(text, kDay + 1, 2);
+  const int minute = DigitsAt(text, kDay + 4, 2);
+  if ((text[kDay] != ' ' && text[kDay] != 'T') || hour < 0 || hour > 23 || minute < 0 ||
+      minute > 59 || text[kDay + 3] != ':')
+    return text.find_first_not_of(' ', kDay) == std::string_view::npos ? day : std::nullopt;
+  SqlMoment moment = *day + hours{hour} + minutes{minute};
+  std::string_view rest = text.substr(kMinutes);
+  if (rest.starts_with(':')) {
+    const int second = DigitsAt(text, kMinutes + 1, 2);
+    if (second < 0 || second > 59) return std::nullopt;
+    moment += seconds{second};
+    rest = text.substr(kSeconds);
+    if (rest.starts_with('.')) {
+      const std::size_t digits = std::min(rest.find_first_not_of("0123456789", 1), rest.size()) - 1;
+      if (digits == 0) return std::nullopt;
+      int thousandths = 0;
+      for (std::size_t i = 0; i < 3; ++i)
+        thousandths = thousandths * 10 + (i < digits ? rest[i + 1] - '0' : 0);
+      moment += milliseconds{thousandths};
+      rest.remove_prefix(digits + 1);
+    }
+  }
+  return IsZone(rest) ? std::optional{moment} : std::nullopt;
+}
+
+SqlMoment RoundedToDateTime(SqlMoment moment) {
+  static constexpr std::array<int, 10> kMoved = {0, -1, 1, 0, -1, 2, 1, 0, -1, 1};
+  const auto last_digit = static_cast<std::size_t>(DatePartOf(DatePart::kMillisecond, moment) % 10);
+  return moment + milliseconds{kMoved[last_digit]};
+}
+
+std::string_view EnglishMonth(unsigned month) { return kMonths.at(month - 1); }
+std::string_view EnglishWeekday(unsigned weekday) { return kWeekdays.at(weekday - 1); }
 
 std::string WriteSqlMoment(SqlMoment moment) {
   const auto thousandths = DatePartOf(DatePart::kMillisecond, moment);
@@ -313,7 +512,8 @@ std::optional<std::string> WriteSqlDateInStyle(SqlMoment moment, std::int64_t st
   const int minute = part(DatePart::kMinute);
   const int second = part(DatePart::kSecond);
   const int thousandths = part(DatePart::kMillisecond);
-  const char* const month_name = kMonths[static_cast<std::size_t>(month - 1)].data();
+  const std::string month_text{EnglishMonth(static_cast<unsigned>(month)).substr(0, kShortName)};
+  const char* const month_name = month_text.c_str();
   // Below 100 the year has two digits, apart from the styles that have no short form.
   const bool is_short = style > 0 && style < 13 && style != 8;
   const int year = part(DatePart::kYear) % (is_short ? 100 : 10000);

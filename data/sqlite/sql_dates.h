@@ -40,17 +40,39 @@ std::optional<SqlMoment> DateAdd(DatePart part, std::int64_t count, SqlMoment mo
 std::int64_t DatePartOf(DatePart part, SqlMoment moment);
 
 // In which order the numbers of a date with separators stand, unless the first has four digits.
-enum class DateFieldOrder { kMonthDayYear, kDayMonthYear };
+enum class DateFieldOrder { kMonthDayYear, kDayMonthYear, kYearMonthDay };
 
-// Reads "2026-11-16", "20261116", "11/16/2026" (also with "-" or "."), each with a time "15:07",
-// "15:07:41.250" or "3:07 PM" or none; a two-digit year is in 1950 to 2049. Nothing for other
-// texts.
-std::optional<SqlMoment> ReadSqlDate(std::string_view text,
-                                     DateFieldOrder order = DateFieldOrder::kMonthDayYear);
+enum class DateTextFault {
+  kNone,
+  kNoDate,
+  kOutOfRange,  // a date by its form, but of a month, day or time that there is not
+};
 
-// "2026-11-16 15:07:41", with ".250" where there are milliseconds.
+struct DateText {
+  SqlMoment moment;
+  DateTextFault fault = DateTextFault::kNone;
+  bool has_long_fraction = false;  // more than three digits, which a datetime does not take
+};
+
+// Reads a date as SQL Server reads a text under us_english: "2026-11-16", "20261116", "261116",
+// "11/16/2026" (also with "-" or "."), "Nov 16, 2026", "16 November 26", "2026", each with a time
+// "15:07", "15:07:41.250", "3:07 PM" or none; a time alone is on 1 January 1900, and so is the
+// empty text. A two-digit year is in 1950 to 2049.
+DateText ReadDateText(std::string_view text, DateFieldOrder order = DateFieldOrder::kMonthDayYear);
+
+// Reads a date in the form of ISO 8601 in which a column holds it: a day, and a time behind a blank
+// or "T", with a fraction of any length, and "Z" or an offset, which does not move it. Nothing for
+// other texts.
+std::optional<SqlMoment> ReadStoredDate(std::string_view text);
+
+// To a datetime's 1/300 s: the last digit of the milliseconds becomes 0, 3 or 7.
+SqlMoment RoundedToDateTime(SqlMoment moment);
+
+// "2026-11-16 15:07:41", with ".250" where there are milliseconds: the form that sorts as its date.
 std::string WriteSqlMoment(SqlMoment moment);
-std::string WriteSqlDay(SqlMoment moment);  // "2026-11-16"
+std::string WriteSqlDay(SqlMoment moment);          // "2026-11-16"
+std::string_view EnglishMonth(unsigned month);      // 1-based
+std::string_view EnglishWeekday(unsigned weekday);  // from 1, Sunday
 
 // The form of a style number of CONVERT (0, 1 to 8, 10 to 12, 20, 21, 25, 100 to 112, 114, 120, 121
 // and 126). Nothing for other numbers.

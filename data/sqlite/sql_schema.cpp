@@ -1,25 +1,25 @@
 #include "data/sqlite/sql_schema.h"
 
+#include <algorithm>
 #include <memory>
 #include <set>
-#include <string_view>
-#include <vector>
 
 #include "data/rows/session.h"
 #include "data/sqlite/database_file.h"
-#include "data/sqlite/sql_functions.h"
 #include "data/sqlite/sql_token.h"
 
 namespace pxscheduler {
 namespace {
 
+using Rows = std::vector<std::vector<std::string>>;
+
 // The rows of a statement, each as the texts of its columns.
-std::vector<std::vector<std::string>> RowsOf(sqlite3* database, const std::string& sql) {
+Rows RowsOf(sqlite3* database, const std::string& sql) {
   sqlite3_stmt* prepared = nullptr;
   const int result = sqlite3_prepare_v2(database, sql.c_str(), -1, &prepared, nullptr);
   const std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt*)> statement{prepared, sqlite3_finalize};
   if (result != SQLITE_OK) throw SqliteError(database);
-  std::vector<std::vector<std::string>> rows;
+  Rows rows;
   while (true) {
     const int step = sqlite3_step(prepared);
     if (step == SQLITE_DONE) return rows;
@@ -33,7 +33,7 @@ std::vector<std::vector<std::string>> RowsOf(sqlite3* database, const std::strin
 }
 
 // Names and declared types. None for a view that the file itself cannot answer.
-std::vector<std::vector<std::string>> ColumnsOf(sqlite3* database, const std::string& table) {
+Rows ColumnsOf(sqlite3* database, const std::string& table) {
   try {
     return RowsOf(database, "SELECT name, type FROM pragma_table_info(" + SqlStringLiteral(table) +
                                 ",'main')");
@@ -43,33 +43,42 @@ std::vector<std::vector<std::string>> ColumnsOf(sqlite3* database, const std::st
   }
 }
 
+// The columns that an index of the table begins with.
+std::set<std::string> IndexedColumns(sqlite3* database, const std::string& table) {
+  std::set<std::string> columns;
+  for (const auto& row : RowsOf(
+           database, "SELECT i.name FROM pragma_index_list(" + SqlStringLiteral(table) +
+                         ",'main') l, pragma_index_info(l.name,'main') i WHERE i.seqno=0 AND NOT "
+                         "l.partial"))
+    columns.insert(row[0]);
+  return columns;
+}
+
+bool HoldsTextsWithDigits(sqlite3* database, const std::string& table, const std::string& column) {
+  const std::string name = SqlQuotedName(column);
+  const std::string from = "SELECT 1 FROM main." + SqlQuotedName(table) + " WHERE " + name;
+  // Two look-ups in the index: numbers stand before all texts.
+  return RowsOf(database, from + "<'0' LIMIT 1").empty() &&
+         RowsOf(database, from + ">=':' LIMIT 1").empty();
+}
+
 }  // namespace
 
-SqlSchema PrepareSchema(sqlite3* database) {
-  RowsOf(database, "PRAGMA temp_store=MEMORY");
+SqlSchema ReadSchema(sqlite3* database) {
   SqlSchema schema;
-  std::set<std::string> ambiguous;
-  for (const std::vector<std::string>& table :
-       RowsOf(database,
-              "SELECT name FROM main.sqlite_schema WHERE type IN ('table','view') AND name NOT "
-              "LIKE 'sqlite[_]%' AND sql NOT LIKE 'CREATE VIRTUAL%'")) {
-    std::string columns;
-    for (const std::vector<std::string>& column : ColumnsOf(database, table[0])) {
-      const ColumnType type = ColumnTypeOf(column[1]);
-      const std::string upper = UpperAscii(column[0]);
-      if (schema.column_types.try_emplace(upper, type).first->second != type)
-        ambiguous.insert(upper);
-      const std::string name = SqlQuotedName(column[0]);
-      if (!columns.empty()) columns += ',';
-      columns += name;
-      if (type == ColumnType::kText)
-        columns += std::string{" COLLATE "} + kSqlCollation + " AS " + name;
+  for (const auto& found : RowsOf(
+           database,
+           "SELECT name FROM main.sqlite_schema WHERE type IN ('table','view') AND name NOT LIKE "
+           "'sqlite^_%' ESCAPE '^' AND sql NOT LIKE 'CREATE VIRTUAL%'")) {
+    SqlTable table{found[0], {}};
+    const std::set<std::string> indexed = IndexedColumns(database, table.name);
+    for (const auto& row : ColumnsOf(database, table.name)) {
+      SqlColumn& column = table.columns.emplace_back(row[0], DeclaredKind(row[1]));
+      column.is_searchable = IsDateKind(column.kind) && indexed.contains(column.name) &&
+                             HoldsTextsWithDigits(database, table.name, column.name);
     }
-    if (!columns.empty())
-      RowsOf(database, "CREATE TEMP VIEW " + SqlQuotedName(table[0]) + " AS SELECT " + columns +
-                           " FROM main." + SqlQuotedName(table[0]));
+    if (!table.columns.empty()) schema.tables.emplace(UpperAscii(table.name), std::move(table));
   }
-  for (const std::string& name : ambiguous) schema.column_types.erase(name);
   return schema;
 }
 

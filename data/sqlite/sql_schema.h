@@ -2,26 +2,35 @@
 
 #include <sqlite3.h>
 
-#include <functional>
 #include <map>
 #include <string>
+#include <vector>
 
-#include "data/sqlite/column_type.h"
+#include "data/sqlite/sql_type.h"
 
 namespace pxscheduler {
 
-// What the translation of a statement needs to know about the database.
-struct SqlSchema {
-  std::string database;  // its name, for "Agency.dbo.Clients"
-  // By upper-case name, the type that every column of that name has; a name is absent where the
-  // types differ.
-  std::map<std::string, ColumnType, std::less<>> column_types;
+struct SqlColumn {
+  std::string name;
+  SqlKind kind = SqlKind::kUnknown;
+  // A date column with an index, in which nothing but texts that begin with a digit stands: a range
+  // of dates is a range of its texts.
+  bool is_searchable = false;
 };
 
-// Reads the tables and views, and lays over each a temporary view of the same name whose text
-// columns compare by kSqlCollation: so comparisons, joins, ORDER BY and DISTINCT all follow it, and
-// the engine uses an index of the file only where its order is the same. The temporary views are in
-// memory. Raises what SqliteError gives.
-SqlSchema PrepareSchema(sqlite3* database);
+struct SqlTable {
+  std::string name;
+  std::vector<SqlColumn> columns;
+};
+
+// What the translation of a statement needs to know about the database.
+struct SqlSchema {
+  std::string database;                    // its name, for "Agency.dbo.Clients"
+  std::map<std::string, SqlTable> tables;  // and views, by their names in upper case
+};
+
+// Reads the tables and views of the file; one that the file itself cannot answer is left out.
+// Raises what SqliteError gives.
+SqlSchema ReadSchema(sqlite3* database);
 
 }  // namespace pxscheduler

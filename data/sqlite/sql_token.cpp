@@ -20,8 +20,12 @@ class SqlReader {
   explicit SqlReader(std::string_view sql) : sql_{sql} {}
 
   std::vector<SqlToken> Read() {
-    for (SkipBlanks(); at_ < sql_.size(); SkipBlanks()) tokens_.push_back(Next());
-    tokens_.emplace_back();
+    for (SkipBlanks(); at_ < sql_.size(); SkipBlanks()) {
+      const std::size_t place = at_;
+      tokens_.push_back(Next());
+      tokens_.back().place = place;
+    }
+    tokens_.emplace_back().place = sql_.size();
     return std::move(tokens_);
   }
 
@@ -77,7 +81,7 @@ class SqlReader {
 
   // The closing mark written twice stands for itself.
   SqlToken Quoted(SqlTokenKind kind, char opening, char closing) {
-    SqlToken token{kind, {}};
+    SqlToken token{kind, {}, 0};
     for (++at_; at_ < sql_.size(); ++at_) {
       if (sql_[at_] == closing) {
         ++at_;
@@ -92,7 +96,7 @@ class SqlReader {
   SqlToken Name() {
     const std::size_t first = at_;
     while (at_ < sql_.size() && IsNameCharacter(sql_[at_]) && !Sees("\xC2\xA0")) ++at_;
-    return {SqlTokenKind::kName, std::string{sql_.substr(first, at_ - first)}};
+    return {SqlTokenKind::kName, std::string{sql_.substr(first, at_ - first)}, 0};
   }
 
   SqlToken Number() {
@@ -103,7 +107,7 @@ class SqlReader {
     if (Sees("0x") || Sees("0X")) {
       at_ += 2;
       while (at_ < sql_.size() && IsNameCharacter(sql_[at_])) ++at_;
-      return {SqlTokenKind::kNumber, std::string{sql_.substr(first, at_ - first)}};
+      return {SqlTokenKind::kNumber, std::string{sql_.substr(first, at_ - first)}, 0};
     }
     skip_digits();
     if (Sees(".")) {
@@ -117,7 +121,7 @@ class SqlReader {
       skip_digits();
       if (at_ == digits) at_ = mark;
     }
-    return {SqlTokenKind::kNumber, std::string{sql_.substr(first, at_ - first)}};
+    return {SqlTokenKind::kNumber, std::string{sql_.substr(first, at_ - first)}, 0};
   }
 
   SqlToken Symbol() {
@@ -125,13 +129,13 @@ class SqlReader {
     for (const std::string_view pair : kPairs) {
       if (!Sees(pair)) continue;
       at_ += pair.size();
-      return {SqlTokenKind::kSymbol, std::string{pair}};
+      return {SqlTokenKind::kSymbol, std::string{pair}, 0};
     }
     if (Sees("!<") || Sees("!>")) {
       at_ += 2;
-      return {SqlTokenKind::kSymbol, sql_[at_ - 1] == '<' ? ">=" : "<="};
+      return {SqlTokenKind::kSymbol, sql_[at_ - 1] == '<' ? ">=" : "<=", 0};
     }
-    return {SqlTokenKind::kSymbol, std::string{sql_[at_++]}};
+    return {SqlTokenKind::kSymbol, std::string{sql_[at_++]}, 0};
   }
 
   std::string_view sql_;

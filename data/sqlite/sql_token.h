@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,6 +21,7 @@ enum class SqlTokenKind {
 struct SqlToken {
   SqlTokenKind kind = SqlTokenKind::kEnd;
   std::string text;
+  std::size_t place = 0;  // of its first byte in the text, 0-based
 };
 
 // Takes Transact-SQL apart; the last token is kEnd. Blanks and comments (which nest) are dropped. A

@@ -14,12 +14,15 @@
 #include <utility>
 #include <vector>
 
-#include "data/sqlite/column_type.h"
 #include "data/sqlite/database_file.h"
+#include "data/sqlite/sql_conversion.h"
+#include "data/sqlite/sql_cursor.h"
 #include "data/sqlite/sql_dates.h"
 #include "data/sqlite/sql_functions.h"
+#include "data/sqlite/sql_parser.h"
 #include "data/sqlite/sql_schema.h"
-#include "data/sqlite/sql_translator.h"
+#include "data/sqlite/sql_settings.h"
+#include "data/sqlite/sql_writer.h"
 #include "text/text.h"
 #include "text/utf8.h"
 
@@ -64,36 +67,36 @@ void AppendDecimal(double number, RowStore& rows) {
     rows.AppendDouble(number);
 }
 
-void AppendDate(std::string_view text, RowStore& rows) {
-  constexpr std::size_t kShortestDate = 10;
-  const std::optional<SqlMoment> moment =
-      text.size() < kShortestDate || text[4] != '-' ? std::nullopt : ReadSqlDate(text);
-  if (!moment || *moment < std::chrono::sys_days{std::chrono::year{100} / 1 / 1})
+void AppendDate(std::string_view text, SqlKind kind, RowStore& rows) {
+  const std::optional<SqlMoment> stored = ReadStoredDate(text);
+  if (!stored || *stored < std::chrono::sys_days{std::chrono::year{100} / 1 / 1})
     return rows.AppendText(text);
-  const auto date = std::chrono::floor<std::chrono::days>(*moment);
-  rows.AppendDateTime({date, std::chrono::floor<std::chrono::seconds>(*moment - date)});
+  const SqlMoment moment = DateInColumn(text, kind);
+  const auto date = std::chrono::floor<std::chrono::days>(moment);
+  rows.AppendDateTime({date, std::chrono::floor<std::chrono::seconds>(moment - date)});
 }
 
-void AppendColumn(sqlite3_stmt* statement, int column, ColumnType type, RowStore& rows) {
+void AppendColumn(sqlite3_stmt* statement, int column, SqlKind kind, RowStore& rows) {
   switch (sqlite3_column_type(statement, column)) {
     case SQLITE_NULL:
       return rows.AppendNull();
     case SQLITE_INTEGER: {
       const std::int64_t number = sqlite3_column_int64(statement, column);
-      if (type == ColumnType::kBoolean) return rows.AppendBool(number != 0);
-      if (type == ColumnType::kDecimal) return rows.AppendDecimal(std::to_string(number));
-      if (type == ColumnType::kFloating) return rows.AppendDouble(static_cast<double>(number));
+      if (kind == SqlKind::kBit) return rows.AppendBool(number != 0);
+      if (kind == SqlKind::kDecimal || kind == SqlKind::kMoney)
+        return rows.AppendDecimal(std::to_string(number));
+      if (kind == SqlKind::kFloat) return rows.AppendDouble(static_cast<double>(number));
       return rows.AppendInteger(number);
     }
     case SQLITE_FLOAT: {
       const double number = sqlite3_column_double(statement, column);
-      if (type == ColumnType::kBoolean) return rows.AppendBool(number != 0);
-      if (type == ColumnType::kDecimal) return AppendDecimal(number, rows);
+      if (kind == SqlKind::kBit) return rows.AppendBool(number != 0);
+      if (kind == SqlKind::kDecimal || kind == SqlKind::kMoney) return AppendDecimal(number, rows);
       return rows.AppendDouble(number);
     }
     default: {
       const std::string_view text = TextOfColumn(statement, column);
-      return type == ColumnType::kDateTime ? AppendDate(text, rows) : rows.AppendText(text);
+      return IsDateKind(kind) ? AppendDate(text, kind, rows) : rows.AppendText(text);
     }
   }
 }
@@ -107,8 +110,8 @@ class SqliteSession : public Session {
     is_immutable_ = is_immutable;
     name_ = TrimBlanks(settings.initial_catalog).empty() ? DatabaseFileStem(settings.data_source)
                                                          : settings.initial_catalog;
-    if (!AddSqlFunctions(database_.get(), &now_)) throw OutOfMemory();
-    schema_ = PrepareSchema(database_.get());
+    if (!AddSqlFunctions(database_.get())) throw OutOfMemory();
+    schema_ = ReadSchema(database_.get());
     schema_.database = ToUtf8(name_);
     sqlite3_set_authorizer(database_.get(), Authorize, nullptr);
   }
@@ -124,74 +127,55 @@ class SqliteSession : public Session {
   std::wstring CurrentDatabase() override { return name_; }
 
  private:
-  // Runs one statement after the other, and into `rows`, if it is given, the first that has
-  // columns.
+  // Runs one statement after the other, and into `rows`, if it is given, the first.
   void Run(const std::wstring& sql, RowStore* rows) {
     const DateTime local = local_time_();
-    now_ = local.date + local.time_of_day;
-    const std::string translated = Translate(sql);
-    const char* rest = translated.c_str();
-    const char* const end = rest + translated.size();
-    while (rest != end) {
-      const Statement statement = Prepare(rest, end);
-      if (!statement) continue;
-      const bool is_wanted =
-          rows != nullptr && rows->ColumnCount() == 0 && sqlite3_column_count(statement.get()) > 0;
-      if (is_wanted)
-        *rows = Fetch(statement.get());
-      else
-        Finish(statement.get());
+    const SqlMoment now = local.date + local.time_of_day;
+    try {
+      SqlCursor cursor(ToUtf8(sql));
+      for (TakeSettingsAt(cursor); !cursor.IsAtEnd(); TakeSettingsAt(cursor)) {
+        const SqlQuery query = ParseStatement(cursor);
+        const WrittenSql written = WriteQuery(query, schema_, cursor, now);
+        const Statement statement = Prepare(written.sql);
+        if (rows != nullptr && rows->ColumnCount() == 0)
+          *rows = Fetch(statement.get(), written.columns);
+        else
+          Finish(statement.get());
+      }
+    } catch (const SqlSyntaxError& error) {
+      throw RuntimeError{kStatementRejected, FromUtf8(error.description)};
+    } catch (const SqlFunctionError& error) {
+      throw RuntimeError{kStatementRejected, FromUtf8(error.description)};
     }
     if (is_immutable_ && HasWriteAheadLog(path_))
       throw RuntimeError{kProviderFailure, L"A program began to write to the database file \"" +
                                                path_ + L"\" while it was read."};
   }
 
-  std::string Translate(const std::wstring& sql) {
-    try {
-      TranslatedSql translated = TranslateSql(ToUtf8(sql), schema_);
-      if (translated.lock_timeout_ms) {
-        const auto timeout = static_cast<int>(*translated.lock_timeout_ms);
-        sqlite3_busy_timeout(database_.get(),
-                             timeout < 0 ? std::numeric_limits<int>::max() : timeout);
-      }
-      return std::move(translated.sql);
-    } catch (const SqlSyntaxError& error) {
-      throw RuntimeError{kStatementRejected, FromUtf8(error.description)};
-    }
+  void TakeSettingsAt(SqlCursor& cursor) {
+    const std::optional<std::int64_t> timeout = TakeSettings(cursor);
+    if (timeout)
+      sqlite3_busy_timeout(database_.get(), *timeout < 0 ? std::numeric_limits<int>::max()
+                                                         : static_cast<int>(*timeout));
   }
 
-  // The statement at `rest`, which moves behind it. Null for blanks.
-  Statement Prepare(const char*& rest, const char* end) {
-    if (!std::in_range<int>(end - rest)) throw OutOfMemory();
+  Statement Prepare(const std::string& sql) {
+    if (!std::in_range<int>(sql.size())) throw OutOfMemory();
     sqlite3_stmt* prepared = nullptr;
-    const int result =
-        sqlite3_prepare_v2(database_.get(), rest, static_cast<int>(end - rest), &prepared, &rest);
+    const int result = sqlite3_prepare_v2(database_.get(), sql.data(), static_cast<int>(sql.size()),
+                                          &prepared, nullptr);
     Statement statement{prepared};
     if (result != SQLITE_OK) throw SqliteError(database_.get());
-    if (statement && sqlite3_bind_parameter_count(prepared) > 0) {
-      const char* name = sqlite3_bind_parameter_name(prepared, 1);
-      throw RuntimeError{kStatementRejected, L"Must declare the scalar variable \"" +
-                                                 FromUtf8(name == nullptr ? "?" : name) + L"\"."};
-    }
     return statement;
   }
 
-  RowStore Fetch(sqlite3_stmt* statement) {
-    const int count = sqlite3_column_count(statement);
+  RowStore Fetch(sqlite3_stmt* statement, const std::vector<SqlColumn>& columns) {
     std::vector<std::wstring> names;
-    std::vector<ColumnType> types;
-    for (int column = 0; column < count; ++column) {
-      const char* name = sqlite3_column_name(statement, column);
-      if (name == nullptr) throw OutOfMemory();
-      names.push_back(FromUtf8(name));
-      const char* declared = sqlite3_column_decltype(statement, column);
-      types.push_back(declared == nullptr ? ColumnType::kText : ColumnTypeOf(declared));
-    }
+    for (const SqlColumn& column : columns) names.push_back(FromUtf8(column.name));
     RowStore rows{std::move(names)};
     while (Step(statement)) {
-      for (int column = 0; column < count; ++column)
-        AppendColumn(statement, column, types[static_cast<std::size_t>(column)], rows);
+      int at = 0;
+      for (const SqlColumn& column : columns) AppendColumn(statement, at++, column.kind, rows);
       rows.EndRow();
     }
     return rows;
@@ -209,7 +193,6 @@ class SqliteSession : public Session {
   }
 
   std::function<DateTime()> local_time_;
-  SqlMoment now_;  // of the statement that runs
   std::wstring path_;
   SqliteDatabase database_;
   bool is_immutable_ = false;

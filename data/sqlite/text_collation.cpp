@@ -5,39 +5,19 @@
 #include <string>
 
 #include "platform/letter_case.h"
+#include "text/ascii_case.h"
 #include "text/utf8.h"
 
 namespace pxscheduler {
 namespace {
-
-char LowerAscii(char character) {
-  return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a')
-                                              : character;
-}
 
 bool IsAscii(std::string_view text) {
   return std::all_of(text.begin(), text.end(),
                      [](char character) { return static_cast<unsigned char>(character) < 0x80; });
 }
 
-// Whether the text begins with "dddd-dd-dd ".
-bool BeginsWithDay(std::string_view text) {
-  constexpr std::string_view kForm = "0000-00-00 ";
-  return text.size() >= kForm.size() &&
-         std::equal(kForm.begin(), kForm.end(), text.begin(), [](char form, char character) {
-           return form == '0' ? character >= '0' && character <= '9' : character == form;
-         });
-}
-
-// What counts of a text: all of it but the blanks and the midnight at its end.
-std::string_view Significant(std::string_view text) {
-  text = text.substr(0, text.find_last_not_of(' ') + 1);
-  constexpr std::size_t kDayLength = 10;
-  if (!BeginsWithDay(text)) return text;
-  const std::string_view time = text.substr(kDayLength + 1);
-  for (const std::string_view midnight : {"00:00", "00:00:00", "00:00:00.000"})
-    if (time == midnight) return text.substr(0, kDayLength);
-  return text;
+std::string_view WithoutBlanksAtEnd(std::string_view text) {
+  return text.substr(0, text.find_last_not_of(' ') + 1);
 }
 
 // The rest of the pattern after a set, and whether the character is in the set; nothing where the
@@ -107,8 +87,8 @@ bool Matches(std::wstring_view text, std::wstring_view pattern, wchar_t escape) 
 }  // namespace
 
 int CompareSqlText(std::string_view left, std::string_view right) {
-  left = Significant(left);
-  right = Significant(right);
+  left = WithoutBlanksAtEnd(left);
+  right = WithoutBlanksAtEnd(right);
   if (IsAscii(left) && IsAscii(right)) {
     const std::size_t shared = std::min(left.size(), right.size());
     for (std::size_t at = 0; at < shared; ++at) {

