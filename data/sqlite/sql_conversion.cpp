@@ -19,8 +19,6 @@ constexpr int kConversionFailed = 241;
 constexpr int kOutOfRange = 242;
 constexpr int kOverflow = 8115;
 
-constexpr SqlMoment kFirstDay{std::chrono::sys_days{std::chrono::year{1900} / 1 / 1}};  // day 0
-constexpr SqlMoment kFirstDateTime{std::chrono::sys_days{std::chrono::year{1753} / 1 / 1}};
 constexpr SqlMoment kFirstSmallDateTime = kFirstDay;
 constexpr SqlMoment kLastSmallDateTime{std::chrono::sys_days{std::chrono::year{2079} / 6 / 7}};
 

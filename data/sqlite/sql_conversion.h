@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -22,6 +23,10 @@ struct SqlFunctionError {
   SqlFunctionError(const std::string& text, int number)
       : description(text + " (SQL Server error " + std::to_string(number) + ")") {}
 };
+
+inline constexpr SqlMoment kFirstDay{
+    std::chrono::sys_days{std::chrono::year{1900} / 1 / 1}};  // day 0
+inline constexpr SqlMoment kFirstDateTime{std::chrono::sys_days{std::chrono::year{1753} / 1 / 1}};
 
 std::int64_t MillisecondsOf(SqlMoment moment);
 SqlMoment MomentAt(std::int64_t milliseconds);

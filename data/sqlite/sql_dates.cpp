@@ -75,7 +75,7 @@ std::optional<SqlMoment> AddUnits(SqlMoment moment, std::int64_t count, millisec
   return IsInRange(result) ? std::optional{result} : std::nullopt;
 }
 
-bool IsDigit(char character) { return character >= '0' && character <= '9'; }
+bool IsDateDigit(char character) { return character >= '0' && character <= '9'; }
 
 int FullYear(int year, std::size_t digits) {
   if (digits > 2) return year;
@@ -151,7 +151,7 @@ class DateReader {
   // A number of at most `most` digits; `digits` is how many it has, 0 where there is none.
   int Number(std::size_t most, std::size_t& digits) {
     int number = 0;
-    for (digits = 0; digits < most && !rest_.empty() && IsDigit(rest_[0]); ++digits) {
+    for (digits = 0; digits < most && !rest_.empty() && IsDateDigit(rest_[0]); ++digits) {
       number = number * 10 + (rest_[0] - '0');
       rest_.remove_prefix(1);
     }
@@ -194,7 +194,7 @@ class DateReader {
     }
     const bool is_number = digits == 1 || digits == 2 || digits == 4;
     if (is_number && (separator == '-' || separator == '/' || separator == '.') &&
-        rest_.size() > 1 && IsDigit(rest_[1]))
+        rest_.size() > 1 && IsDateDigit(rest_[1]))
       return ReadNumbers(first, digits, separator, order, date);
     rest_ = all;
     return ReadNamedMonth(date);
@@ -244,7 +244,7 @@ class DateReader {
       const std::string_view before = rest_;
       SkipBlanks();
       if (Take(',') || Take('-') || Take('/') || Take('.')) SkipBlanks();
-      if (rest_.empty() || (!IsDigit(rest_[0]) && !IsAsciiLetter(rest_[0]))) {
+      if (rest_.empty() || (!IsDateDigit(rest_[0]) && !IsAsciiLetter(rest_[0]))) {
         rest_ = before;
         break;
       }
@@ -311,7 +311,7 @@ class DateReader {
 int DigitsAt(std::string_view text, std::size_t at, std::size_t count) {
   int number = 0;
   for (std::size_t i = at; i < at + count; ++i) {
-    if (i >= text.size() || !IsDigit(text[i])) return -1;
+    if (i >= text.size() || !IsDateDigit(text[i])) return -1;
     number = number * 10 + (text[i] - '0');
   }
   return number;

@@ -180,7 +180,6 @@ SqlValue DateDiff(const Arguments& arguments) {
 }
 
 SqlValue MovedDate(const std::optional<SqlMoment>& moment, SqlKind kind) {
-  constexpr SqlMoment kFirstDateTime{std::chrono::sys_days{std::chrono::year{1753} / 1 / 1}};
   if (!moment || (kind == SqlKind::kDateTime && *moment < kFirstDateTime))
     throw SqlFunctionError{
         "Adding a value to a '" + std::string{NameOf(kind)} + "' column caused an overflow.", 517};
@@ -342,10 +341,9 @@ SqlValue Operate(const Arguments& arguments) {
   const char operation = std::get<std::string>(arguments[0])[0];
   const SqlKind kind = KindAt(arguments, 1);
   if (kind == SqlKind::kDateTime) {
-    constexpr SqlMoment kDayZero{std::chrono::sys_days{std::chrono::year{1900} / 1 / 1}};
-    const std::int64_t days = WholeAt(arguments, 3) - MillisecondsOf(kDayZero);
+    const std::int64_t moved = WholeAt(arguments, 3) - MillisecondsOf(kFirstDay);
     return MovedDate(
-        DateAdd(DatePart::kMillisecond, operation == '+' ? days : -days, DateAt(arguments, 2)),
+        DateAdd(DatePart::kMillisecond, operation == '+' ? moved : -moved, DateAt(arguments, 2)),
         kind);
   }
   if (kind <= SqlKind::kBigInt)

@@ -176,9 +176,7 @@ class Parser {
       std::string join;
       if (cursor_.TakeWord("CROSS")) {
         join = "CROSS JOIN";
-      } else if (cursor_.TakeWord("INNER")) {
-        join = "JOIN";
-      } else if (cursor_.SeesWord("JOIN")) {
+      } else if (cursor_.TakeWord("INNER") || cursor_.SeesWord("JOIN")) {
         join = "JOIN";
       } else if (cursor_.SeesWord("LEFT") || cursor_.SeesWord("RIGHT") ||
                  cursor_.SeesWord("FULL")) {
@@ -461,7 +459,7 @@ class Parser {
       case SqlTokenKind::kEnd:
         break;
     }
-    Fail();
+    return Fail();
   }
 
   SqlNode ParseParentheses() {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <memory>
 #include <set>
+#include <utility>
 
 #include "data/rows/session.h"
 #include "data/sqlite/database_file.h"
@@ -73,9 +74,10 @@ SqlSchema ReadSchema(sqlite3* database) {
     SqlTable table{found[0], {}};
     const std::set<std::string> indexed = IndexedColumns(database, table.name);
     for (const auto& row : ColumnsOf(database, table.name)) {
-      SqlColumn& column = table.columns.emplace_back(row[0], DeclaredKind(row[1]));
+      SqlColumn column{row[0], DeclaredKind(row[1])};
       column.is_searchable = IsDateKind(column.kind) && indexed.contains(column.name) &&
                              HoldsTextsWithDigits(database, table.name, column.name);
+      table.columns.push_back(std::move(column));
     }
     if (!table.columns.empty()) schema.tables.emplace(UpperAscii(table.name), std::move(table));
   }

@@ -171,6 +171,7 @@ class SqliteSession : public Session {
 
   RowStore Fetch(sqlite3_stmt* statement, const std::vector<SqlColumn>& columns) {
     std::vector<std::wstring> names;
+    names.reserve(columns.size());
     for (const SqlColumn& column : columns) names.push_back(FromUtf8(column.name));
     RowStore rows{std::move(names)};
     while (Step(statement)) {

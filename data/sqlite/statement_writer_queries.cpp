@@ -69,8 +69,7 @@ WrittenSql StatementWriter::PlainQuery(const SqlQuery& query, const SqlScope* ou
     written.sql += (written.columns.empty() ? "" : ",") +
                    (select.is_distinct ? AsKey(item.value) : AsColumn(item.value)) + " AS " +
                    SqlQuotedName(item.name);
-    SqlColumn& column = written.columns.emplace_back(item.name, item.value.kind);
-    column.is_searchable = false;
+    written.columns.push_back({item.name, item.value.kind});
   }
   written.sql += select.from + OrderOf(query, select) + select.limit;
   return written;
@@ -117,7 +116,7 @@ WrittenSql StatementWriter::CompoundQuery(const SqlQuery& query, const SqlScope*
     item.value.is_stored = IsDateKind(item.value.kind);
     written.sql +=
         (written.columns.empty() ? "" : ",") + item.value.sql + " AS " + SqlQuotedName(item.name);
-    written.columns.emplace_back(item.name, item.value.kind);
+    written.columns.push_back({item.name, item.value.kind});
   }
   written.sql += " FROM (" + sql + ")" + OrderOf(query, whole);
   return written;
