@@ -130,20 +130,22 @@ class Parser {
                                : Fail());
       if (cursor_.SeesWord("PERCENT") || cursor_.SeesWord("WITH")) Fail();
     }
-    do select.items.push_back(ParseItem());
-    while (cursor_.TakeSymbol(","));
-    if (cursor_.TakeWord("FROM")) {
-      do select.sources.push_back(ParseSource());
-      while (cursor_.TakeSymbol(","));
-    }
+    ParseEach([&] { select.items.push_back(ParseItem()); });
+    if (cursor_.TakeWord("FROM")) ParseEach([&] { select.sources.push_back(ParseSource()); });
     if (cursor_.TakeWord("WHERE")) select.where.push_back(ParseExpression());
     if (cursor_.TakeWord("GROUP")) {
       cursor_.RequireWord("BY");
-      do select.groups.push_back(ParseExpression());
-      while (cursor_.TakeSymbol(","));
+      ParseEach([&] { select.groups.push_back(ParseExpression()); });
     }
     if (cursor_.TakeWord("HAVING")) select.having.push_back(ParseExpression());
     return select;
+  }
+
+  // The items of a list that "," separates, at least one.
+  template <typename Parse>
+  void ParseEach(const Parse& parse) {
+    do parse();
+    while (cursor_.TakeSymbol(","));
   }
 
   SqlSelectItem ParseItem() {
@@ -259,8 +261,7 @@ class Parser {
   std::vector<std::string> ParseNames() {
     std::vector<std::string> names;
     cursor_.RequireSymbol("(");
-    do names.push_back(TakeName());
-    while (cursor_.TakeSymbol(","));
+    ParseEach([&] { names.push_back(TakeName()); });
     cursor_.RequireSymbol(")");
     return names;
   }
@@ -388,8 +389,7 @@ class Parser {
       node.query = ParseParenthesizedQuery();
     } else {
       cursor_.RequireSymbol("(");
-      do node.operands.push_back(ParseSum());
-      while (cursor_.TakeSymbol(","));
+      ParseEach([&] { node.operands.push_back(ParseSum()); });
       cursor_.RequireSymbol(")");
     }
     return node;
@@ -590,8 +590,7 @@ class Parser {
     } else if (!cursor_.SeesSymbol(")")) {
       node.has_distinct = cursor_.TakeWord("DISTINCT");
       if (!node.has_distinct) cursor_.TakeWord("ALL");
-      do node.operands.push_back(ParseExpression());
-      while (cursor_.TakeSymbol(","));
+      ParseEach([&] { node.operands.push_back(ParseExpression()); });
     }
     cursor_.RequireSymbol(")");
     if (cursor_.TakeWord("OVER")) ParseWindow(node);
@@ -604,8 +603,7 @@ class Parser {
     cursor_.RequireSymbol("(");
     if (cursor_.TakeWord("PARTITION")) {
       cursor_.RequireWord("BY");
-      do node.operands.push_back(ParseExpression());
-      while (cursor_.TakeSymbol(","));
+      ParseEach([&] { node.operands.push_back(ParseExpression()); });
     }
     node.partition_count = node.operands.size();
     cursor_.RequireWord("ORDER");
