@@ -11,6 +11,7 @@ namespace {
 constexpr wchar_t kShellFoldersKey[] =
     L"Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\User Shell Folders";
 constexpr int kPersonalFolderMajorVersion = 6;
+constexpr wchar_t kSeparators[] = L"\\/";
 
 // "%NAME%" gives way to the variable's value, from the first "%" again after each one; a variable
 // whose value holds its own reference never ends this.
@@ -37,11 +38,11 @@ bool Exists(const System& system, const std::wstring& path) {
 
 // The error of the first folder that could not be made; those below it are tried all the same.
 std::optional<RuntimeError> MakeMissingFolders(System& system, const std::wstring& path) {
-  const std::size_t separator = path.rfind(L'\\');
+  const std::size_t separator = path.find_last_of(kSeparators);
   std::optional<RuntimeError> first_error;
   if (separator != std::wstring::npos)
     first_error = MakeMissingFolders(system, path.substr(0, separator));
-  if (path.empty() || path.back() == L'\\') return first_error;
+  if (path.empty() || separator == path.size() - 1) return first_error;
 
   if (Exists(system, path)) return first_error;
   try {
@@ -87,7 +88,7 @@ std::wstring GetDataFolder(System& system, const Registry& registry, const CodeP
 void CreateFolder(System& system, const std::wstring& path) {
   const std::optional<RuntimeError> error = MakeMissingFolders(system, path);
   // A drive, which cannot be made, may be there, and another run may have made the rest meanwhile.
-  if (error && !Exists(system, path.substr(0, path.find_last_not_of(L'\\') + 1)))
+  if (error && !Exists(system, path.substr(0, path.find_last_not_of(kSeparators) + 1)))
     system.Warn(L"The folder of the run log could not be made. " + error->description);
 }
 

@@ -49,6 +49,7 @@ RegionalSettings ReadRegionalSettings(const Registry& registry) {
 LinuxMachine::LinuxMachine(int argument_count, const char* const* arguments) {
   OpenStandardDescriptors();
   static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
+  static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));
   system_ =
       std::make_unique<LinuxSystem>(std::vector<std::string>(arguments, arguments + argument_count),
                                     [this]() -> const CodePage& { return TheCodePages().Ansi(); });

@@ -12,7 +12,7 @@ class LinuxMachine {
  public:
   // `argument_count` and `arguments` as main() gets them. Makes the process robust: standard input,
   // output and error are open, and writing to a connection or pipe that is gone is an error there
-  // instead of the end of the process.
+  // instead of the end of the process; so is writing beyond what a file may hold.
   LinuxMachine(int argument_count, const char* const* arguments);
   ~LinuxMachine();
   LinuxMachine(const LinuxMachine&) = delete;

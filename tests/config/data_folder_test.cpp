@@ -25,6 +25,13 @@ TEST(DataFolder, IsTheTitleBelowThePersonalFolder) {
   EXPECT_EQ(DataFolderOf(system, L"C:\\Docs", L""), L"C:\\Docs\\");
 }
 
+TEST(DataFolder, IsMadeWithItsParents) {
+  FakeSystem system;
+  DataFolderOf(system, L"/srv/agency", L"Brand");
+  EXPECT_EQ(system.folders,
+            (std::set<std::wstring>{L"/srv", L"/srv/agency", L"/srv/agency\\Brand"}));
+}
+
 TEST(DataFolder, AnEntryNamedDataCountsOnlyOnOtherSystemVersions) {
   FakeSystem system;
   system.files[L"Data"] = "";
