@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <limits>
 
+#include "data/sqlite/sql_date_text.h"
 #include "data/sqlite/sql_token.h"
 #include "data/sqlite/text_collation.h"
 #include "text/utf8.h"

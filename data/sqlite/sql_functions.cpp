@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <cstdio>
 #include <exception>
 #include <limits>
 #include <optional>
@@ -13,10 +14,10 @@
 #include <vector>
 
 #include "data/sqlite/sql_conversion.h"
+#include "data/sqlite/sql_date_text.h"
 #include "data/sqlite/sql_dates.h"
 #include "data/sqlite/text_collation.h"
 #include "platform/letter_case.h"
-#include "text/text.h"
 #include "text/utf8.h"
 
 namespace pxscheduler {

@@ -1,7 +1,6 @@
 #include "data/sqlite/sql_type.h"
 
 #include <algorithm>
-#include <utility>
 
 #include "data/sqlite/sql_token.h"
 #include "text/ascii_case.h"

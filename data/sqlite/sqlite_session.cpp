@@ -17,6 +17,7 @@
 #include "data/sqlite/database_file.h"
 #include "data/sqlite/sql_conversion.h"
 #include "data/sqlite/sql_cursor.h"
+#include "data/sqlite/sql_date_text.h"
 #include "data/sqlite/sql_dates.h"
 #include "data/sqlite/sql_functions.h"
 #include "data/sqlite/sql_parser.h"

@@ -89,9 +89,6 @@ class StatementWriter {
   WrittenExpression Window(const SqlNode& node, const SqlScope& scope);
   // Its one column, named "px_value".
   WrittenSql OneColumn(const SqlNode& node, const SqlScope& scope);
-  WrittenExpression AllOfOneKind(std::string_view before,
-                                 const std::vector<WrittenExpression>& values,
-                                 std::string_view between, std::string_view after) const;
 
   // statement_writer_functions.cpp
   WrittenExpression Call(const SqlNode& node, const SqlScope& scope);

@@ -20,6 +20,14 @@ std::string Negated(bool is_negated, const std::string& sql) {
   return is_negated ? "(NOT " + sql + ")" : sql;
 }
 
+// The one column of StatementWriter::OneColumn, in its row.
+WrittenExpression ValueOfRow(const WrittenSql& query) {
+  WrittenExpression value = MadeOf("px_value", query.columns[0].kind, {});
+  value.is_stored = IsDateKind(value.kind);
+  value.is_constant = false;
+  return value;
+}
+
 }  // namespace
 
 WrittenExpression StatementWriter::Scalar(const SqlNode& node, const SqlScope& scope) {
@@ -234,17 +242,6 @@ WrittenExpression StatementWriter::Subquery(const SqlNode& node, const SqlScope&
   return value;
 }
 
-namespace {
-
-WrittenExpression ValueOfRow(const WrittenSql& query) {
-  WrittenExpression value = MadeOf("px_value", query.columns[0].kind, {});
-  value.is_stored = IsDateKind(value.kind);
-  value.is_constant = false;
-  return value;
-}
-
-}  // namespace
-
 // ALL is false by one row that it is false for, and else unknown by one that it is unknown for; ANY
 // the other way round.
 WrittenExpression StatementWriter::Quantified(const SqlNode& node, const SqlScope& scope) {
@@ -270,13 +267,13 @@ WrittenExpression StatementWriter::InList(const SqlNode& node, const SqlScope& s
     list.push_back(Scalar(node.operands[i], scope));
     kind = CommonKind(kind, list.back().kind);
   }
-  WrittenExpression whole = value;
+  WrittenExpression whole = MadeOf("", SqlKind::kBit, {&value});
   std::string sql;
   if (kind == SqlKind::kUnknown) {
     for (const WrittenExpression& each : list) {
       const WrittenExpression compared = Compared("=", value, each);
       sql += (sql.empty() ? "(" : " OR ") + compared.sql;
-      whole = MadeOf("", SqlKind::kBit, {&whole, &each});
+      TakePart(whole, each);
     }
   } else {
     const WrittenExpression first = ConvertedTo(value, kind);
@@ -287,12 +284,12 @@ WrittenExpression StatementWriter::InList(const SqlNode& node, const SqlScope& s
     sql += " IN ";
     for (const WrittenExpression& each : list) {
       sql += std::exchange(separator, ',') + ConvertedTo(each, kind).sql;
-      whole = MadeOf("", SqlKind::kBit, {&whole, &each});
+      TakePart(whole, each);
     }
     sql += ")";
   }
   whole.sql = Negated(node.is_negated, sql + ")");
-  return AsCondition(MadeOf(whole.sql, SqlKind::kBit, {&whole}));
+  return AsCondition(std::move(whole));
 }
 
 WrittenExpression StatementWriter::InQuery(const SqlNode& node, const SqlScope& scope) {
@@ -352,12 +349,12 @@ WrittenExpression StatementWriter::Case(const SqlNode& node, const SqlScope& sco
   std::string sql = "(CASE";
   for (std::size_t i = 0; i < results.size(); ++i) {
     const WrittenExpression result = ConvertedTo(results[i], kind);
+    TakePart(whole, result);
     if (i < conditions.size()) {
       sql += " WHEN " + conditions[i].sql + " THEN " + result.sql;
-      whole = MadeOf("", kind, {&whole, &conditions[i], &result});
+      TakePart(whole, conditions[i]);
     } else {
       sql += " ELSE " + result.sql;
-      whole = MadeOf("", kind, {&whole, &result});
     }
   }
   whole.sql = sql + " END)";
@@ -390,7 +387,7 @@ WrittenExpression StatementWriter::Window(const SqlNode& node, const SqlScope& s
     if (i != 0 && i != node.partition_count) sql += ",";
     sql += AsKey(value);
     if (i >= node.partition_count && node.descending[i - node.partition_count]) sql += " DESC";
-    whole = MadeOf("", SqlKind::kBigInt, {&whole, &value});
+    TakePart(whole, value);
   }
   whole.sql = sql + ")";
   whole.is_constant = false;

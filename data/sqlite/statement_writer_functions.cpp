@@ -116,8 +116,8 @@ WrittenExpression StatementWriter::Call(const SqlNode& node, const SqlScope& sco
     if (i < node.operands.size()) {
       const WrittenExpression value = AsArgument(kinds[i], Scalar(node.operands[i], scope));
       sql += value.sql;
-      whole = MadeOf("", i == 0 && function.kind == SqlKind::kNull ? value.kind : whole.kind,
-                     {&whole, &value});
+      TakePart(whole, value);
+      if (i == 0 && function.kind == SqlKind::kNull) whole.kind = value.kind;
     } else {
       sql += defaults.substr(0, defaults.find(','));
     }
@@ -251,7 +251,7 @@ WrittenExpression StatementWriter::Choice(const SqlNode& node, const SqlScope& s
     if (!is_iif || i > 0) kind = CommonKind(kind, values.back().kind);
   }
   WrittenExpression whole;
-  for (const WrittenExpression& value : values) whole = MadeOf("", kind, {&whole, &value});
+  for (const WrittenExpression& value : values) TakePart(whole, value);
   whole.kind = kind;
   whole.collation.clear();
   if (node.text == "ISNULL" || node.text == "IFNULL") {

@@ -46,17 +46,19 @@ std::string WrittenCall(std::string_view function, std::initializer_list<std::st
   return sql + ")";
 }
 
+void TakePart(WrittenExpression& whole, const WrittenExpression& part) {
+  whole.is_constant = whole.is_constant && part.is_constant;
+  whole.is_aggregate = whole.is_aggregate || part.is_aggregate;
+  if (whole.loose_column.empty()) whole.loose_column = part.loose_column;
+  if (whole.collation.empty()) whole.collation = part.collation;
+}
+
 WrittenExpression MadeOf(std::string sql, SqlKind kind,
                          std::initializer_list<const WrittenExpression*> parts) {
   WrittenExpression whole;
   whole.sql = std::move(sql);
   whole.kind = kind;
-  for (const WrittenExpression* part : parts) {
-    whole.is_constant = whole.is_constant && part->is_constant;
-    whole.is_aggregate = whole.is_aggregate || part->is_aggregate;
-    if (whole.loose_column.empty()) whole.loose_column = part->loose_column;
-    if (whole.collation.empty()) whole.collation = part->collation;
-  }
+  for (const WrittenExpression* part : parts) TakePart(whole, *part);
   return whole;
 }
 

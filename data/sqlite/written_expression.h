@@ -29,7 +29,10 @@ std::string NumberOf(SqlKind kind);
 // function(arguments), made of these parts.
 std::string WrittenCall(std::string_view function, std::initializer_list<std::string> arguments);
 
-// An expression of the kind with the parts' columns and aggregates.
+// Adds what a part of an expression brings along but its SQL: columns, aggregates, a collation.
+void TakePart(WrittenExpression& whole, const WrittenExpression& part);
+
+// An expression of the kind, made of these parts.
 WrittenExpression MadeOf(std::string sql, SqlKind kind,
                          std::initializer_list<const WrittenExpression*> parts);
 

@@ -32,9 +32,8 @@ std::string CauseOf(std::string_view words, std::string_view recipient) {
 void FaultReport::Tell(const Fault& fault, std::string_view recipient, std::string_view server) {
   if (fault.words.empty() || told_.size() > kMostCauses) return;
   if (!told_.insert(CauseOf(fault.words, recipient)).second) return;
-  std::string line = "Mail to " + std::string(recipient);
-  if (!server.empty()) line.append(" by ").append(server);
-  line.append(": ").append(fault.words).append(".");
+  std::string line = "Mail to " + std::string(recipient) + " by ";
+  line.append(server).append(": ").append(fault.words).append(".");
   if (told_.size() > kMostCauses) line += " Further reasons are not told.";
   system_.Warn(FromUtf8(line));
 }

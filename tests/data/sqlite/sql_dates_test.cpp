@@ -7,6 +7,8 @@
 #include <string>
 #include <utility>
 
+#include "data/sqlite/sql_date_text.h"
+
 namespace pxscheduler {
 namespace {
 
