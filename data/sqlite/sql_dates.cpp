@@ -1,12 +1,10 @@
 #include "data/sqlite/sql_dates.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <utility>
 
 #include "data/sqlite/sql_token.h"
-#include "text/ascii_case.h"
 
 namespace pxscheduler {
 namespace {
